@@ -1,0 +1,36 @@
+# Vorn::Flags      what every target is compiled with: warnings and the string ABI
+# Vorn::Hardening  what the library is hardened with, in every build type that optimises
+
+include(CheckCXXCompilerFlag)
+
+add_library(VornFlags INTERFACE)
+add_library(Vorn::Flags ALIAS VornFlags)
+target_compile_options(VornFlags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor $<$<BOOL:${VORN_STRICT}>:-Werror>
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+if(VORN_OLD_STRING_ABI)
+  target_compile_definitions(VornFlags INTERFACE _GLIBCXX_USE_CXX11_ABI=0)
+endif()
+
+add_library(VornHardening INTERFACE)
+add_library(Vorn::Hardening ALIAS VornHardening)
+foreach(flag -fno-lto -fno-gnu-unique -fstack-protector-strong -fstack-clash-protection)
+  string(MAKE_C_IDENTIFIER "VORN_HAS${flag}" has)
+  check_cxx_compiler_flag(${flag} ${has})
+  if(${has})
+    target_compile_options(VornHardening INTERFACE ${flag})
+  endif()
+endforeach()
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  target_compile_options(VornHardening INTERFACE -fcf-protection=full)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  # Return addresses only: branch targets need start-up objects that carry the note too, and distributions lack them.
+  target_compile_options(VornHardening INTERFACE -mbranch-protection=pac-ret)
+endif()
+target_compile_definitions(VornHardening INTERFACE _GLIBCXX_ASSERTIONS)
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  target_compile_options(VornHardening INTERFACE
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+endif()
+target_link_options(VornHardening INTERFACE
+  LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed LINKER:--build-id=sha1)

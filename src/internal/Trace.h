@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "FileLogger.h"
+
+namespace VornDeviceAbstractionLayer::internal {
+
+/// Writes one line to the library's trace.
+///
+/// Callers pass literal texts, never a signature that the compiler prints: those differ between compilers,
+/// their versions and string ABIs, and the lines must not.
+inline void trace(std::string line) { FileLogger::getInstance()->logMessage(std::move(line)); }
+
+}  // namespace VornDeviceAbstractionLayer::internal

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Call.h"
+
+namespace vorn_testing {
+
+/// What the recording doubles write to: keeps every call in order and runs hooks around it.
+///
+/// One recorder may serve several doubles, so that calls down and up stand in one order. All operations
+/// may be used from any thread; hooks run on the calling thread, without a lock.
+class Recorder {
+ public:
+  typedef std::function<void(const Call&)> Hook;
+
+  /// Runs `hook` before each call is handed on, in place of an earlier hook. It may throw: the call then
+  /// ends with that exception and the double behind is not reached. It may block.
+  void onCall(Hook hook) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_onCall = hook;
+  }
+
+  /// Runs `hook` after each call, with its result or with `threw` set, in place of an earlier hook. It must
+  /// not throw.
+  void onReturn(Hook hook) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_onReturn = hook;
+  }
+
+  /// Every call so far, in the order in which they came in; results of calls that still run are empty.
+  std::vector<Call> calls() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_calls;
+  }
+
+  /// The signatures of calls(): "getVolume()", "setSystemSetting(mode, on)".
+  std::vector<std::string> signatures() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < m_calls.size(); ++i) lines.push_back(m_calls[i].signature());
+    return lines;
+  }
+
+  /// How often `operation` was called.
+  std::size_t count(const std::string& operation) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < m_calls.size(); ++i) n += m_calls[i].operation == operation;
+    return n;
+  }
+
+  /// Forgets the calls. Not while one runs.
+  void clear() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_calls.clear();
+  }
+
+  /// Records `call` around `action` and returns what it returns. For doubles of your own.
+  template <class Action>
+  auto run(Call call, Action action) -> decltype(action()) {
+    Running running(*this, call);
+    running.begin();
+    return running.finish(action, static_cast<decltype(action())*>(nullptr));
+  }
+
+ private:
+  class Running {
+   public:
+    Running(Recorder& recorder, const Call& call)
+        : m_recorder(recorder), m_call(call), m_index(0), m_returned(false) {}
+
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    ~Running() {
+      if (!m_returned) ended(true, std::string());
+    }
+
+    void begin() {
+      Hook hook;
+      {
+        const std::lock_guard<std::mutex> lock(m_recorder.m_mutex);
+        m_index = m_recorder.m_calls.size();
+        m_recorder.m_calls.push_back(m_call);
+        hook = m_recorder.m_onCall;
+      }
+      if (hook) hook(m_call);
+    }
+
+    template <class Action, class Result>
+    Result finish(Action& action, Result*) {
+      Result result = action();
+      m_returned = true;
+      ended(false, text(result));
+      return result;
+    }
+
+    template <class Action>
+    void finish(Action& action, void*) {
+      action();
+      m_returned = true;
+      ended(false, std::string());
+    }
+
+   private:
+    void ended(bool threw, const std::string& result) {
+      m_call.threw = threw;
+      m_call.result = result;
+      Hook hook;
+      {
+        const std::lock_guard<std::mutex> lock(m_recorder.m_mutex);
+        if (m_index < m_recorder.m_calls.size()) m_recorder.m_calls[m_index] = m_call;
+        hook = m_recorder.m_onReturn;
+      }
+      if (hook) hook(m_call);
+    }
+
+    Recorder& m_recorder;
+    Call m_call;
+    std::size_t m_index;
+    bool m_returned;
+  };
+
+  mutable std::mutex m_mutex;
+  std::vector<Call> m_calls;
+  Hook m_onCall;
+  Hook m_onReturn;
+};
+
+}  // namespace vorn_testing
