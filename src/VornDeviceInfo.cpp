@@ -1,0 +1,136 @@
+#include "VornDeviceInfo.h"
+
+#include <DeviceAbstractionLayer/DeviceInfo.h>
+#include <DeviceAbstractionLayer/DeviceInfoConstants.h>
+#include "VornDALImplIF.h"
+#include "internal/Lifecycle.h"
+
+namespace VornDeviceAbstractionLayer {
+
+using internal::live;
+using internal::Lock;
+
+std::shared_ptr<VornDeviceInfo> VornDeviceInfo::m_instance;
+std::mutex VornDeviceInfo::m_mutex;
+std::atomic<bool> VornDeviceInfo::m_live{false};
+
+// Life.
+
+std::shared_ptr<VornDeviceInfo> VornDeviceInfo::CreateInstance(VornDALImplIF& host) {
+  const auto make = [&host] { return std::shared_ptr<VornDeviceInfo>(new VornDeviceInfo(host)); };
+  return internal::obtain(m_mutex, m_instance, make, &m_live);
+}
+
+std::shared_ptr<VornDeviceInfo> VornDeviceInfo::getInstance() {
+  return internal::current(m_mutex, m_instance);
+}
+
+void VornDeviceInfo::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+
+VornDeviceInfo::VornDeviceInfo(VornDALImplIF& host) : m_host(host) {}
+
+// Down, locked: the host call runs under m_mutex.
+
+std::string VornDeviceInfo::getDeviceLocale() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getDeviceLocale() : std::string();
+}
+
+void VornDeviceInfo::changeAlexaLocale(std::string locale) {
+  const Lock lock(m_mutex);
+  if (m_instance) m_host.changeAlexaLocale(locale);
+}
+
+std::string VornDeviceInfo::getTimezone() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getTimezone() : std::string();
+}
+
+std::map<std::string, std::string> VornDeviceInfo::getDeviceInformation() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getDeviceInformation() : std::map<std::string, std::string>();
+}
+
+bool VornDeviceInfo::getNetworkConnectionStatus() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getNetworkConnectionStatus() : false;
+}
+
+void VornDeviceInfo::updateInternetConnectionStatus(bool connected) {
+  const Lock lock(m_mutex);
+  if (m_instance) m_host.updateInternetConnectionStatus(connected);
+}
+
+std::string VornDeviceInfo::getConfigData(std::string key) {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getConfigData(key) : std::string();
+}
+
+bool VornDeviceInfo::setSystemSetting(std::string key, std::string value) {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.setSystemSetting(key, value) : false;
+}
+
+int VornDeviceInfo::getVolume() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getVolume() : 0;
+}
+
+bool VornDeviceInfo::getMuteStatus() {
+  const Lock lock(m_mutex);
+  return m_instance ? m_host.getMuteStatus() : false;
+}
+
+// Down, unlocked.
+
+bool VornDeviceInfo::getSystemSetting(std::string key, std::string& value) {
+  return live(m_live) ? m_host.getSystemSetting(key, value) : false;
+}
+
+std::string VornDeviceInfo::getVSKCapabilities() {
+  return live(m_live) ? m_host.getVSKCapabilities() : std::string("[]");
+}
+
+// Up: fetched anew on every call, no lock, whether or not there is an instance.
+
+void VornDeviceInfo::notifyVolumeChanged(int volume) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyVolumeChanged(volume);
+}
+
+void VornDeviceInfo::notifyMuteChanged(bool muted) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyMuteChanged(muted);
+}
+
+void VornDeviceInfo::notifyHandsfreeStateChanged(bool state) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyHandsfreeStateChanged(state);
+}
+
+void VornDeviceInfo::notifyMicrophoneAvailabilityChanged(std::string availability) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyMicrophoneAvailabilityChanged(availability);
+}
+
+void VornDeviceInfo::notifySystemSettingChanged(std::string key, std::string value) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifySystemSettingChanged(key, value);
+}
+
+void VornDeviceInfo::notifyLocaleChange(std::string locale) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyLocaleChange(locale);
+}
+
+void VornDeviceInfo::notifyNetworkConnectionChanged(std::string status) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyNetworkConnectionChanged(status);
+}
+
+void VornDeviceInfo::notifyLocaleChange(std::vector<std::string> locales) {
+  if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
+    assistant->notifyLocaleChange(locales);
+}
+
+}  // namespace VornDeviceAbstractionLayer
