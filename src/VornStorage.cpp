@@ -1,0 +1,45 @@
+#include "VornStorage.h"
+
+#include "VornDALImplIF.h"
+#include "internal/Lifecycle.h"
+
+namespace VornDeviceAbstractionLayer {
+
+using internal::live;
+
+std::shared_ptr<VornStorage> VornStorage::m_instance;
+std::mutex VornStorage::m_mutex;
+std::atomic<bool> VornStorage::m_live{false};
+
+// Life.
+
+std::shared_ptr<VornStorage> VornStorage::CreateInstance(VornDALImplIF& host) {
+  const auto make = [&host] { return std::shared_ptr<VornStorage>(new VornStorage(host)); };
+  return internal::obtain(m_mutex, m_instance, make, &m_live);
+}
+
+std::shared_ptr<VornStorage> VornStorage::getInstance() { return internal::current(m_mutex, m_instance); }
+
+void VornStorage::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+
+VornStorage::VornStorage(VornDALImplIF& host) : m_host(host) {}
+
+// Down, unlocked.
+
+bool VornStorage::open() { return live(m_live) ? m_host.open() : false; }
+
+std::map<std::string, std::string> VornStorage::readKeyValue(const std::string& key) {
+  return live(m_live) ? m_host.readKeyValue(key) : std::map<std::string, std::string>();
+}
+
+bool VornStorage::writeKeyValue(std::map<std::string, std::string> entries) {
+  return live(m_live) ? m_host.writeKeyValue(entries) : false;
+}
+
+bool VornStorage::removeKeyValue(const std::vector<std::string>& keys) {
+  return live(m_live) ? m_host.removeKeyValue(keys) : false;
+}
+
+bool VornStorage::clear() { return live(m_live) ? m_host.clear() : false; }
+
+}  // namespace VornDeviceAbstractionLayer
