@@ -1,0 +1,121 @@
+#include "VornAudioIn.h"
+
+#include <DeviceAbstractionLayer/AudioIn.h>
+#include <DeviceAbstractionLayer/AuthorizationStates.h>
+#include <DeviceAbstractionLayer/InvocationTypes.h>
+#include "VornDALImplIF.h"
+#include "internal/Lifecycle.h"
+#include "internal/Trace.h"
+
+namespace VornDeviceAbstractionLayer {
+
+using internal::live;
+using internal::trace;
+
+namespace {
+
+constexpr char kConstructor[] =
+    "VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)";
+constexpr char kInvocationDetected[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::notifyAlexaInvocationDetected(std::string) calling xApp API";
+constexpr char kHandsFreeState[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::setAlexaHandsFreeState(bool) calling xApp API";
+constexpr char kButtonPress[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::notifyAlexaButtonPress(std::string, std::chrono::milliseconds) calling xApp API";
+constexpr char kButtonReleased[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::notifyAlexaButtonReleased() calling xApp API";
+constexpr char kSearch[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::sendAudioData(std::vector<short int>&) calling AudioInHelper getInstance ";
+constexpr char kSearchFailed[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::sendAudioData(std::vector<short int>&) dalInstance is NULL";
+constexpr char kBuffer[] =
+    "void VornDeviceAbstractionLayer::VornAudioIn::sendAudioData(std::vector<short int>&) calling xApp API count=";
+
+// Out of line, so that the strings cost the hot path neither registers nor a stack guard.
+
+[[gnu::noinline, gnu::cold]] bool search(std::shared_ptr<DeviceAbstractionLayer::AudioIn>& dalInstance,
+                                         int count) {
+  trace(kSearch + std::to_string(count));
+  dalInstance = DeviceAbstractionLayer::AudioIn::getInstance();
+  if (!dalInstance) trace(kSearchFailed);
+  return dalInstance != nullptr;
+}
+
+[[gnu::noinline, gnu::cold]] void traceBuffer(int count) { trace(kBuffer + std::to_string(count)); }
+
+}  // namespace
+
+std::shared_ptr<VornAudioIn> VornAudioIn::m_instance;
+std::mutex VornAudioIn::m_mutex;
+std::atomic<bool> VornAudioIn::m_live{false};
+
+// Life.
+
+std::shared_ptr<VornAudioIn> VornAudioIn::CreateInstance(VornDALImplIF& host) {
+  const auto make = [&host] { return std::shared_ptr<VornAudioIn>(new VornAudioIn(host)); };
+  return internal::obtain(m_mutex, m_instance, make, &m_live);
+}
+
+std::shared_ptr<VornAudioIn> VornAudioIn::getInstance() { return internal::current(m_mutex, m_instance); }
+
+void VornAudioIn::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+
+VornAudioIn::VornAudioIn(VornDALImplIF& host) : m_host(host) { trace(kConstructor); }
+
+// Down, unlocked. The lines name the xApp although the host is called; trace readers rely on them.
+
+bool VornAudioIn::startStreamingAudioData() {
+  return live(m_live) ? m_host.startStreamingAudioData() : false;
+}
+
+void VornAudioIn::stopStreamingAudioData() {
+  if (live(m_live)) m_host.stopStreamingAudioData();
+}
+
+bool VornAudioIn::isMicrophoneAvailable() { return live(m_live) ? m_host.isMicrophoneAvailable() : false; }
+
+void VornAudioIn::notifyAlexaInvocationDetected(std::string invocationType) {
+  if (!live(m_live)) return;
+  trace(kInvocationDetected);
+  m_host.notifyAlexaInvocationDetected(invocationType);
+}
+
+void VornAudioIn::setAlexaHandsFreeState(bool enabled) {
+  if (!live(m_live)) return;
+  trace(kHandsFreeState);
+  m_host.setAlexaHandsFreeState(enabled);
+}
+
+// Up: fetched anew on every call, no lock, whether or not there is an instance.
+
+void VornAudioIn::notifyAlexaButtonPress(std::string type, std::chrono::milliseconds duration) {
+  const auto assistant = DeviceAbstractionLayer::AudioIn::getInstance();
+  if (assistant) {
+    trace(kButtonPress);
+    assistant->notifyAlexaButtonPress(type, duration);
+  }
+  if (live(m_live)) m_host.notifyAlexaInvocationDetected("AlexaButtonPress");
+}
+
+void VornAudioIn::notifyAlexaButtonReleased() {
+  if (const auto assistant = DeviceAbstractionLayer::AudioIn::getInstance()) {
+    trace(kButtonReleased);
+    assistant->notifyAlexaButtonReleased();
+  }
+}
+
+// Up, the hot path: the assistant-side object is kept for the life of the process, by design, so that a
+// buffer costs no search, no lock and no reference count. One thread delivers the audio.
+
+void VornAudioIn::sendAudioData(std::vector<short>& samples) {
+  static int count = 1;
+  static std::shared_ptr<DeviceAbstractionLayer::AudioIn> dalInstance;
+
+  if (dalInstance || search(dalInstance, count)) {
+    if (count % 10000 == 0 || count <= 5) traceBuffer(count);
+    dalInstance->sendAudioData(samples);
+  }
+  count = static_cast<int>(static_cast<unsigned>(count) + 1U);  // Wraps: trace readers know the number.
+}
+
+}  // namespace VornDeviceAbstractionLayer
