@@ -1,0 +1,77 @@
+#include "VornOOBE.h"
+
+#include <DeviceAbstractionLayer/AuthorizationStates.h>
+#include <DeviceAbstractionLayer/OOBE.h>
+#include "VornDALImplIF.h"
+#include "internal/Lifecycle.h"
+#include "internal/Trace.h"
+
+namespace VornDeviceAbstractionLayer {
+
+using internal::live;
+using internal::trace;
+
+namespace {
+
+constexpr char kCBLInfoLost[] =
+    "void VornDeviceAbstractionLayer::VornOOBE::sendCBLInfo(std::string&, std::string&, int64_t&) m_instance is Null";
+constexpr char kAuthStatusLost[] =
+    "void VornDeviceAbstractionLayer::VornOOBE::alexaAuthStatusChanged(std::string) m_instance is Null";
+constexpr char kInitiatedLost[] =
+    "void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null";
+
+}  // namespace
+
+std::shared_ptr<VornOOBE> VornOOBE::m_instance;
+std::mutex VornOOBE::m_mutex;
+std::atomic<bool> VornOOBE::m_live{false};
+
+// Life.
+
+std::shared_ptr<VornOOBE> VornOOBE::CreateInstance(VornDALImplIF& host) {
+  const auto make = [&host] { return std::make_shared<VornOOBE>(host); };
+  return internal::obtain(m_mutex, m_instance, make, &m_live);
+}
+
+std::shared_ptr<VornOOBE> VornOOBE::getInstance() { return internal::current(m_mutex, m_instance); }
+
+void VornOOBE::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+
+VornOOBE::VornOOBE(VornDALImplIF& host) : m_host(host) {}
+
+// Down, unlocked. Only what cannot be delivered is worth a line.
+
+void VornOOBE::sendCBLInfo(std::string& first, std::string& second, std::int64_t& number) {
+  if (live(m_live))
+    m_host.sendCBLInfo(first, second, number);
+  else
+    trace(kCBLInfoLost);
+}
+
+void VornOOBE::alexaAuthStatusChanged(std::string status) {
+  if (live(m_live))
+    m_host.alexaAuthStatusChanged(status);
+  else
+    trace(kAuthStatusLost);
+}
+
+// Up: fetched anew on every call, no lock, whether or not there is an instance.
+
+void VornOOBE::notifyOOBEInitiated() {
+  if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
+    assistant->notifyOOBEInitiated();
+  else
+    trace(kInitiatedLost);
+}
+
+void VornOOBE::notifyOOBECancelled() {
+  // No line when lost, unlike the start of setup.
+  if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance()) assistant->notifyOOBECancelled();
+}
+
+std::string VornOOBE::getAlexaAuthStatus() {
+  const auto assistant = DeviceAbstractionLayer::OOBE::getInstance();
+  return assistant ? assistant->getAlexaAuthStatus() : std::string();
+}
+
+}  // namespace VornDeviceAbstractionLayer
