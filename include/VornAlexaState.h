@@ -16,7 +16,7 @@ class VornDALImplIF;
 /// Down  Each report is one call of the VornDALImplIF operation of the same name; nothing is compared or
 ///       filtered, so the same state reported twice arrives twice.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornAlexaState {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

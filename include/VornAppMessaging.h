@@ -17,7 +17,7 @@ class VornDALImplIF;
 ///       not this class has an instance. The two directions have a mutex each: the host may send up from
 ///       inside its handler of a message that came down.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornAppMessaging {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

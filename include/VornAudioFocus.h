@@ -15,7 +15,7 @@ class VornDALImplIF;
 /// Down  Each request is one call of the VornDALImplIF operation of the same name. No record is kept of who
 ///       holds the focus: a release without a request is passed on like any other.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornAudioFocus {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

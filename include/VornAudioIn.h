@@ -19,7 +19,7 @@ class VornDALImplIF;
 /// Up    The talk button is one call of DeviceAbstractionLayer::AudioIn, fetched anew. The samples go to
 ///       the object that the first successful sendAudioData() found, for the life of the process.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornAudioIn {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

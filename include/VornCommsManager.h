@@ -17,7 +17,7 @@ class VornDALImplIF;
 /// Up    notifyCallAction() is one call of DeviceAbstractionLayer::CommsManager, fetched anew, whether or
 ///       not this class has an instance.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornCommsManager {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

@@ -19,7 +19,7 @@ class VornDALImplIF;
 /// Up    Each notify...() is one call of DeviceAbstractionLayer::DeviceInfo, fetched anew, whether or not
 ///       this class has an instance.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornDeviceInfo {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

@@ -19,7 +19,7 @@ class VornDALImplIF;
 ///       Every command writes its line first, also without an instance. getEMPAdapter() must not answer
 ///       with a null pointer: it is used without a test.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornEMPAdapterControl {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

@@ -15,7 +15,7 @@ class VornDALImplIF;
 ///
 /// Down  setAnimation() is one call of VornDALImplIF::setAnimation().
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornLEDController {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

@@ -17,7 +17,7 @@ class VornDALImplIF;
 ///
 /// Down  Each record is one call of VornDALImplIF::onLogEmitted(): no buffer, no filter, no level.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornLoggerObserver {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.

@@ -18,7 +18,7 @@ class VornDALImplIF;
 /// Down  Each operation is one call of the VornDALImplIF operation of the same name, in any order and with
 ///       nothing checked. Whether the store must be opened first is the host's choice.
 /// Life  The host is borrowed and must outlive every call. A pointer kept past Shutdown() stays valid;
-///       what it then does on the way down stands under @ifnotlive.
+///       what it then does on the way down stands with each operation.
 class VORN_DAL_API VornStorage {
  public:
   /// Creates the instance on `host`, or returns the live one and ignores `host`.
