@@ -1,10 +1,5 @@
 // The trace file, byte for byte, and the life of the logger that writes it.
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-
 #include "trace_file.h"
 
 namespace {
