@@ -81,7 +81,7 @@ TEST_F(GlobalLocale, DoesNotReachTheNumberOfABuffer) {
   VornAudioIn audio(host);
   std::vector<short> samples(160);
   for (int call = 1; call <= 10000; ++call) audio.sendAudioData(samples);
-  const std::string& line = trace_file::lines().back();
+  const std::string line = trace_file::lines().back();
   EXPECT_EQ(line.substr(line.rfind(' ')), " count=10000");
 }
 
