@@ -123,14 +123,6 @@ TEST_F(AppMessages, UpFromTheHandlerOfOneDownComplete) {
   EXPECT_EQ(heard(), (Lines{"sendAppMessage(ping, , )", "SendMessageToxApp(pong, , )"}));
 }
 
-TEST_F(AppMessages, DownFromTheHandlerOfOneUpComplete) {
-  host.recorder->onCall([&](const Call& call) {
-    if (call.operation == "SendMessageToxApp") messaging->sendAppMessage("pong", "", "");
-  });
-  EXPECT_TRUE(messaging->SendMessageToxApp("ping", "", ""));
-  EXPECT_EQ(heard(), (Lines{"SendMessageToxApp(ping, , )", "sendAppMessage(pong, , )"}));
-}
-
 TEST_F(AppMessages, UpFromEightThreadsAreDeliveredInTheOrderOfTheirLines) {
   std::vector<std::future<void>> senders;
   for (int sender = 0; sender < 8; ++sender)
