@@ -90,7 +90,7 @@ Building row(Index index, const char* name, Direction direction, Guard guard, R 
   made.answer = answer;
   made.fallback = fallback;
   made.keepsAssistant = made.operation == "sendAudioData";
-  made.run = erased::runner(operation, usual...);
+  made.with = erased::preparer(operation, usual...);
   return {made};
 }
 
@@ -311,6 +311,12 @@ std::vector<std::string> seen(const std::vector<vorn_testing::Call>& calls) {
   std::vector<std::string> all;
   for (const vorn_testing::Call& call : calls) all.push_back(seen(call));
   return all;
+}
+
+Outcome Row::run(void* object, Sample sample) const {
+  const std::unique_ptr<Invocation> invocation = with(sample);
+  invocation->make(object);
+  return invocation->outcome;
 }
 
 std::vector<std::string> Row::reaches(const std::vector<std::string>& given, bool instance,

@@ -6,8 +6,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <tuple>
-#include <type_traits>
 #include <vector>
 
 /// Every operation that crosses the library, as a table that tests loop over.
@@ -51,6 +49,17 @@ struct Outcome {
   std::vector<bool> reference;         ///< Which of them were passed by reference.
 };
 
+/// A call that is ready to be made, once: its arguments stand in the outcome, its result comes into it.
+class Invocation {
+ public:
+  virtual ~Invocation() = default;
+
+  /// Calls an object of the row's adapter, texts by value moved in.
+  virtual void make(void* object) = 0;
+
+  Outcome outcome;
+};
+
 /// One operation.
 struct Row {
   const Adapter* adapter;
@@ -68,8 +77,11 @@ struct Row {
   std::vector<std::string> lostLines;  ///< The trace of a call that is not delivered.
   bool keepsAssistant;  ///< sendAudioData: holds on to the first object found and numbers its lines.
 
-  /// Calls it on an object of its adapter with arguments of that kind, texts by value moved in.
-  std::function<Outcome(void* object, Sample)> run;
+  /// Prepares a call with arguments of that kind.
+  std::function<std::unique_ptr<Invocation>(Sample)> with;
+
+  /// Calls an object of its adapter with arguments of that kind.
+  Outcome run(void* object, Sample sample) const;
 
   /// Calls it with the usual arguments and returns the rendered result.
   std::string call(void* object) const { return run(object, Sample::kUsual).result; }

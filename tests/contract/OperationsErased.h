@@ -7,13 +7,16 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "Operations.h"
 
-/// How a member function becomes a Row's run(): its arguments by type, its result as text.
+/// How a member function becomes a Row's with(): its arguments by type, its result as text.
 namespace operations::erased {
 
 using CallAction = DeviceAbstractionLayer::CommsControllerInterface::CallAction;
@@ -111,25 +114,44 @@ std::string typeNames() {
 }
 
 template <class Class, class Result, class... P>
-std::function<Outcome(void*, Sample)> runner(Result (Class::*operation)(P...), std::decay_t<P>... usual) {
-  return [=](void* object, [[maybe_unused]] Sample sample) {
-    std::tuple<std::decay_t<P>...> own(sampled(sample, usual)...);
-    Outcome outcome;
+class Call final : public Invocation {
+ public:
+  using Operation = Result (Class::*)(P...);
+
+  Call(Operation operation, std::decay_t<P>... arguments)
+      : m_operation(operation), m_arguments(std::move(arguments)...) {
+    outcome.given = rendered();
     outcome.reference = {std::is_reference_v<P>...};
-    std::apply(
-        [&](auto&... argument) {
-          outcome.given = {render(argument)...};
-          outcome.addresses = {static_cast<const void*>(&argument)...};
-          Class& adapter = *static_cast<Class*>(object);
-          if constexpr (std::is_void_v<Result>) {
-            (adapter.*operation)(static_cast<P&&>(argument)...);
-          } else {
-            outcome.result = render((adapter.*operation)(static_cast<P&&>(argument)...));
-          }
-          outcome.afterwards = {render(argument)...};
-        },
-        own);
-    return outcome;
+    std::apply([this](auto&... own) { outcome.addresses = {static_cast<const void*>(&own)...}; },
+               m_arguments);
+  }
+
+  void make(void* object) override {
+    const auto call = [&](auto&... own) -> Result {
+      return (static_cast<Class*>(object)->*m_operation)(static_cast<P&&>(own)...);
+    };
+    if constexpr (std::is_void_v<Result>) {
+      std::apply(call, m_arguments);
+    } else {
+      outcome.result = render(std::apply(call, m_arguments));
+    }
+    outcome.afterwards = rendered();
+  }
+
+ private:
+  Texts rendered() const {
+    return std::apply([](const auto&... own) { return Texts{render(own)...}; }, m_arguments);
+  }
+
+  const Operation m_operation;
+  std::tuple<std::decay_t<P>...> m_arguments;
+};
+
+template <class Class, class Result, class... P>
+std::function<std::unique_ptr<Invocation>(Sample)> preparer(Result (Class::*operation)(P...),
+                                                            std::decay_t<P>... usual) {
+  return [=]([[maybe_unused]] Sample sample) {
+    return std::make_unique<Call<Class, Result, P...>>(operation, sampled(sample, usual)...);
   };
 }
 
