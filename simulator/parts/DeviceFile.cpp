@@ -1,0 +1,110 @@
+#include "DeviceFile.h"
+
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include <toml++/toml.h>
+
+namespace vorn_speaker {
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& path, const toml::source_region& where, const std::string& what) {
+  std::ostringstream message;
+  message << path << ":" << where.begin.line << ":" << where.begin.column << ": " << what;
+  throw std::runtime_error(message.str());
+}
+
+/// Reads the entries of one table, each of them at most once and of its own kind.
+class Table {
+ public:
+  Table(const std::string& path, const toml::table& table) : m_path(path), m_table(table) {}
+
+  void text(const char* key, std::string& into) {
+    if (const toml::node* node = entry(key)) {
+      if (!node->is_string()) wrong(key, *node, "a text in quotes");
+      into = **node->as_string();
+    }
+  }
+
+  void flag(const char* key, bool& into) {
+    if (const toml::node* node = entry(key)) {
+      if (!node->is_boolean()) wrong(key, *node, "true or false");
+      into = **node->as_boolean();
+    }
+  }
+
+  void percent(const char* key, int& into) {
+    if (const toml::node* node = entry(key)) {
+      const auto* number = node->as_integer();
+      if (!number || **number < 0 || **number > 100) wrong(key, *node, "a whole number from 0 to 100");
+      into = static_cast<int>(**number);
+    }
+  }
+
+  void texts(const char* key, std::map<std::string, std::string>& into) {
+    const toml::node* node = entry(key);
+    if (!node) return;
+    if (!node->is_table()) wrong(key, *node, "a table of texts");
+    for (const auto& [name, value] : *node->as_table()) {
+      if (!value.is_string()) wrong(std::string(name.str()), value, "a text in quotes");
+      into[std::string(name.str())] = **value.as_string();
+    }
+  }
+
+  /// Refuses entries that nobody asked for: most of them are misspelt.
+  void finish() const {
+    for (const auto& [name, value] : m_table) {
+      if (m_known.count(std::string(name.str())) > 0) continue;
+      std::string known;
+      for (const std::string& key : m_known) known += (known.empty() ? "" : ", ") + key;
+      refuse(m_path, value.source(),
+             "'" + std::string(name.str()) + "' is not known here; known are " + known);
+    }
+  }
+
+ private:
+  const toml::node* entry(const char* key) {
+    m_known.insert(key);
+    return m_table.get(key);
+  }
+
+  [[noreturn]] void wrong(const std::string& key, const toml::node& node, const char* expected) const {
+    refuse(m_path, node.source(), "'" + key + "' must be " + expected);
+  }
+
+  const std::string& m_path;
+  const toml::table& m_table;
+  std::set<std::string> m_known;
+};
+
+}  // namespace
+
+DeviceFile DeviceFile::read(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::runtime_error(path + ": cannot be read; name a device file with --device");
+  toml::table root;
+  try {
+    root = toml::parse(file, path);
+  } catch (const toml::parse_error& error) {
+    refuse(path, error.source(), std::string(error.description()));
+  }
+  DeviceFile device;
+  Table table(path, root);
+  table.text("locale", device.locale);
+  table.text("timezone", device.timezone);
+  table.text("capabilities", device.capabilities);
+  table.percent("volume", device.volume);
+  table.flag("muted", device.muted);
+  table.flag("networkConnected", device.networkConnected);
+  table.flag("microphoneAvailable", device.microphoneAvailable);
+  table.texts("information", device.information);
+  table.texts("config", device.config);
+  table.texts("settings", device.settings);
+  table.finish();
+  return device;
+}
+
+}  // namespace vorn_speaker
