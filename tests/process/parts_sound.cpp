@@ -1,0 +1,183 @@
+// The speaker's ears and mouth: microphone, decoding, players and the file they play into.
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+
+#include "parts/Microphone.h"
+#include "parts/Player.h"
+
+namespace {
+
+using vorn_speaker::Microphone;
+using vorn_speaker::Player;
+using vorn_speaker::Sound;
+using vorn_speaker::WavSink;
+
+/// Writes a tone of 1000 Hz, half a second, to a file of that format.
+void writeTone(const std::string& path, int rate, int channels,
+               int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16) {
+  SF_INFO info{};
+  info.samplerate = rate;
+  info.channels = channels;
+  info.format = format;
+  SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+  std::vector<short> samples;
+  for (int i = 0; i < rate / 2; ++i)
+    for (int c = 0; c < channels; ++c)
+      samples.push_back(static_cast<short>(std::lrint(12000 * std::sin(2 * M_PI * 1000 * i / rate))));
+  sf_write_short(file, samples.data(), static_cast<sf_count_t>(samples.size()));
+  sf_close(file);
+}
+
+/// How strong 1000 Hz is in the sound: the amplitude of that tone.
+double strength(const std::vector<short>& samples, int rate) {
+  double sine = 0;
+  double cosine = 0;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double phase = 2 * M_PI * 1000 * static_cast<double>(i) / rate;
+    sine += samples[i] * std::sin(phase);
+    cosine += samples[i] * std::cos(phase);
+  }
+  return 2 * std::hypot(sine, cosine) / static_cast<double>(samples.size());
+}
+
+std::string content(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Source {
+  int rate;
+  int channels;
+};
+
+class Microphones : public testing::TestWithParam<Source> {};
+
+TEST_P(Microphones, DeliverSixteenKilohertzMonoInBuffersOfTenMilliseconds) {
+  writeTone("/tmp/tone.wav", GetParam().rate, GetParam().channels);
+  std::vector<short> heard;
+  Microphone microphone(Microphone::Pace::kFast, [&](std::vector<short>& buffer) {
+    EXPECT_EQ(buffer.size(), 160U);
+    heard.insert(heard.end(), buffer.begin(), buffer.end());
+  });
+  microphone.hear("/tmp/tone.wav");
+  ASSERT_TRUE(microphone.start());
+  microphone.wait();
+  EXPECT_NEAR(static_cast<double>(heard.size()), 8000, 160);
+  EXPECT_NEAR(strength(heard, 16000), 12000, 600);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sound, Microphones,
+                         testing::Values(Source{8000, 1}, Source{11025, 2}, Source{16000, 1},
+                                         Source{22050, 1}, Source{44100, 2}, Source{48000, 1},
+                                         Source{96000, 2}));
+
+TEST(MicrophoneTest, StopsFromInsideItsOwnBufferAndStartsAgainFromTheBeginning) {
+  writeTone("/tmp/tone.wav", 16000, 1);
+  int buffers = 0;
+  Microphone* self = nullptr;
+  Microphone microphone(Microphone::Pace::kFast, [&](std::vector<short>&) {
+    if (++buffers == 3) self->stop();
+  });
+  self = &microphone;
+  microphone.hear("/tmp/tone.wav");
+  ASSERT_TRUE(microphone.start());
+  microphone.wait();
+  EXPECT_EQ(buffers, 3);
+  ASSERT_TRUE(microphone.start());
+  microphone.wait();
+  EXPECT_EQ(buffers, 53);
+}
+
+TEST(MicrophoneTest, HasNothingToDeliverBeforeItHears) {
+  Microphone microphone(Microphone::Pace::kFast, [](std::vector<short>&) { FAIL(); });
+  EXPECT_FALSE(microphone.start());
+}
+
+TEST(SoundTest, NamesFileReasonAndAcceptedFormatsWhenItCannotDecode) {
+  std::ofstream("/tmp/broken.wav") << "RIFF but nothing of the kind";
+  writeTone("/tmp/six.wav", 16000, 6);
+  for (const char* path : {"/tmp/broken.wav", "/tmp/six.wav", "/tmp/absent.wav", "/tmp"}) {
+    try {
+      Sound::fromFile(path);
+      FAIL() << path;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(std::string(error.what()).find(path), 0U) << error.what();
+      EXPECT_NE(std::string(error.what()).find("accepted are WAV, FLAC and OGG"), std::string::npos);
+    }
+  }
+}
+
+struct Format {
+  const char* path;
+  int format;
+};
+
+class Players : public testing::TestWithParam<Format> {};
+
+TEST_P(Players, PlayWhatIsStreamedIntoThem) {
+  writeTone(GetParam().path, 44100, 2, GetParam().format);
+  const std::string bytes = content(GetParam().path);
+  std::vector<std::string> told;
+  {
+    Player player("DefaultMediaPlayer", std::make_shared<WavSink>("/tmp/out.wav"));
+    player.Configure({true, "Speech", false}, [&](std::string state) { told.push_back(state); });
+    for (std::size_t at = 0; at < bytes.size(); at += 1000)
+      player.receive(bytes.data() + at, std::min<std::size_t>(1000, bytes.size() - at));
+    player.endOfStream();
+    EXPECT_EQ(player.requestedName(), "Speech");
+  }
+  EXPECT_EQ(told, (std::vector<std::string>{"PLAYING", "FINISHED"}));
+  const Sound out = Sound::fromFile("/tmp/out.wav");
+  EXPECT_NEAR(static_cast<double>(out.samples.size()), 24000, 2400);
+  EXPECT_NEAR(strength(out.samples, out.rate), 12000, 900);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sound, Players,
+                         testing::Values(Format{"/tmp/tone.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
+                                         Format{"/tmp/tone.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+                                         Format{"/tmp/tone.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS}));
+
+TEST(PlayerTest, WritesTheSamplesOfAFortyEightKilohertzFileAsTheyAre) {
+  writeTone("/tmp/tone.wav", WavSink::kRate, 1);
+  WavSink("/tmp/out.wav").play(Sound::fromFile("/tmp/tone.wav"));
+  EXPECT_EQ(Sound::fromFile("/tmp/out.wav").samples, Sound::fromFile("/tmp/tone.wav").samples);
+}
+
+TEST(PlayerTest, TellsWhyAStreamCannotBePlayed) {
+  std::string told;
+  Player player("Speech", std::make_shared<WavSink>("/tmp/out.wav"));
+  player.Configure({false, "Speech", false}, [&](std::string state) { told = state; });
+  player.receive("noise", 5);
+  player.endOfStream();
+  EXPECT_EQ(told.find("FAILED: the stream for player 'Speech'"), 0U) << told;
+}
+
+TEST(SinkTest, NamesAFileThatItCannotWriteAndTheRemedy) {
+  try {
+    WavSink("/nowhere/out.wav");
+    FAIL();
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string(error.what()).find("/nowhere/out.wav: cannot be written"), std::string::npos);
+  }
+}
+
+TEST(SinkTest, NamesADeviceThatIsNotThere) {
+  vorn_speaker::AlsaSink sink("no-such-device");
+  Sound sound;
+  sound.rate = 16000;
+  sound.channels = 1;
+  sound.samples = {0, 0};
+  try {
+    sink.play(sound);
+    FAIL();
+  } catch (const std::runtime_error& error) {
+    EXPECT_NE(std::string(error.what()).find("sound device 'no-such-device'"), std::string::npos);
+  }
+}
+
+}  // namespace
