@@ -184,7 +184,12 @@ Singleton<DeviceAbstractionLayer::CommsManager> g_commsManager;
 
 FakeAssistant::FakeAssistant(std::shared_ptr<Recorder> shared)
     : recorder(std::move(shared)), answers(std::make_shared<Answers>(Answers{"AUTHORIZED", true, true})) {
-  for (int area = 0; area < kAreas; ++area) create(static_cast<Area>(area));
+  try {
+    for (int area = 0; area < kAreas; ++area) create(static_cast<Area>(area));
+  } catch (...) {
+    for (int area = 0; area < kAreas; ++area) remove(static_cast<Area>(area));
+    throw;
+  }
 }
 
 FakeAssistant::~FakeAssistant() {

@@ -78,7 +78,12 @@ class Recorder {
     Running& operator=(const Running&) = delete;
 
     ~Running() {
-      if (!m_returned) ended(true, std::string());
+      if (m_returned) return;
+      try {
+        ended(true, std::string());
+      } catch (...) {
+        // The exception that is on its way says more than a record that could not be written.
+      }
     }
 
     void begin() {
