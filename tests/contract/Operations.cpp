@@ -28,10 +28,17 @@ using Lines = std::vector<std::string>;
 using Result = std::pair<bool, std::string>;
 
 template <class Class>
-Adapter adapter(const char* name) {
-  return {name, [](VornDALImplIF& host) -> std::shared_ptr<void> { return Class::CreateInstance(host); },
-          []() -> std::shared_ptr<void> { return Class::getInstance(); }, [] { Class::Shutdown(); },
-          [](VornDALImplIF& host) -> std::shared_ptr<void> { return std::make_shared<Class>(host); }};
+Adapter adapter(const char* name, Lines createLines = {}, Lines constructLines = {}, Lines getLines = {}) {
+  return {name,
+          [](VornDALImplIF& host) -> std::shared_ptr<void> { return Class::CreateInstance(host); },
+          []() -> std::shared_ptr<void> { return Class::getInstance(); },
+          [] { Class::Shutdown(); },
+          [](VornDALImplIF& host) -> std::shared_ptr<void> { return std::make_shared<Class>(host); },
+          sizeof(Class),
+          std::is_same_v<Class, VornOOBE>,
+          createLines,
+          constructLines,
+          getLines};
 }
 
 enum Index {
@@ -284,15 +291,31 @@ const std::vector<Adapter>& adapters() {
       adapter<VornAlexaState>("VornAlexaState"),
       adapter<VornAppMessaging>("VornAppMessaging"),
       adapter<VornAudioFocus>("VornAudioFocus"),
-      adapter<VornAudioIn>("VornAudioIn"),
-      adapter<VornDeviceCapabilities>("VornDeviceCapabilities"),
+      adapter<VornAudioIn>(
+          "VornAudioIn", {},
+          {"VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)"}),
+      adapter<VornDeviceCapabilities>(
+          "VornDeviceCapabilities",
+          {"static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> "
+           "VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::"
+           "VornDALImplIF&)"},
+          {"VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities("
+           "VornDeviceAbstractionLayer::VornDALImplIF&)"}),
       adapter<VornDeviceInfo>("VornDeviceInfo"),
       adapter<VornGUIOutput>("VornGUIOutput"),
       adapter<VornLEDController>("VornLEDController"),
       adapter<VornLoggerObserver>("VornLoggerObserver"),
       adapter<VornOOBE>("VornOOBE"),
       adapter<VornStorage>("VornStorage"),
-      adapter<VornEMPAdapterControl>("VornEMPAdapterControl"),
+      adapter<VornEMPAdapterControl>(
+          "VornEMPAdapterControl",
+          {"static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> "
+           "VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::"
+           "VornDALImplIF&)"},
+          {"VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl("
+           "VornDeviceAbstractionLayer::VornDALImplIF&)"},
+          {"static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> "
+           "VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()"}),
       adapter<VornCommsManager>("VornCommsManager"),
   };
   return all;

@@ -19,6 +19,11 @@ struct Adapter {
   void (*shutdown)();
   /// An object that CreateInstance() did not make.
   std::shared_ptr<void> (*construct)(VornDeviceAbstractionLayer::VornDALImplIF& host);
+  std::size_t size;  ///< Of the object.
+  bool oneBlock;     ///< Whether CreateInstance() puts object and reference count into one allocation.
+  std::vector<std::string> createLines;     ///< What CreateInstance() leaves in the trace, on every call,
+  std::vector<std::string> constructLines;  ///< the constructor,
+  std::vector<std::string> getLines;        ///< and getInstance().
 };
 
 const std::vector<Adapter>& adapters();

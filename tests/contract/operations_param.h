@@ -11,10 +11,14 @@ namespace operations {
 
 inline void PrintTo(const Row& row, std::ostream* out) { *out << row.name(); }
 
+inline void PrintTo(const Adapter& adapter, std::ostream* out) { *out << adapter.name; }
+
 /// "VornDeviceCapabilities_onSetPowerState_53".
 inline std::string nameOf(const testing::TestParamInfo<Row>& info) {
   return info.param.adapter->name + "_" + info.param.operation + "_" + std::to_string(info.param.slot);
 }
+
+inline std::string adapterName(const testing::TestParamInfo<Adapter>& info) { return info.param.name; }
 
 /// All rows but the audio path's, which keeps its assistant-side object for the life of the process.
 inline std::vector<Row> withoutAudio() {
