@@ -1,0 +1,184 @@
+#include "Attachments.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include "DataFolder.h"
+
+namespace vorn_speaker {
+
+using vorn_testing::makeCall;
+using VornDeviceAbstractionLayer::VornAttachmentReaderContainerFactory;
+using VornDeviceAbstractionLayer::VornMediaPlayerFactory;
+
+namespace {
+
+constexpr char kFactory[] = "VornAttachmentReaderContainerFactory";
+constexpr char kContainer[] = "VornAttachmentReaderContainerInterfaceImpl";
+constexpr char kMediaPlayer[] = "VornDalMediaPlayerInterfaceImpl";
+constexpr char kNoContainer[] = "no container";
+constexpr std::size_t kBlock = 4096;
+
+// Places in no virtual table: what the firmware calls on a container.
+enum ContainerCall {
+  kCreate = 1,
+  kSendData = 3,
+  kEndOfStream = 4,
+  kSubscribe = 101,
+  kUnsubscribe,
+  kGetOnClose
+};
+
+}  // namespace
+
+Attachments::Attachments(std::shared_ptr<vorn_testing::Recorder> recorder, PlayerTable& players)
+    : m_recorder(std::move(recorder)), m_players(players) {}
+
+RecordedPlayer::RecordedPlayer(std::string name, std::shared_ptr<Sink> sink,
+                               std::shared_ptr<vorn_testing::Recorder> recorder)
+    : Player(std::move(name), std::move(sink)), m_recorder(std::move(recorder)) {}
+
+void RecordedPlayer::Configure(Settings settings, std::function<void(std::string)> callback) {
+  m_recorder->run(
+      makeCall(kMediaPlayer, "Configure", 21, this, settings.name, settings.firstFlag, settings.secondFlag),
+      [&] { Player::Configure(settings, std::move(callback)); });
+}
+
+std::shared_ptr<Container> Attachments::container() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_container;
+}
+
+std::string Attachments::createPlayer(const std::string& name, bool firstFlag, bool secondFlag) {
+  const auto factory = VornMediaPlayerFactory::getInstance();
+  if (!factory) return kNoInstance;
+  const auto news = [recorder = m_recorder](std::string event) {
+    recorder->run(makeCall("MediaPlayerCallback", "news", 1, nullptr, event), [] {});
+  };
+  return factory->createDalMediaPlayer(news, firstFlag, name, secondFlag) ? "player" : "no player";
+}
+
+std::string Attachments::createContainer() {
+  const auto closed = [recorder = m_recorder](std::string reason) {
+    recorder->run(makeCall("AttachmentCallback", "onClose", 1, nullptr, reason), [] {});
+  };
+  std::shared_ptr<Container> made;
+  m_recorder->run(makeCall(kFactory, "createAttachmentReaderContainer", kCreate, this), [&] {
+    made = VornAttachmentReaderContainerFactory::getInstance()->createAttachmentReaderContainer(closed);
+  });
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_container = std::move(made);
+  return "container";
+}
+
+std::string Attachments::subscribe(const std::string& name) {
+  const auto into = container();
+  if (!into) return kNoContainer;
+  const auto found = m_players.find(name);
+  const auto player = std::dynamic_pointer_cast<Player>(found == m_players.end() ? nullptr : found->second);
+  if (!player) return "no player " + name;
+  const auto recorder = m_recorder;
+  const void* object = into.get();
+  m_recorder->run(makeCall(kContainer, "Subscribe", kSubscribe, object, name), [&] {
+    into->Subscribe(
+        [=](void* data, std::size_t size) {
+          recorder->run(makeCall(kContainer, "sendData", kSendData, object, std::to_string(size) + " bytes"),
+                        [&] { player->receive(static_cast<const char*>(data), size); });
+        },
+        [=] {
+          recorder->run(makeCall(kContainer, "notifyEndOfStream", kEndOfStream, object),
+                        [&] { player->endOfStream(); });
+        });
+  });
+  return "";
+}
+
+std::string Attachments::unsubscribe() {
+  const auto from = container();
+  if (!from) return kNoContainer;
+  m_recorder->run(makeCall(kContainer, "Unsubscribe", kUnsubscribe, from.get()),
+                  [&] { from->Unsubscribe(); });
+  return "";
+}
+
+std::string Attachments::sendData(const std::string& name) {
+  const auto into = container();
+  if (!into) return kNoContainer;
+  std::ifstream file(std::filesystem::exists(name) ? name : shipped(name), std::ios::binary);
+  if (!file) throw std::runtime_error(name + " cannot be read");
+  std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  for (std::size_t at = 0; at < bytes.size(); at += kBlock) {
+    into->sendData(&bytes[at], std::min(kBlock, bytes.size() - at));
+  }
+  return std::to_string(bytes.size()) + " bytes";
+}
+
+std::string Attachments::endOfStream() {
+  const auto into = container();
+  if (!into) return kNoContainer;
+  into->notifyEndOfStream();
+  return "";
+}
+
+std::string Attachments::close(const std::string& reason) {
+  const auto from = container();
+  if (!from) return kNoContainer;
+  std::function<void(std::string)> onClose;
+  m_recorder->run(makeCall(kContainer, "GetOnCloseCallbackFunction", kGetOnClose, from.get()),
+                  [&] { onClose = from->GetOnCloseCallbackFunction(); });
+  onClose(reason);
+  return "";
+}
+
+namespace {
+
+/// A row whose call goes through Attachments, with its arguments as texts and flags.
+template <class... P, std::size_t... I>
+Operation row(Caller caller, const char* adapter, const char* name,
+              std::string (Attachments::*function)(P...), const char* target, int slot,
+              const std::vector<const char*>& names, std::index_sequence<I...>) {
+  Operation made{adapter, name, caller, {}, {}, target, slot};
+  (made.parameters.push_back({names.at(I), describe<std::decay_t<P>>(), false}), ...);
+  made.bind = [function](const std::vector<Token>& arguments) -> BoundCall {
+    static_cast<void>(arguments);
+    std::tuple<std::decay_t<P>...> values{read<std::decay_t<P>>(arguments[I])...};
+    return [function, values](Adapters& adapters) {
+      static_cast<void>(values);
+      return (adapters.attachments.*function)(std::get<I>(values)...);
+    };
+  };
+  return made;
+}
+
+template <class... P>
+Operation row(Caller caller, const char* adapter, const char* name,
+              std::string (Attachments::*function)(P...), const char* target, int slot,
+              const std::vector<const char*>& names = {}) {
+  return row(caller, adapter, name, function, target, slot, names, std::index_sequence_for<P...>());
+}
+
+}  // namespace
+
+std::vector<Operation> attachmentOperations() {
+  return {
+      row(Caller::kAssistant, "VornMediaPlayerFactory", "createDalMediaPlayer", &Attachments::createPlayer,
+          kMediaPlayer, 21, {"name", "firstFlag", "secondFlag"}),
+      row(Caller::kAssistant, kFactory, "createAttachmentReaderContainer", &Attachments::createContainer,
+          kFactory, kCreate),
+      row(Caller::kFirmware, kContainer, "Subscribe", &Attachments::subscribe, kContainer, kSubscribe,
+          {"player"}),
+      row(Caller::kAssistant, kContainer, "sendData", &Attachments::sendData, kContainer, kSendData,
+          {"file"}),
+      row(Caller::kAssistant, kContainer, "notifyEndOfStream", &Attachments::endOfStream, kContainer,
+          kEndOfStream),
+      row(Caller::kFirmware, kContainer, "GetOnCloseCallbackFunction", &Attachments::close, kContainer,
+          kGetOnClose, {"reason"}),
+      row(Caller::kFirmware, kContainer, "Unsubscribe", &Attachments::unsubscribe, kContainer, kUnsubscribe),
+  };
+}
+
+}  // namespace vorn_speaker

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Tokens.h"
+
+namespace vorn_speaker {
+
+struct Adapters;
+
+/// Who calls an operation: the assistant client (down) or the firmware (up).
+enum class Caller { kAssistant, kFirmware };
+
+struct Parameter {
+  std::string name;
+  std::string type;  ///< What a value looks like, in words.
+  bool optional;     ///< May be left out at the end: the operation only writes it.
+};
+
+/// An operation with its arguments read, ready to be called; gives the result as text.
+using BoundCall = std::function<std::string(Adapters&)>;
+
+/// One operation that a scenario, the console or a replay can call.
+struct Operation {
+  std::string adapter;  ///< "VornDeviceInfo"
+  std::string name;     ///< "getVolume"
+  Caller caller;
+  std::vector<Parameter> parameters;
+  std::function<BoundCall(const std::vector<Token>&)> bind;  ///< Throws Unreadable.
+
+  std::string target;  ///< The interface on which the call arrives; empty when it arrives nowhere.
+  int slot;            ///< Its place there.
+
+  std::string fullName() const { return adapter + "." + name; }
+};
+
+/// What a call gives when there is no adapter to call.
+extern const char kNoInstance[];
+
+/// Every operation of both sides, in the order of the adapters' creation.
+const std::vector<Operation>& operations();
+
+/// Finds the overload that takes `arguments` and binds it; throws Unreadable, with a suggestion for a name
+/// that nearly fits. `end` is the column after the line.
+BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& arguments, std::size_t end);
+
+/// The adapter whose call arrives at a slot of an interface; empty when unknown.
+std::string adapterOf(const std::string& target, int slot);
+
+/// "VornDeviceInfo.setSystemSetting KEY VALUE" with the types, for help.
+std::string usage(const Operation& operation);
+
+}  // namespace vorn_speaker
