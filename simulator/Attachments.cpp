@@ -59,7 +59,7 @@ std::string Attachments::createPlayer(const std::string& name, bool firstFlag, b
   const auto news = [recorder = m_recorder](std::string event) {
     recorder->run(makeCall("MediaPlayerCallback", "news", 1, nullptr, event), [] {});
   };
-  return factory->createDalMediaPlayer(news, firstFlag, name, secondFlag) ? "player" : "no player";
+  return factory->createDalMediaPlayer(news, firstFlag, name, secondFlag) ? "" : "no player";
 }
 
 std::string Attachments::createContainer() {
@@ -72,7 +72,7 @@ std::string Attachments::createContainer() {
   });
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_container = std::move(made);
-  return "container";
+  return "";
 }
 
 std::string Attachments::subscribe(const std::string& name) {
@@ -114,7 +114,7 @@ std::string Attachments::sendData(const std::string& name) {
   for (std::size_t at = 0; at < bytes.size(); at += kBlock) {
     into->sendData(&bytes[at], std::min(kBlock, bytes.size() - at));
   }
-  return std::to_string(bytes.size()) + " bytes";
+  return "";
 }
 
 std::string Attachments::endOfStream() {

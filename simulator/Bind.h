@@ -15,14 +15,11 @@
 
 namespace vorn_speaker {
 
-/// Adds what an operation may have written through a reference; samples are handed over, not written.
-inline void showWritten(std::string& line, const std::string& name, const std::string& value) {
-  line += (line.empty() ? "" : " ") + name + "=" + value;
-}
+/// Adds what an operation wrote through a reference to a text or a number.
 template <class Parameter, class Value>
-void showIfWritten(std::string& line, const std::string& name, const Value& value) {
+void showWritten(std::string& line, const std::string& name, const Value& before, const Value& after) {
   if constexpr (std::is_same_v<Parameter, std::string&> || std::is_same_v<Parameter, std::int64_t&>) {
-    showWritten(line, name, vorn_testing::text(value));
+    if (before != after) line += (line.empty() ? "" : " ") + name + "=" + vorn_testing::text(after);
   }
 }
 
@@ -66,7 +63,7 @@ class BoundMember {
     } else {
       line = vorn_testing::text((object.*m_function)(std::get<I>(values)...));
     }
-    (showIfWritten<P>(line, m_parameters[I].name, std::get<I>(values)), ...);
+    (showWritten<P>(line, m_parameters[I].name, std::get<I>(m_values), std::get<I>(values)), ...);
     return line;
   }
 

@@ -155,6 +155,8 @@ void Speaker::call(Caller caller, const std::string& name, const std::string& fi
       return call(m_adapters);
     } catch (const std::exception& error) {
       return std::string("threw ") + error.what();
+    } catch (...) {
+      return std::string("threw what is no std::exception");
     }
   });
   // A result that no printed call shows: a default, or what was written through a reference.
