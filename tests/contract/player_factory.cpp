@@ -181,6 +181,7 @@ TEST_F(PlayerFactory, StaysBoundWhenRebindingFails) {
     } catch (const std::bad_alloc&) {
       ++failures;
       lock_watch::failAllocation(0);
+      ASSERT_EQ(VornMediaPlayerFactory::getInstance(), kept);
       EXPECT_EQ(ask("kitchen"), kitchen);
     }
     lock_watch::failAllocation(0);
