@@ -112,4 +112,12 @@ std::string usage(const Operation& operation) {
   return line;
 }
 
+std::string parameterHelp(const Operation& operation) {
+  std::string lines;
+  for (const Parameter& parameter : operation.parameters) {
+    lines += "      " + parameter.name + ": " + parameter.type + "\n";
+  }
+  return lines;
+}
+
 }  // namespace vorn_speaker

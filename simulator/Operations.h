@@ -49,7 +49,10 @@ BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& a
 /// The adapter whose call arrives at a slot of an interface; empty when unknown.
 std::string adapterOf(const std::string& target, int slot);
 
-/// "VornDeviceInfo.setSystemSetting KEY VALUE" with the types, for help.
+/// "VornDeviceInfo.setSystemSetting key value"
 std::string usage(const Operation& operation);
+
+/// A line for each parameter: its name and what a value looks like.
+std::string parameterHelp(const Operation& operation);
 
 }  // namespace vorn_speaker

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <iterator>
 
+#include "Console.h"
 #include "DataFolder.h"
 #include "Morning.h"
 #include "Scenario.h"
@@ -21,22 +22,57 @@ constexpr int kPassed = 0;
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-void listOperations() {
-  const auto side = [](Caller caller, const char* title) {
-    std::cout << title << '\n';
-    for (const Operation& operation : operations()) {
-      if (operation.caller != caller) continue;
-      std::cout << "  " << usage(operation) << '\n';
-      for (const Parameter& parameter : operation.parameters) {
-        std::cout << "      " << parameter.name << ": " << parameter.type << '\n';
-      }
-    }
-  };
-  side(Caller::kAssistant, "assistant");
-  side(Caller::kFirmware, "firmware");
+/// What the command line asks for.
+struct Request {
+  std::string scenario;  ///< Empty for the morning.
+  Settings settings;
+  bool strict = false;
+  bool list = false;
+};
+
+std::string read(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file || std::filesystem::is_directory(path)) throw std::runtime_error(path + ": cannot be read");
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string help() {
+int list() {
+  for (const Caller caller : {Caller::kAssistant, Caller::kFirmware}) {
+    std::cout << (caller == Caller::kAssistant ? "assistant\n" : "firmware\n");
+    for (const Operation& operation : operations()) {
+      if (operation.caller == caller)
+        std::cout << "  " << usage(operation) << '\n' << parameterHelp(operation);
+    }
+  }
+  return kPassed;
+}
+
+int play(const Request& request) {
+  const std::string name = request.scenario.empty() ? "morning" : request.scenario;
+  const std::vector<Step> steps = readScenario(name, request.scenario.empty() ? kMorning : read(name));
+  Speaker speaker(request.settings, std::cout);
+  int status = kPassed;
+  try {
+    speaker.play(name, steps);
+    if (request.strict) speaker.expectEveryOperation();
+  } catch (const Disappointed& disappointed) {
+    std::cout.flush();
+    std::cerr << disappointed.what() << '\n';
+    status = kFailed;
+  }
+  std::cout << '\n';
+  speaker.tally().print(std::cout);
+  return status;
+}
+
+int console(const Request& request) {
+  Speaker speaker(request.settings, std::cout);
+  Console console(speaker, request.settings.stateFolder + "/console-history");
+  console.run(isatty(STDIN_FILENO) == 1, std::cin);
+  return kPassed;
+}
+
+std::string scenarioHelp() {
   std::string text =
       "A scenario holds one statement a line, values as words, \"texts\", [lists] and {key=value} sets; # begins a comment:\n";
   for (const Statement& statement : statements()) {
@@ -47,39 +83,8 @@ std::string help() {
   return text + "Exit status: 0 played, 1 an expectation was not met, 2 nothing was played.";
 }
 
-int play(const std::string& file, const std::string& text, const Settings& settings, bool strict) {
-  const std::vector<Step> steps = readScenario(file, text);
-  Tally tally;
-  int status = kPassed;
-  {
-    Speaker speaker(settings, std::cout);
-    try {
-      speaker.play(file, steps);
-      if (strict) speaker.expectEveryOperation();
-    } catch (const Disappointed& disappointed) {
-      std::cout.flush();
-      std::cerr << disappointed.what() << '\n';
-      status = kFailed;
-    }
-    std::cout << '\n';
-    speaker.tally().print(std::cout);
-  }
-  return status;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-  CLI::App app(
-      "Plays a simulated speaker, firmware and assistant client in one process, and prints every call.");
-  app.name("vorn-speaker");
-  app.footer(help());
-  app.set_version_flag("--version", VORN_SPEAKER_VERSION);
-
-  std::string scenario;
-  Settings settings;
-  bool fast = false, strict = false, noTrace = false, list = false;
-  app.add_option("SCENARIO", scenario, "The scenario to play; without one, a whole morning");
+void addOptions(CLI::App& app, Request& request) {
+  Settings& settings = request.settings;
   settings.stateFolder = userStateFolder();
   settings.device = shipped("device.toml");
   settings.audio = shipped("request.wav");
@@ -93,31 +98,42 @@ int main(int argc, char** argv) {
   app.add_option("--alsa", settings.alsa,
                  "The ALSA device that the players play to instead, such as default");
   const auto realTime = app.add_flag("--real-time", settings.realTime, "Keep the microphone's real time");
-  app.add_flag("--fast", fast, "Go as fast as it goes, as without --real-time")->excludes(realTime);
-  app.add_flag("--no-trace", noTrace, "Leave the library's trace off");
-  app.add_flag("--strict", strict, "Fail when an operation was never called");
+  app.add_flag("--fast", "Go as fast as it goes, as without --real-time")->excludes(realTime);
+  app.add_flag("--no-trace{false}", settings.trace, "Leave the library's trace off");
+  app.add_flag("--strict", request.strict, "Fail when an operation was never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
-  app.add_flag("--list", list, "List the operations with their arguments, and end");
+  app.add_flag("--list", request.list, "List the operations with their arguments, and end");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app(
+      "Plays a simulated speaker, firmware and assistant client in one process, and prints every call.");
+  app.name("vorn-speaker");
+  app.footer(scenarioHelp());
+  app.set_version_flag("--version", VORN_SPEAKER_VERSION);
+  app.fallthrough();
+
+  Request request;
+  addOptions(app, request);
+  app.add_option("SCENARIO", request.scenario, "The scenario to play; without one, a whole morning");
+  const CLI::App* const asConsole = app.add_subcommand("console", "Type statements and see them played");
+  app.require_subcommand(0, 1);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kPassed : kUsage;
   }
-  settings.trace = !noTrace;
-  if (list) {
-    listOperations();
-    return kPassed;
-  }
 
   try {
+    if (request.list) return list();
+    Settings& settings = request.settings;
     std::filesystem::create_directories(settings.stateFolder);
     if (settings.out.empty()) settings.out = settings.stateFolder + "/answer.wav";
     settings.colour = isatty(STDOUT_FILENO) == 1;
-    if (scenario.empty()) return play("morning", kMorning, settings, strict);
-    std::ifstream file(scenario);
-    if (!file) throw std::runtime_error(scenario + ": cannot be read");
-    return play(scenario, {std::istreambuf_iterator<char>(file), {}}, settings, strict);
+    return *asConsole ? console(request) : play(request);
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return kUsage;
