@@ -44,7 +44,7 @@ const std::map<std::string, Fields>& reference() {
   return all;
 }
 
-/// Whether a line is one of the pattern, in which "{name}" stands for any text.
+/// Whether a line is one of the pattern, in which "{name}" stands for any text that no blank begins.
 bool matches(const std::string& pattern, const std::string& line) {
   std::size_t at = 0;
   std::istringstream rest(pattern);
@@ -52,6 +52,7 @@ bool matches(const std::string& pattern, const std::string& line) {
     const std::size_t found = line.find(literal, at);
     if (found == std::string::npos || (at == 0 && found != 0)) return false;
     at = found + literal.size();
+    if (!rest.eof() && line[at] == ' ') return false;
   }
   return pattern.back() == '}' || at == line.size();
 }
