@@ -12,13 +12,18 @@
 
 #include "Adapters.h"
 #include "Operations.h"
+#include "Spelling.h"
 
 namespace vorn_speaker {
+
+/// Whether an operation may write through a parameter: a reference to a text or a number.
+template <class Parameter>
+constexpr bool kWrites = std::is_same_v<Parameter, std::string&> || std::is_same_v<Parameter, std::int64_t&>;
 
 /// Adds what an operation wrote through a reference to a text or a number.
 template <class Parameter, class Value>
 void showWritten(std::string& line, const std::string& name, const Value& before, const Value& after) {
-  if constexpr (std::is_same_v<Parameter, std::string&> || std::is_same_v<Parameter, std::int64_t&>) {
+  if constexpr (kWrites<Parameter>) {
     if (before != after) line += (line.empty() ? "" : " ") + name + "=" + vorn_testing::text(after);
   }
 }
@@ -73,6 +78,15 @@ class BoundMember {
   std::tuple<std::decay_t<P>...> m_values;
 };
 
+/// Spells the arguments of a call that a double recorded.
+template <class... P, std::size_t... I>
+std::vector<std::string> spellAll(const std::vector<const void*>& addresses, bool secrets,
+                                  std::index_sequence<I...>) {
+  static_cast<void>(addresses);
+  static_cast<void>(secrets);
+  return {spellAt<std::decay_t<P>>(addresses.at(I), secrets)...};
+}
+
 /// Describes a member function of an adapter: the types of its parameters come from its declaration, their
 /// names from `names`.
 template <class Adapter, class Result, class... P>
@@ -80,11 +94,12 @@ Operation member(Caller caller, const char* adapter, const char* name, Result (A
                  const char* target, int slot, const std::vector<const char*>& names) {
   Operation made{adapter, name, caller, {}, {}, target, slot};
   [[maybe_unused]] std::size_t index = 0;
-  (made.parameters.push_back(
-       {names.at(index++), describe<std::decay_t<P>>(), std::is_same_v<P, std::string&>}),
-   ...);
+  (made.parameters.push_back({names.at(index++), describe<std::decay_t<P>>(), kWrites<P>}), ...);
   made.bind = [caller, function, parameters = made.parameters](const std::vector<Token>& arguments) {
     return BoundCall(BoundMember<Adapter, Result, P...>(caller, function, parameters, arguments));
+  };
+  made.spell = [](const std::vector<const void*>& addresses, bool secrets) {
+    return spellAll<P...>(addresses, secrets, std::index_sequence_for<P...>());
   };
   return made;
 }

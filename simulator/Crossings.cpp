@@ -6,6 +6,7 @@
 
 #include "Operations.h"
 #include "Secrets.h"
+#include "Spelling.h"
 
 namespace vorn_speaker {
 
@@ -14,17 +15,33 @@ namespace {
 thread_local const char* t_name = "main";
 thread_local std::vector<Crossing> t_open;
 
+/// Whether the first argument names the value that the others and the answer hold.
+bool isKeyed(const Crossing& crossing) {
+  for (const char* operation :
+       {"getConfigData", "getSystemSetting", "setSystemSetting", "notifySystemSettingChanged"}) {
+    if (crossing.operation == operation) return true;
+  }
+  return false;
+}
+
 void mask(Crossing& crossing) {
-  if (crossing.operation == "login" && !crossing.arguments.empty()) crossing.arguments[0] = kMask;
-  const bool keyed = crossing.operation == "getConfigData" || crossing.operation == "getSystemSetting" ||
-                     crossing.operation == "setSystemSetting" || crossing.operation == "readKeyValue" ||
-                     crossing.operation == "notifySystemSettingChanged";
-  if (keyed && !crossing.arguments.empty() && isSecretName(crossing.arguments[0])) {
-    for (std::size_t i = 1; i < crossing.arguments.size(); ++i) crossing.arguments[i] = kMask;
+  const auto hide = [&](std::size_t index) { crossing.arguments[index] = crossing.spelled[index] = kMask; };
+  if (crossing.operation == "login") hide(0);
+  if (isKeyed(crossing) && isSecretName(crossing.arguments[0])) {
+    for (std::size_t i = 1; i < crossing.arguments.size(); ++i) hide(i);
     if (crossing.operation == "getConfigData" && !crossing.result.empty()) crossing.result = kMask;
+    for (std::string& value : crossing.written) value = kMask;
   }
   for (std::string& argument : crossing.arguments) argument = hideSecrets(argument);
   crossing.result = hideSecrets(crossing.result);
+}
+
+/// The arguments as a scenario holds them; what the table does not know is a text.
+std::vector<std::string> spelled(const Operation* operation, const vorn_testing::Call& call, bool secrets) {
+  if (operation && operation->spell) return operation->spell(call.addresses, secrets);
+  std::vector<std::string> texts;
+  for (const std::string& argument : call.arguments) texts.push_back(spell(argument));
+  return texts;
 }
 
 }  // namespace
@@ -42,6 +59,12 @@ std::string Crossing::signature() const {
   return line + ")";
 }
 
+std::string Crossing::answer() const {
+  std::string line = result;
+  for (const std::string& value : written) line += (line.empty() ? "" : " ") + value;
+  return line;
+}
+
 Crossings::Crossings(std::shared_ptr<vorn_testing::Recorder> recorder, bool secrets)
     : m_recorder(std::move(recorder)), m_secrets(secrets), m_start(std::chrono::steady_clock::now()) {
   m_recorder->onCall([this](const vorn_testing::Call& call) { began(call); });
@@ -55,9 +78,9 @@ Crossings::~Crossings() {
 
 Crossing Crossings::describe(const vorn_testing::Call& call) const {
   Crossing made;
-  made.adapter = adapterOf(call.target, call.slot);
-  const bool callback = made.adapter.empty();  // what the firmware calls back on, named as it is
-  if (callback) made.adapter = call.target;
+  const Operation* const operation = operationAt(call.target, call.slot);
+  made.adapter = operation ? operation->adapter : call.target;
+  if (call.operation == "getEMPAdapter") made.adapter = "VornEMPAdapterControl";  // asked before its commands
   made.operation = call.operation;
   made.target = call.target;
   made.slot = call.slot;
@@ -71,23 +94,33 @@ Crossing Crossings::describe(const vorn_testing::Call& call) const {
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_start);
   made.took = std::chrono::microseconds(0);
   made.depth = static_cast<int>(t_open.size());
+  made.spelled = spelled(operation, call, m_secrets);
   if (!m_secrets) mask(made);
   return made;
 }
 
 void Crossings::began(const vorn_testing::Call& call) {
-  const Crossing crossing = describe(call);
-  t_open.push_back(crossing);
+  Crossing crossing = describe(call);
   const std::lock_guard<std::mutex> lock(m_mutex);
+  crossing.number = ++m_calls;
+  t_open.push_back(crossing);
   for (Listener* listener : m_listeners) listener->began(crossing);
 }
 
 void Crossings::ended(const vorn_testing::Call& call) {
-  const Crossing opened = t_open.back();
+  Crossing crossing = std::move(t_open.back());
   t_open.pop_back();
-  Crossing crossing = describe(call);
-  crossing.took = crossing.began - opened.began;
-  crossing.began = opened.began;
+  const auto now = std::chrono::steady_clock::now() - m_start;
+  crossing.took = std::chrono::duration_cast<std::chrono::microseconds>(now) - crossing.began;
+  crossing.result = call.result;
+  crossing.threw = call.threw;
+  const Operation* const operation = operationAt(call.target, call.slot);
+  for (std::size_t i = 0; operation && operation->spell && i < operation->parameters.size(); ++i) {
+    if (!operation->parameters[i].reference) continue;
+    const std::string after = operation->spell(call.addresses, m_secrets)[i];
+    if (after != crossing.spelled[i]) crossing.written.push_back(operation->parameters[i].name + "=" + after);
+  }
+  if (!m_secrets) mask(crossing);
   const std::lock_guard<std::mutex> lock(m_mutex);
   for (Listener* listener : m_listeners) listener->ended(crossing);
 }

@@ -17,12 +17,15 @@ const char* threadName();
 
 /// One call that crosses the library, with its secrets masked.
 struct Crossing {
-  bool down;  ///< From the assistant client to the firmware.
+  unsigned long number;  ///< In the order in which calls began, from 1.
+  bool down;             ///< From the assistant client to the firmware.
   std::string adapter;
   std::string operation;
   std::string target;  ///< The interface on which it arrived, and its place there.
   int slot;
-  std::vector<std::string> arguments;
+  std::vector<std::string> arguments;  ///< As the kit renders them.
+  std::vector<std::string> spelled;    ///< As a scenario holds them.
+  std::vector<std::string> written;    ///< What the callee wrote through references, "value=on".
   std::string result;
   bool threw;
   std::string thread;
@@ -32,6 +35,9 @@ struct Crossing {
 
   std::string fullName() const { return adapter + "." + operation; }
   std::string signature() const;
+
+  /// The result, and what was written: "true value=on".
+  std::string answer() const;
 };
 
 /// Turns what the kit's doubles record into crossings and tells its listeners of each, one at a time.
@@ -63,6 +69,7 @@ class Crossings {
   const std::chrono::steady_clock::time_point m_start;
   std::vector<Listener*> m_listeners;
   std::mutex m_mutex;
+  unsigned long m_calls = 0;
 };
 
 }  // namespace vorn_speaker

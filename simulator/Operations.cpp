@@ -57,7 +57,7 @@ std::optional<Unreadable> mismatch(const Operation& operation, const std::vector
                                                                usage(operation) + ", found " +
                                                                arguments[parameters.size()].text);
   }
-  if (arguments.size() < parameters.size() && !parameters[arguments.size()].optional) {
+  if (arguments.size() < parameters.size() && !parameters[arguments.size()].reference) {
     const Parameter& missing = parameters[arguments.size()];
     return Unreadable(end, "expected " + missing.name + ", " + missing.type + ", in " + usage(operation));
   }
@@ -96,18 +96,17 @@ BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& a
                                     name.text + suggestion(name.text));
 }
 
-std::string adapterOf(const std::string& target, int slot) {
-  if (target == "VornDALImplIF" && slot == 33) return "VornEMPAdapterControl";  // before each of its commands
+const Operation* operationAt(const std::string& target, int slot) {
   for (const Operation& operation : operations()) {
-    if (operation.target == target && operation.slot == slot) return operation.adapter;
+    if (operation.target == target && operation.slot == slot) return &operation;
   }
-  return {};
+  return nullptr;
 }
 
 std::string usage(const Operation& operation) {
   std::string line = operation.fullName();
   for (const Parameter& parameter : operation.parameters) {
-    line += parameter.optional ? " [" + parameter.name + "]" : " " + parameter.name;
+    line += parameter.reference ? " [" + parameter.name + "]" : " " + parameter.name;
   }
   return line;
 }

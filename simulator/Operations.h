@@ -16,7 +16,7 @@ enum class Caller { kAssistant, kFirmware };
 struct Parameter {
   std::string name;
   std::string type;  ///< What a value looks like, in words.
-  bool optional;     ///< May be left out at the end: the operation only writes it.
+  bool reference;    ///< The operation may write it; at the end it may be left out.
 };
 
 /// An operation with its arguments read, ready to be called; gives the result as text.
@@ -33,6 +33,9 @@ struct Operation {
   std::string target;  ///< The interface on which the call arrives; empty when it arrives nowhere.
   int slot;            ///< Its place there.
 
+  /// Spells the arguments that a double found at their addresses; none for rows that are not members.
+  std::function<std::vector<std::string>(const std::vector<const void*>&, bool secrets)> spell = {};
+
   std::string fullName() const { return adapter + "." + name; }
 };
 
@@ -46,8 +49,8 @@ const std::vector<Operation>& operations();
 /// that nearly fits. `end` is the column after the line.
 BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& arguments, std::size_t end);
 
-/// The adapter whose call arrives at a slot of an interface; empty when unknown.
-std::string adapterOf(const std::string& target, int slot);
+/// The operation whose call arrives at a slot of an interface, or null.
+const Operation* operationAt(const std::string& target, int slot);
 
 /// "VornDeviceInfo.setSystemSetting key value"
 std::string usage(const Operation& operation);

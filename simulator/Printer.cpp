@@ -16,7 +16,8 @@ bool same(const Crossing& left, const Crossing& right) {
 
 std::string answer(const Crossing& crossing) {
   if (crossing.threw) return " threw";
-  return crossing.result.empty() ? "" : " = " + crossing.result;
+  const std::string text = crossing.answer();
+  return text.empty() ? "" : " = " + text;
 }
 
 }  // namespace

@@ -50,6 +50,7 @@ std::string signature(const std::string& name, const std::vector<std::string>& a
 Speaker::Speaker(const Settings& settings, std::ostream& out)
     : m_recorder(std::make_shared<vorn_testing::Recorder>()),
       m_printer(out, settings.everyBlock),
+      m_recording(settings.recording.empty() ? nullptr : std::make_unique<Recording>(settings.recording)),
       m_crossings(m_recorder, settings.secrets),
       m_display(m_canvas, settings.colour),
       m_microphone(settings.realTime ? Microphone::Pace::kRealTime : Microphone::Pace::kFast,
@@ -77,6 +78,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
   m_crossings.tell(m_printer);
   m_crossings.tell(m_tally);
   m_crossings.tell(*this);
+  if (m_recording) m_crossings.tell(*m_recording);
 
   // As a device boots: the host, the trace, the adapters, the assistant client.
   m_firmware = std::make_unique<Worker>("firmware");
@@ -161,7 +163,7 @@ void Speaker::call(Caller caller, const std::string& name, const std::string& fi
   });
   // A result that no printed call shows: a default, or what was written through a reference.
   const auto shows = [&](const Crossing& crossing) {
-    return crossing.fullName() == name && crossing.result == m_result;
+    return crossing.fullName() == name && crossing.answer() == m_result;
   };
   const std::vector<Crossing> calls = recent();
   if (std::none_of(calls.begin(), calls.end(), shows) && !isSecretName(firstArgument) && !m_result.empty()) {

@@ -12,6 +12,7 @@
 #include "Attachments.h"
 #include "Crossings.h"
 #include "Printer.h"
+#include "Recording.h"
 #include "Scenario.h"
 #include "SpeakerHost.h"
 #include "Tally.h"
@@ -26,6 +27,7 @@ struct Settings {
   std::string device;       ///< The device file.
   std::string audio;        ///< What the microphone hears.
   std::string out;          ///< The WAV file that the players play to.
+  std::string recording;    ///< The file that every call is written to, when not empty.
   std::string alsa;         ///< The ALSA device that they play to instead, when not empty.
   bool realTime = false;    ///< Whether the microphone keeps real time.
   bool trace = true;        ///< Whether the library writes its trace.
@@ -52,6 +54,9 @@ class Speaker : public Stage, private Crossings::Listener {
 
   const Tally& tally() const { return m_tally; }
 
+  /// The calls that arrived since the last call of a scenario began.
+  std::vector<Crossing> recent() const;
+
   void section(const std::string& title) override;
   void call(Caller caller, const std::string& name, const std::string& firstArgument,
             const BoundCall& call) override;
@@ -69,12 +74,12 @@ class Speaker : public Stage, private Crossings::Listener {
   SpeakerHost::Face face();
   void began(const Crossing&) override {}
   void ended(const Crossing& crossing) override;
-  std::vector<Crossing> recent() const;
   std::int64_t heard() const;
 
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
   Printer m_printer;
   Tally m_tally;
+  std::unique_ptr<Recording> m_recording;
   Crossings m_crossings;
 
   std::ostringstream m_canvas;  ///< What the display draws, before it is printed.

@@ -7,10 +7,13 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <sstream>
 
 #include "Console.h"
 #include "DataFolder.h"
 #include "Morning.h"
+#include "Recording.h"
+#include "Replay.h"
 #include "Scenario.h"
 #include "Speaker.h"
 
@@ -25,6 +28,7 @@ constexpr int kUsage = 2;
 /// What the command line asks for.
 struct Request {
   std::string scenario;  ///< Empty for the morning.
+  std::string recording;
   Settings settings;
   bool strict = false;
   bool list = false;
@@ -69,6 +73,32 @@ int console(const Request& request) {
   Speaker speaker(request.settings, std::cout);
   Console console(speaker, request.settings.stateFolder + "/console-history");
   console.run(isatty(STDIN_FILENO) == 1, std::cin);
+  return kPassed;
+}
+
+/// A recording and its replay begin with an empty store, so that they can be the same.
+void beginAnew(Settings& settings) {
+  settings.stateFolder += "/recorded";
+  std::filesystem::remove_all(settings.stateFolder);
+  std::filesystem::create_directories(settings.stateFolder);
+}
+
+int record(Request request) {
+  beginAnew(request.settings);
+  request.settings.recording = request.recording;
+  return play(request);
+}
+
+int replay(Request request) {
+  const std::vector<Crossing> calls = Recording::read(request.recording);
+  beginAnew(request.settings);
+  std::ostringstream unseen;
+  Speaker speaker(request.settings, unseen);
+  return replay(calls, speaker, std::cout) ? kPassed : kFailed;
+}
+
+int report(const Request& request) {
+  report(Recording::read(request.recording), std::cout);
   return kPassed;
 }
 
@@ -118,8 +148,20 @@ int main(int argc, char** argv) {
 
   Request request;
   addOptions(app, request);
-  app.add_option("SCENARIO", request.scenario, "The scenario to play; without one, a whole morning");
+  app.add_option("SCENARIO,--scenario", request.scenario,
+                 "The scenario to play; without one, a whole morning");
   const CLI::App* const asConsole = app.add_subcommand("console", "Type statements and see them played");
+  const auto recorded = [&](const char* name, const char* help) {
+    CLI::App* const command = app.add_subcommand(name, help);
+    command->add_option("RECORDING", request.recording, "The file of the recording")->required();
+    return command;
+  };
+  const CLI::App* const asRecord =
+      recorded("record", "Play a scenario (of --scenario, or the morning) and write every call to a file");
+  const CLI::App* const asReplay =
+      recorded("replay", "Play the calls of a recording and tell the first that is answered differently");
+  const CLI::App* const asReport =
+      recorded("report", "Print a recording for people: calls, counts, durations");
   app.require_subcommand(0, 1);
   try {
     app.parse(argc, argv);
@@ -133,7 +175,11 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(settings.stateFolder);
     if (settings.out.empty()) settings.out = settings.stateFolder + "/answer.wav";
     settings.colour = isatty(STDOUT_FILENO) == 1;
-    return *asConsole ? console(request) : play(request);
+    if (*asConsole) return console(request);
+    if (*asRecord) return record(request);
+    if (*asReplay) return replay(request);
+    if (*asReport) return report(request);
+    return play(request);
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return kUsage;
