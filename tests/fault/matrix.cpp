@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "rows.h"
+#include "watchdog.h"
 
 namespace {
 
@@ -223,6 +224,7 @@ std::size_t casesOf(State state) {
   std::cout.flush();
   const pid_t child = fork();
   if (child == 0) {
+    watchdog::feed();
     g_pipe = ends[1];
     if (state == State::kUnloading) {
       g_unloading = new Life(state);

@@ -16,6 +16,7 @@
 
 #include "faults.h"
 #include "rows.h"
+#include "watchdog.h"
 
 namespace {
 
@@ -180,6 +181,7 @@ TEST_F(TorturedAudio, CountsABufferExactlyWhenTheCallReturned) {
 class Torture : public testing::Test {
  protected:
   static void SetUpTestSuite() {
+    watchdog::feed();
     settleAudio();
     faults::othersGetThem();  // Makes the other thread now, or it would count as a leak.
   }
