@@ -145,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(Table, LockedOperation, testing::ValuesIn(guarded(true)
 
 using UnlockedOperation = HeldUp;
 
-TEST_P(UnlockedOperation, LetsItselfTheLockedOnesAndTheLifecyclePass) {
+TEST_P(UnlockedOperation, LetsEverythingPass) {
   ASSERT_NO_FATAL_FAILURE(holdUp(row));
   EXPECT_TRUE(ends([&] { EXPECT_EQ(row.call(object.get()), row.answer); }));
   for (const Row& other : guarded(true))

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <sstream>
 
@@ -48,7 +49,8 @@ const std::map<std::string, Fields>& reference() {
 bool matches(const std::string& pattern, const std::string& line) {
   std::size_t at = 0;
   std::istringstream rest(pattern);
-  for (std::string literal; std::getline(rest, literal, '{'); rest.ignore(pattern.size(), '}')) {
+  for (std::string literal; std::getline(rest, literal, '{');
+       rest.ignore(std::numeric_limits<std::streamsize>::max(), '}')) {
     const std::size_t found = line.find(literal, at);
     if (found == std::string::npos || (at == 0 && found != 0)) return false;
     at = found + literal.size();

@@ -50,7 +50,7 @@ class HandMade {
 
   template <class Interface>
   Interface& as() {
-    return *reinterpret_cast<Interface*>(this);
+    return *reinterpret_cast<Interface*>(&m_pointer);
   }
 
  private:
@@ -60,7 +60,7 @@ class HandMade {
         m_table{nullptr, const_cast<std::type_info*>(&type),
                 reinterpret_cast<void*>(static_cast<void (*)()>(reached<Slot + 1>))...} {}
 
-  void* const* const m_pointer;
+  void* const* m_pointer;
   void* m_table[kSlots + 2];  ///< Offset to the top and type first.
 };
 
