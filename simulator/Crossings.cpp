@@ -53,6 +53,8 @@ void nameThread(const char* name) {
 
 const char* threadName() { return t_name; }
 
+const Crossing* openCall() { return t_open.empty() ? nullptr : &t_open.back(); }
+
 std::string Crossing::signature() const {
   std::string line = operation + "(";
   for (std::size_t i = 0; i < arguments.size(); ++i) line += (i ? ", " : "") + arguments[i];

@@ -40,6 +40,9 @@ struct Crossing {
   std::string answer() const;
 };
 
+/// The innermost call that the calling thread is inside, or null.
+const Crossing* openCall();
+
 /// Turns what the kit's doubles record into crossings and tells its listeners of each, one at a time.
 class Crossings {
  public:

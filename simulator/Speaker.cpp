@@ -59,7 +59,8 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
                      if (const auto audioIn = m_adapters.held<VornAudioIn>()) audioIn->sendAudioData(samples);
                    }),
       m_host(DeviceFile::read(settings.device), settings.stateFolder + "/store.sqlite", m_microphone, face()),
-      m_recordingHost(m_host),
+      m_hostLibrary(settings.host.empty() ? nullptr : std::make_unique<HostLibrary>(settings.host)),
+      m_recordingHost(m_hostLibrary ? m_hostLibrary->host() : m_host),
       m_attachments(m_recorder, m_players),
       m_adapters(m_recordingHost, m_players, m_attachments),
       m_traceStart(sizeOf(kTraceFile)) {
@@ -81,14 +82,14 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
   if (m_recording) m_crossings.tell(*m_recording);
 
   // As a device boots: the host, the trace, the adapters, the assistant client.
-  m_firmware = std::make_unique<Worker>("firmware");
+  m_firmware = std::make_unique<Worker>("firmware", settings.limit);
   m_firmware->run([&] {
     FileLogger::CreateInstance(settings.trace);
     m_adapters.create();
     return std::string();
   });
   m_assistantSide = std::make_unique<FakeAssistant>(m_recorder);
-  m_assistant = std::make_unique<Worker>("assistant");
+  m_assistant = std::make_unique<Worker>("assistant", settings.limit);
 }
 
 SpeakerHost::Face Speaker::face() {

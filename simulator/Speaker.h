@@ -3,6 +3,7 @@
 #include <vorn_testing/FakeAssistant.h>
 #include <vorn_testing/RecordingHost.h>
 
+#include <chrono>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -11,6 +12,7 @@
 #include "Adapters.h"
 #include "Attachments.h"
 #include "Crossings.h"
+#include "HostLibrary.h"
 #include "Printer.h"
 #include "Recording.h"
 #include "Scenario.h"
@@ -23,16 +25,18 @@ namespace vorn_speaker {
 
 /// How the speaker is set up, from the command line.
 struct Settings {
-  std::string stateFolder;  ///< Made when it is not there.
-  std::string device;       ///< The device file.
-  std::string audio;        ///< What the microphone hears.
-  std::string out;          ///< The WAV file that the players play to.
-  std::string recording;    ///< The file that every call is written to, when not empty.
-  std::string alsa;         ///< The ALSA device that they play to instead, when not empty.
-  bool realTime = false;    ///< Whether the microphone keeps real time.
-  bool trace = true;        ///< Whether the library writes its trace.
-  bool everyBlock = false;  ///< Whether each block of sound is printed.
-  bool secrets = false;     ///< Whether secrets are printed.
+  std::string stateFolder;        ///< Made when it is not there.
+  std::string device;             ///< The device file.
+  std::string audio;              ///< What the microphone hears.
+  std::string out;                ///< The WAV file that the players play to.
+  std::string host;               ///< A library with a host that takes the place of the simulated one.
+  std::chrono::seconds limit{0};  ///< How long a call may take; 0 for ever.
+  std::string recording;          ///< The file that every call is written to, when not empty.
+  std::string alsa;               ///< The ALSA device that they play to instead, when not empty.
+  bool realTime = false;          ///< Whether the microphone keeps real time.
+  bool trace = true;              ///< Whether the library writes its trace.
+  bool everyBlock = false;        ///< Whether each block of sound is printed.
+  bool secrets = false;           ///< Whether secrets are printed.
   bool colour = false;
 };
 
@@ -87,6 +91,7 @@ class Speaker : public Stage, private Crossings::Listener {
   Display m_display;
   Microphone m_microphone;
   SpeakerHost m_host;
+  const std::unique_ptr<HostLibrary> m_hostLibrary;
   vorn_testing::RecordingHost m_recordingHost;
   PlayerTable m_players;
   Attachments m_attachments;

@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "Crossings.h"
+#include "Postmortem.h"
 
 namespace vorn_speaker {
 
-Worker::Worker(const char* name) : m_thread([this, name] { work(name); }) {}
+Worker::Worker(const char* name, std::chrono::seconds limit)
+    : m_name(name), m_limit(limit), m_thread([this] { work(); }) {}
 
 Worker::~Worker() {
   {
@@ -25,11 +27,14 @@ std::string Worker::run(std::function<std::string()> task) {
     m_tasks.push(std::move(packaged));
   }
   m_wake.notify_one();
+  if (m_limit.count() > 0 && result.wait_for(m_limit) == std::future_status::timeout) {
+    giveUp("No answer on the thread " + m_name + " within " + std::to_string(m_limit.count()) + " s.");
+  }
   return result.get();
 }
 
-void Worker::work(const char* name) {
-  nameThread(name);
+void Worker::work() {
+  nameThread(m_name.c_str());
   std::unique_lock<std::mutex> lock(m_mutex);
   for (;;) {
     m_wake.wait(lock, [this] { return m_stop || !m_tasks.empty(); });

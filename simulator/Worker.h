@@ -1,10 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <future>
 #include <mutex>
 #include <queue>
+#include <string>
 #include <thread>
 
 namespace vorn_speaker {
@@ -12,7 +14,8 @@ namespace vorn_speaker {
 /// A named thread that does what it is told, one thing after the other.
 class Worker {
  public:
-  explicit Worker(const char* name);
+  /// With a `limit` above 0, a task that takes longer ends the process: see giveUp().
+  Worker(const char* name, std::chrono::seconds limit);
 
   /// Finishes what it was told.
   ~Worker();
@@ -24,8 +27,10 @@ class Worker {
   std::string run(std::function<std::string()> task);
 
  private:
-  void work(const char* name);
+  void work();
 
+  const std::string m_name;
+  const std::chrono::seconds m_limit;
   std::mutex m_mutex;
   std::condition_variable m_wake;
   std::queue<std::packaged_task<std::string()>> m_tasks;

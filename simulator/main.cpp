@@ -12,6 +12,7 @@
 #include "Console.h"
 #include "DataFolder.h"
 #include "Morning.h"
+#include "Postmortem.h"
 #include "Recording.h"
 #include "Replay.h"
 #include "Scenario.h"
@@ -32,7 +33,10 @@ struct Request {
   Settings settings;
   bool strict = false;
   bool list = false;
+  int watchdog = -1;  ///< Negative: as the host needs it.
 };
+
+constexpr int kForeignHostSeconds = 10;
 
 std::string read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -110,7 +114,8 @@ std::string scenarioHelp() {
     form.resize(std::max<std::size_t>(form.size() + 1, 50), ' ');
     text += form + statement.help + "\n";
   }
-  return text + "Exit status: 0 played, 1 an expectation was not met, 2 nothing was played.";
+  return text +
+         "Exit status: 0 played, 1 an expectation was not met, 2 nothing was played, 3 the host crashed or hung.";
 }
 
 void addOptions(CLI::App& app, Request& request) {
@@ -133,6 +138,9 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag("--strict", request.strict, "Fail when an operation was never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
+  app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one");
+  app.add_option("--watchdog", request.watchdog, "Seconds that a call may take, 0 for ever; 10 with --host")
+      ->check(CLI::NonNegativeNumber);
   app.add_flag("--list", request.list, "List the operations with their arguments, and end");
 }
 
@@ -174,6 +182,9 @@ int main(int argc, char** argv) {
     Settings& settings = request.settings;
     std::filesystem::create_directories(settings.stateFolder);
     if (settings.out.empty()) settings.out = settings.stateFolder + "/answer.wav";
+    if (request.watchdog < 0) request.watchdog = settings.host.empty() ? 0 : kForeignHostSeconds;
+    settings.limit = std::chrono::seconds(request.watchdog);
+    tellCrashes();
     settings.colour = isatty(STDOUT_FILENO) == 1;
     if (*asConsole) return console(request);
     if (*asRecord) return record(request);
