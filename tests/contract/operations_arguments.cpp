@@ -1,5 +1,8 @@
 // Arguments at the edges reach the other side as they are: by value as copies, by reference as themselves.
 
+#include <VornDeviceCapabilities.h>
+#include <VornDeviceInfo.h>
+
 #include <map>
 
 #include "operations_param.h"
@@ -52,5 +55,43 @@ TEST_P(OperationArguments, ByReferenceAreTheCallersOwnAndByValueAreNot) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, OperationArguments, testing::ValuesIn(rows()), nameOf);
+
+/// Keeps the addresses of the objects that it returns.
+class ReturningHost : public vorn_testing::NullHost {
+ public:
+  std::string getTimezone() override { return built<std::string>(); }
+  std::map<std::string, std::string> getDeviceInformation() override {
+    return built<std::map<std::string, std::string>>();
+  }
+  std::string getVSKCapabilities() override { return built<std::string>(); }
+  std::pair<bool, std::string> onMute(bool) override { return built<std::pair<bool, std::string>>(); }
+
+  const void* address = nullptr;
+
+ private:
+  template <class Result>
+  Result built() {
+    Result result;
+    address = &result;
+    return result;
+  }
+};
+
+TEST(Results, AreBuiltInTheCallersStorage) {
+  ReturningHost host;
+  VornDeviceAbstractionLayer::VornDeviceInfo::CreateInstance(host);
+  VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(host);
+  const auto info = VornDeviceAbstractionLayer::VornDeviceInfo::getInstance();
+  const auto timezone = info->getTimezone();
+  EXPECT_EQ(host.address, &timezone);
+  const auto facts = info->getDeviceInformation();
+  EXPECT_EQ(host.address, &facts);
+  const auto capabilities = info->getVSKCapabilities();
+  EXPECT_EQ(host.address, &capabilities);
+  const auto muted = VornDeviceAbstractionLayer::VornDeviceCapabilities::getInstance()->onMute(true);
+  EXPECT_EQ(host.address, &muted);
+  VornDeviceAbstractionLayer::VornDeviceInfo::Shutdown();
+  VornDeviceAbstractionLayer::VornDeviceCapabilities::Shutdown();
+}
 
 }  // namespace
