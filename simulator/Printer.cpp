@@ -33,22 +33,25 @@ void Printer::line(const Crossing& crossing, const std::string& text) {
         << std::string(2 * static_cast<std::size_t>(crossing.depth), ' ') << text << '\n';
 }
 
-void Printer::flushWaiting() {
-  if (m_hasWaiting) line(m_waiting, m_waiting.signature() + " ...");
-  m_hasWaiting = false;
+void Printer::flushWaiting(const std::string& thread) {
+  const auto found = m_waiting.find(thread);
+  if (found == m_waiting.end()) return;
+  line(found->second, found->second.signature() + " ...");
+  m_waiting.erase(found);
 }
 
 void Printer::flushBlocks() {
   if (m_blocks > 0) line(m_block, "... " + std::to_string(m_blocks) + " more of " + m_block.operation);
   m_blocks = 0;
+  m_block = Crossing{};
 }
 
 void Printer::began(const Crossing& crossing) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (isBlock(crossing)) return;
-  flushWaiting();
-  m_waiting = crossing;
-  m_hasWaiting = true;
+  flushWaiting(crossing.thread);
+  flushBlocks();
+  m_waiting[crossing.thread] = crossing;
 }
 
 void Printer::ended(const Crossing& crossing) {
@@ -57,26 +60,22 @@ void Printer::ended(const Crossing& crossing) {
     ++m_blocks;
     return;
   }
-  flushBlocks();
-  m_block = isBlock(crossing) ? crossing : Crossing{};
-  const bool alone = m_hasWaiting && same(crossing, m_waiting) && crossing.depth == m_waiting.depth;
+  const auto waiting = m_waiting.find(crossing.thread);
+  const bool whole = waiting != m_waiting.end() && waiting->second.number == crossing.number;
+  if (whole) m_waiting.erase(waiting);
   if (isBlock(crossing)) {
-    flushWaiting();
-    line(crossing, crossing.signature() + answer(crossing));
-  } else if (alone) {
-    line(crossing, crossing.signature() + answer(crossing));
-  } else {
-    line(crossing, "... " + crossing.operation + answer(crossing));
+    flushBlocks();
+    m_block = crossing;
   }
-  if (alone) m_hasWaiting = false;
+  line(crossing,
+       (whole || isBlock(crossing) ? crossing.signature() : "... " + crossing.operation) + answer(crossing));
   m_out.flush();
 }
 
 void Printer::say(const std::string& text) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  flushWaiting();
+  flushWaiting(threadName());
   flushBlocks();
-  m_block = Crossing{};
   m_out << text << std::endl;
 }
 

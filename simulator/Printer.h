@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <map>
 #include <mutex>
 #include <string>
 
@@ -23,16 +24,15 @@ class Printer : public Crossings::Listener {
  private:
   bool isBlock(const Crossing& crossing) const;
   void line(const Crossing& crossing, const std::string& text);
-  void flushWaiting();
+  void flushWaiting(const std::string& thread);
   void flushBlocks();
 
   std::ostream& m_out;
   const bool m_everyBlock;
   std::mutex m_mutex;
-  Crossing m_waiting{};  ///< Began, not printed yet.
-  bool m_hasWaiting = false;
-  Crossing m_block{};
-  unsigned long m_blocks = 0;
+  std::map<std::string, Crossing> m_waiting;  ///< By thread: the call that began and is not printed yet.
+  Crossing m_block{};                         ///< The block that was printed for its stream.
+  unsigned long m_blocks = 0;                 ///< How many came after it.
 };
 
 }  // namespace vorn_speaker
