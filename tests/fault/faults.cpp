@@ -132,6 +132,10 @@ std::vector<Kind> failed() { return {t_watch.failed, t_watch.failed + t_watch.fa
 int held() { return t_held; }
 long living() { return g_living; }
 
+std::size_t asked(void* mutex) {
+  return static_cast<std::size_t>(std::count(t_watch.asked, t_watch.asked + t_watch.locks, mutex));
+}
+
 bool othersGetThem() {
   std::vector<pthread_mutex_t*> asked(t_watch.asked, t_watch.asked + t_watch.locks);
   std::sort(asked.begin(), asked.end());

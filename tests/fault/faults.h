@@ -29,6 +29,9 @@ std::vector<Kind> failed();
 /// Mutexes that the calling thread holds.
 int held();
 
+/// How often the calling thread asked for the mutex since arm().
+std::size_t asked(void* mutex);
+
 /// Whether another thread gets every mutex that was asked for since arm(). Blocks on none.
 bool othersGetThem();
 

@@ -424,6 +424,36 @@ TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
   unlink(kTrace);
 }
 
+TEST_F(TorturedLife, TakesTheMutexOfItsClassOnceForEachStep) {
+  FileLogger::CreateInstance(false);
+  for (const Adapter& life : adapters()) {
+    SCOPED_TRACE(life.name);
+    void* const mutex = mutexOf(life.name).native_handle();
+    const bool isFactory = life.name == std::string("VornMediaPlayerFactory");  // Created, then fetched.
+    const bool isLogger = life.name == std::string("FileLogger");
+    const bool hasNoEnd = life.name == std::string("VornAttachmentReaderContainerFactory");
+    life.shutdown();
+    faults::arm();
+    const std::shared_ptr<void> made = life.create(m_world);
+    faults::disarm();
+    EXPECT_EQ(faults::asked(mutex), isFactory ? 2U : 1U);
+    // The object, and its count; the logger's lines have texts as well.
+    if (isLogger) {
+      EXPECT_EQ(faults::points(faults::kAllocation), 2U);
+    }
+    faults::arm();
+    life.get();
+    faults::disarm();
+    EXPECT_EQ(faults::asked(mutex), 1U);
+    faults::arm();
+    life.shutdown();
+    faults::disarm();
+    EXPECT_EQ(faults::asked(mutex), hasNoEnd ? 0U : 1U);
+  }
+  FileLogger::Shutdown();
+  unlink("/tmp/xAppLog.txt");
+}
+
 TEST_F(TorturedLife, ThatFailsToBeginOrEndLeavesTheInstanceAsItWas) {
   struct Shutdown {
     const Adapter& life;
