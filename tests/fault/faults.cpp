@@ -136,6 +136,8 @@ std::size_t asked(void* mutex) {
   return static_cast<std::size_t>(std::count(t_watch.asked, t_watch.asked + t_watch.locks, mutex));
 }
 
+void* firstAsked() { return t_watch.locks ? t_watch.asked[0] : nullptr; }
+
 bool othersGetThem() {
   std::vector<pthread_mutex_t*> asked(t_watch.asked, t_watch.asked + t_watch.locks);
   std::sort(asked.begin(), asked.end());

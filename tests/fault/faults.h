@@ -32,6 +32,9 @@ int held();
 /// How often the calling thread asked for the mutex since arm().
 std::size_t asked(void* mutex);
 
+/// The mutex asked for first, or null.
+void* firstAsked();
+
 /// Whether another thread gets every mutex that was asked for since arm(). Blocks on none.
 bool othersGetThem();
 

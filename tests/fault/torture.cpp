@@ -238,6 +238,12 @@ class TorturedOperation : public Torture {
       unlink(kTrace);
       m_world.recorder->clear();
     };
+    if (std::mutex* const mutex = mutexOf(row)) {
+      const auto call = once(row, object);
+      run(*call, 0, false);
+      EXPECT_EQ(faults::firstAsked(), mutex->native_handle()) << "the lock does not come first";
+    }
+
     tryEveryPoint(
         [&] {
           settle();
