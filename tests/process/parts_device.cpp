@@ -173,7 +173,8 @@ TEST_F(DisplayTest, DrawsEachAnimationDifferently) {
 TEST_F(DisplayTest, WalksThroughSetUp) {
   m_display.linking("https://example.com/code", "ABC-123", 600);
   m_display.authorization("AUTHORIZED");
-  for (const char* text : {"https://example.com/code", "ABC-123", "The code is good for", "Waiting", "Linked."})
+  for (const char* text :
+       {"https://example.com/code", "ABC-123", "The code is good for", "Waiting", "Linked."})
     EXPECT_NE(m_out.str().find(text), std::string::npos) << text;
 }
 
