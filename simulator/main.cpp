@@ -134,7 +134,8 @@ void addOptions(CLI::App& app, Request& request) {
                  "The ALSA device that the players play to instead, such as default");
   const auto realTime = app.add_flag("--real-time", settings.realTime, "Keep the microphone's real time");
   app.add_flag("--fast", "Go as fast as it goes, as without --real-time")->excludes(realTime);
-  app.add_flag("--no-trace{false}", settings.trace, "Leave the library's trace off");
+  app.add_flag_callback(
+      "--no-trace", [&settings] { settings.trace = false; }, "Leave the library's trace off");
   app.add_flag("--strict", request.strict, "Fail when an operation was never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");

@@ -65,8 +65,8 @@ TEST_F(Morning, CreatesTheAdaptersInTheLibrarysLoadOrder) {
   run("");
   EXPECT_TRUE(
       matches(content("/tmp/xAppLog.txt"),
-              "VornAudioIn::VornAudioIn[^]*VornMediaPlayerFactory::VornMediaPlayerFactory[^]*"
-              "VornDeviceCapabilities::VornDeviceCapabilities[^]*VornEMPAdapterControl::CreateInstance"));
+              "VornAudioIn::VornAudioIn.*VornMediaPlayerFactory::VornMediaPlayerFactory.*"
+              "VornDeviceCapabilities::VornDeviceCapabilities.*VornEMPAdapterControl::CreateInstance"));
 }
 
 TEST_F(Morning, PlaysTheAnswerIntoAWavFile) {

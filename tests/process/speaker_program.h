@@ -1,13 +1,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <regex.h>
 #include <sys/wait.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
 
 /// Runs vorn-speaker as a person would, with a state folder of its own.
@@ -55,8 +55,15 @@ class SpeakerProgram : public testing::Test {
     return testing::AssertionFailure() << "no \"" << part << "\" in\n" << text;
   }
 
+  /// `pattern` is an extended regular expression; a dot stands for a line feed too.
   static testing::AssertionResult matches(const std::string& text, const std::string& pattern) {
-    if (std::regex_search(text, std::regex(pattern))) return testing::AssertionSuccess();
+    regex_t compiled;
+    if (regcomp(&compiled, pattern.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
+      return testing::AssertionFailure() << "no pattern: " << pattern;
+    }
+    const bool found = regexec(&compiled, text.c_str(), 0, nullptr, 0) == 0;
+    regfree(&compiled);
+    if (found) return testing::AssertionSuccess();
     return testing::AssertionFailure() << "no /" << pattern << "/ in\n" << text;
   }
 
