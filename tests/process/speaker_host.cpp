@@ -40,6 +40,9 @@ TEST_F(OwnHost, ThatCrashesIsNamedWithOperationAndStacks) {
 }
 
 TEST_F(OwnHost, WithoutAnExternalPlayerIsNamed) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer ends the process at the null pointer, before it crashes";
+#endif
   EXPECT_TRUE(
       has(playOnIt("assistant VornEMPAdapterControl.nextTrack x\n"), "The host crashed: Segmentation fault"));
   EXPECT_EQ(m_status, 3);
