@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <functional>
@@ -145,6 +146,10 @@ class TorturedAudio : public testing::Test {
       return line.size() > end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0;
     };
     right = right && !lines.empty() && endsWith(lines.back(), last);
+    // A search that could not be traced has not been made: the next call makes it.
+    if (assistantReady && failing == 1)
+      right = right && std::any_of(lines.begin(), lines.end(),
+                                   [&](const std::string& line) { return endsWith(line, search); });
     if (!assistantReady) right = right && lines.size() >= 2 && endsWith(lines[lines.size() - 2], search);
     return right ? kAsPromised : kWrong;
   }
