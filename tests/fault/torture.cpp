@@ -388,6 +388,18 @@ class TorturedLife : public Torture {
   World m_world;
 };
 
+/// An operation reaches its host exactly while there is an instance.
+void expectLive(const Adapter& life, bool live) {
+  World world;
+  const std::shared_ptr<void> object = life.bare(world);
+  for (const Row& row : rows()) {
+    if (row.adapter != std::string(life.name) || row.seesLive.empty() || !row.seesAlways.empty()) continue;
+    row.prepare(object.get(), world)->invoke();
+    EXPECT_EQ(!world.recorder->calls().empty(), live) << row.name() << ", after a failure, has it wrong";
+    return;
+  }
+}
+
 TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
   for (const Adapter& life : adapters()) {
     const bool isLogger = life.name == std::string("FileLogger");
@@ -418,6 +430,7 @@ TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
             const bool made = creation.made != nullptr;
             const bool mayBeEmpty = outcome != Outcome::kReturned || (isLogger && !faults::failed().empty());
             EXPECT_TRUE(made || mayBeEmpty);
+            if (outcome != Outcome::kReturned) expectLive(life, false);
             told = told || (isLogger && outcome == Outcome::kReturned && !made);
             creation.made.reset();
             settle();
@@ -495,6 +508,7 @@ TEST_F(TorturedLife, ThatFailsToBeginOrEndLeavesTheInstanceAsItWas) {
           EXPECT_EQ(outcome, expected());
           EXPECT_NE(outcome, Outcome::kReturned) << "a lock that failed went unnoticed";
           EXPECT_NE(life.get(), nullptr) << "a Shutdown() that threw took the instance";
+          expectLive(life, true);
         });
     life.shutdown();
   }
