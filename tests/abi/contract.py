@@ -5,6 +5,7 @@ describe_library()  ELF facts, hardening, load order and exported names of a lib
 """
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 import xml.etree.ElementTree as ElementTree
@@ -46,8 +47,10 @@ def checked_library(compiler, flags, include, directory):
     lines.append("DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo* commsState;")
     lines.append("VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl::Settings* settings;")
     source.write_text("\n".join(lines) + "\n")
+    # From a copy beside it: the order of the description depends on where the headers are.
+    shutil.copytree(include, pathlib.Path(directory) / "include")
     library = pathlib.Path(directory) / "contract.so"
-    run(compiler, *SYSTEM, *DEBUG, *flags, f"-ffile-prefix-map={directory}=.", f"-I{include}", "-o", library, source)
+    run(compiler, *SYSTEM, *DEBUG, *flags, f"-ffile-prefix-map={directory}=.", f"-I{directory}/include", "-o", library, source)
     return library
 
 
