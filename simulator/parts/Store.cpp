@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cstring>
 #include <fstream>
 #include <utility>
 
@@ -34,13 +35,17 @@ std::string blob(sqlite3_stmt* statement, int column) {
   return bytes ? std::string(static_cast<const char*>(bytes), size) : std::string();
 }
 
-/// Whether there is a file with content that does not begin as a database does. Looked at before SQLite does,
-/// which would take an unfinished header for an empty database.
-bool isSomethingElse(const std::string& path) {
+/// Why a file is not the store's, or nothing. Looked at before SQLite does, which takes an unfinished header for
+/// an empty database and brings a journal that it finds into the file.
+std::string whyNotOurs(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  char head[16] = {};
-  file.read(head, sizeof head);
-  return file.gcount() > 0 && std::string(head, sizeof head) != std::string("SQLite format 3\0", 16);
+  unsigned char head[100] = {};
+  file.read(reinterpret_cast<char*>(head), sizeof head);
+  if (file.gcount() == 0) return "";
+  if (std::memcmp(head, "SQLite format 3", 16) != 0) return "is not a database";
+  const int id = head[68] << 24 | head[69] << 16 | head[70] << 8 | head[71];
+  const bool unfinished = std::ifstream(path + "-journal").good();
+  return id == kApplicationId || (id == 0 && !unfinished) ? "" : "belongs to another program";
 }
 
 }  // namespace
@@ -52,12 +57,14 @@ Store::~Store() { sqlite3_close(m_database); }
 bool Store::open() {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (m_database) return true;
-  if (isSomethingElse(m_path)) return refuse("is not a database");
+  const std::string reason = whyNotOurs(m_path);
+  if (!reason.empty()) return refuse(reason);
   if (sqlite3_open_v2(m_path.c_str(), &m_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
       SQLITE_OK)
     return refuse(sqlite3_errmsg(m_database));
   sqlite3_busy_timeout(m_database, 5000);
-  // Nothing is written before the file is known to be ours or empty.
+  // Nothing is written before the file is known to be ours or empty, not even when it is closed.
+  sqlite3_db_config(m_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   const int id = number(m_database, "PRAGMA application_id");
   const int tables = number(m_database, "SELECT count(*) FROM sqlite_master");
   if (tables < 0) return refuse(std::string("is damaged: ") + sqlite3_errmsg(m_database));
@@ -67,12 +74,14 @@ bool Store::open() {
   const bool sound = check && sqlite3_step(check) == SQLITE_ROW && blob(check, 0) == "ok";
   sqlite3_finalize(check);
   if (!sound) return refuse("is damaged");
-  // Full synchronisation: what is acknowledged is on the medium.
-  if (!execute("PRAGMA journal_mode = WAL") || !execute("PRAGMA synchronous = FULL") ||
-      !execute("PRAGMA application_id = " + std::to_string(kApplicationId)) ||
+  // Full synchronisation: what is acknowledged is on the medium. The mark comes before the log, so that it
+  // stands in the file itself.
+  if ((id == 0 && !execute("PRAGMA application_id = " + std::to_string(kApplicationId))) ||
+      !execute("PRAGMA journal_mode = WAL") || !execute("PRAGMA synchronous = FULL") ||
       !execute(
           "CREATE TABLE IF NOT EXISTS entries (key BLOB PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID"))
-    return refuse(m_problem);
+    return refuse(sqlite3_errmsg(m_database));
+  sqlite3_db_config(m_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
   m_problem.clear();
   return true;
 }
@@ -84,7 +93,9 @@ std::map<std::string, std::string> Store::read(const std::string& key) {
   sqlite3_stmt* statement = nullptr;
   sqlite3_prepare_v2(m_database, "SELECT value FROM entries WHERE key = ?", -1, &statement, nullptr);
   bind(statement, {key});
-  if (sqlite3_step(statement) == SQLITE_ROW) found[key] = blob(statement, 0);
+  const int step = sqlite3_step(statement);
+  if (step == SQLITE_ROW) found[key] = blob(statement, 0);
+  if (step != SQLITE_ROW && step != SQLITE_DONE) complain();
   sqlite3_finalize(statement);
   return found;
 }
@@ -123,8 +134,13 @@ bool Store::usable() {
 
 bool Store::execute(const std::string& sql) {
   if (sqlite3_exec(m_database, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK) return true;
-  m_problem = sqlite3_errmsg(m_database);
+  complain();
   return false;
+}
+
+void Store::complain() {
+  m_problem = m_path + ": " + sqlite3_errmsg(m_database) +
+              "; nothing was changed. Is the disk full, or the file in another program's hands?";
 }
 
 bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<std::string>>& rows) {
@@ -136,9 +152,9 @@ bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<
     good = sqlite3_step(statement) == SQLITE_DONE;
     sqlite3_reset(statement);
   }
-  if (!good) m_problem = sqlite3_errmsg(m_database);
+  if (!good) complain();
   sqlite3_finalize(statement);
-  if (good) return execute("COMMIT");
+  if (good && execute("COMMIT")) return true;
   sqlite3_exec(m_database, "ROLLBACK", nullptr, nullptr, nullptr);
   return false;
 }

@@ -45,6 +45,7 @@ class Store {
  private:
   bool usable();
   bool execute(const std::string& sql);
+  void complain();
   bool inTransaction(const std::string& sql, const std::vector<std::vector<std::string>>& rows);
   bool refuse(const std::string& reason);
 
