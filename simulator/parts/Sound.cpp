@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -41,6 +42,11 @@ SF_VIRTUAL_IO memory() {
   return io;
 }
 
+/// A number from -1 to 1 as a sample; what lies outside is cut off.
+short whole(float value) {
+  return static_cast<short>(std::lrint(std::clamp(value * 32768.0F, -32768.0F, 32767.0F)));
+}
+
 Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
   const auto refuse = [&](const std::string& reason) {
     throw std::runtime_error(name + ": " + reason +
@@ -54,12 +60,17 @@ Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
   Sound sound;
   sound.rate = info.samplerate;
   sound.channels = info.channels;
-  short block[4096];
+  // As numbers from -1 to 1: read as whole numbers, those of some formats become silence or run over.
+  float block[4096];
   sf_count_t n;
-  while ((n = sf_read_short(file.get(), block, 4096)) > 0)
-    sound.samples.insert(sound.samples.end(), block, block + n);
+  while ((n = sf_read_float(file.get(), block, 4096)) > 0)
+    std::transform(block, block + n, std::back_inserter(sound.samples), whole);
   if (sf_error(file.get()) != SF_ERR_NO_ERROR) refuse(sf_strerror(file.get()));
   if (sound.samples.empty()) refuse("holds no samples");
+  const auto frames = static_cast<sf_count_t>(sound.samples.size()) / info.channels;
+  if (info.seekable && frames < info.frames)
+    refuse("is damaged: only " + std::to_string(frames) + " of " + std::to_string(info.frames) +
+           " frames are left");
   return sound;
 }
 
@@ -106,8 +117,7 @@ Sound Sound::mono(int newRate) const {
   result.rate = newRate;
   result.channels = 1;
   result.samples.resize(static_cast<std::size_t>(data.output_frames_gen));
-  for (std::size_t i = 0; i < result.samples.size(); ++i)
-    result.samples[i] = static_cast<short>(std::lrint(std::clamp(out[i] * 32768.0F, -32768.0F, 32767.0F)));
+  std::transform(out.begin(), out.begin() + data.output_frames_gen, result.samples.begin(), whole);
   return result;
 }
 
