@@ -1,5 +1,6 @@
 #include "DeviceFile.h"
 
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -84,7 +85,8 @@ class Table {
 
 DeviceFile DeviceFile::read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error(path + ": cannot be read; name a device file with --device");
+  if (!file || std::filesystem::is_directory(path))
+    throw std::runtime_error(path + ": cannot be read; name a device file with --device");
   toml::table root;
   try {
     root = toml::parse(file, path);

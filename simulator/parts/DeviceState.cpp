@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 namespace vorn_speaker {
@@ -15,6 +16,13 @@ bool number(const std::string& text, long long& value) {
   std::istringstream stream(text);
   stream.imbue(std::locale::classic());
   return static_cast<bool>(stream >> value) && stream.peek() == std::istringstream::traits_type::eof();
+}
+
+/// The sum, held at the ends of its type.
+long long sum(long long value, int delta) {
+  using Limits = std::numeric_limits<long long>;
+  return delta > 0 ? std::min(value, Limits::max() - delta) + delta
+                   : std::max(value, Limits::min() - delta) + delta;
 }
 
 std::string shown(double value) {
@@ -113,7 +121,7 @@ DeviceState::Answer DeviceState::adjustMode(const std::string& mode, int delta) 
   const auto found = m_states.find("mode " + mode);
   if (found == m_states.end() || !number(found->second, value))
     return {false, "mode " + mode + " has no number"};
-  found->second = std::to_string(value + delta);
+  found->second = std::to_string(sum(value, delta));
   return {true, found->first + " " + found->second};
 }
 
@@ -145,7 +153,7 @@ DeviceState::Answer DeviceState::skipChannel(int count) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   long long channel = 0;
   if (!number(m_states["channel"], channel)) return {false, "the channel has no number"};
-  m_states["channel"] = std::to_string(std::max(1LL, channel + count));
+  m_states["channel"] = std::to_string(std::max(1LL, sum(channel, count)));
   return {true, "channel " + m_states["channel"]};
 }
 
@@ -160,7 +168,7 @@ DeviceState::Answer DeviceState::record(bool start) {
 
 DeviceState::Answer DeviceState::seek(int delta) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  m_position = std::max(0LL, m_position + delta);
+  m_position = std::max(0LL, sum(m_position, delta));
   return {true, "position " + std::to_string(m_position) + " s"};
 }
 

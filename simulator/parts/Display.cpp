@@ -7,23 +7,66 @@ namespace vorn_speaker {
 
 namespace {
 
-/// How many bytes the UTF-8 character at `at` has; 0 when the bytes are none.
-std::size_t characterLength(const std::string& text, std::size_t at) {
+// No card is nested as deep; writing one that is would take the whole stack.
+constexpr int kDeepest = 32;
+
+struct Character {
+  std::size_t length;  ///< In bytes; 0 when they are no UTF-8.
+  char32_t code;
+};
+
+/// The UTF-8 character at `at`.
+Character character(const std::string& text, std::size_t at) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(i < text.size() ? text[i] : 0); };
   const unsigned char first = byte(at);
-  const std::size_t length = first < 0x80                    ? 1
-                             : first >= 0xc2 && first < 0xe0 ? 2
-                             : first >= 0xe0 && first < 0xf0 ? 3
-                             : first >= 0xf0 && first < 0xf5 ? 4
-                                                             : 0;
-  for (std::size_t i = 1; i < length; ++i)
-    if ((byte(at + i) & 0xc0) != 0x80) return 0;
-  return length;
+  const std::size_t length = first < 0x80 ? 1 : first < 0xc0 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+  if (length < 2) return {length, first};
+  char32_t code = first & (0x7fU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(at + i) & 0xc0) != 0x80) return {0, 0};
+    code = code << 6 | (byte(at + i) & 0x3fU);
+  }
+  // Too long for their code, halves of a pair, beyond the last.
+  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  const bool good = code >= kSmallest[length] && (code < 0xd800 || code > 0xdfff) && code <= 0x10ffff;
+  return {good ? length : 0, code};
+}
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+template <std::size_t N>
+bool within(const Range (&ranges)[N], char32_t code) {
+  return std::any_of(ranges, ranges + N,
+                     [&](Range range) { return code >= range.first && code <= range.last; });
+}
+
+/// How many columns a terminal gives a character: none to marks on another, two to the wide ones.
+std::size_t columns(char32_t code) {
+  constexpr Range kMarks[] = {{0x300, 0x36f}, {0x200b, 0x200d}, {0x20d0, 0x20ff}, {0xfe00, 0xfe0f}};
+  constexpr Range kWide[] = {{0x1100, 0x115f},   {0x2e80, 0x303e},   {0x3041, 0xa4cf},   {0xac00, 0xd7a3},
+                             {0xf900, 0xfaff},   {0xfe30, 0xfe6f},   {0xff00, 0xff60},   {0xffe0, 0xffe6},
+                             {0x1f300, 0x1f64f}, {0x1f680, 0x1f6ff}, {0x1f900, 0x1f9ff}, {0x20000, 0x3fffd}};
+  return within(kMarks, code) ? 0 : within(kWide, code) ? 2 : 1;
 }
 
 std::size_t columns(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(
-      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
+  std::size_t sum = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character next = character(text, at);
+    sum += columns(next.code);
+    at += std::max<std::size_t>(next.length, 1);
+  }
+  return sum;
+}
+
+/// Whether a terminal would obey the character, or let it turn the text around.
+bool commands(char32_t code) {
+  constexpr Range kCommands[] = {
+      {0, '\n' - 1}, {'\n' + 1, 0x1f}, {0x7f, 0x9f}, {0x2028, 0x202e}, {0x2066, 0x2069}};
+  return within(kCommands, code);
 }
 
 /// Breaks at blanks where it can, and anywhere where it must.
@@ -40,10 +83,10 @@ std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     }
     std::string word;
     while (at < text.size() && text[at] != '\n' && (word.empty() || word.back() != ' ')) {
-      const std::size_t n = characterLength(text, at);
-      word += text.substr(at, n);
-      at += n;
-      if (columns(word) == width) break;
+      const Character next = character(text, at);
+      if (columns(word) + columns(next.code) > width) break;
+      word += text.substr(at, next.length);
+      at += next.length;
     }
     const std::size_t used = columns(word) - (word.back() == ' ' ? 1 : 0);
     if (columns(line) + used > width) end();
@@ -70,14 +113,11 @@ std::string Display::harmless(const std::string& text) {
   static const char kHex[] = "0123456789abcdef";
   std::string result;
   for (std::size_t at = 0; at < text.size();) {
-    const auto byte = static_cast<unsigned char>(text[at]);
-    const std::size_t length = characterLength(text, at);
-    const bool control = (byte < 0x20 && byte != '\n') || byte == 0x7f ||
-                         (byte == 0xc2 && length == 2 && static_cast<unsigned char>(text[at + 1]) < 0xa0);
-    if (length == 0 || control) {
+    const auto [length, code] = character(text, at);
+    if (length == 0 || commands(code)) {
       for (std::size_t i = 0; i < std::max<std::size_t>(length, 1); ++i, ++at) {
-        const auto code = static_cast<unsigned char>(text[at]);
-        result += std::string("\\x") + kHex[code >> 4] + kHex[code & 15];
+        const auto byte = static_cast<unsigned char>(text[at]);
+        result += std::string("\\x") + kHex[byte >> 4] + kHex[byte & 15];
       }
     } else {
       result += text.substr(at, length);
@@ -108,7 +148,13 @@ void Display::frame(const std::string& title, const std::vector<std::string>& li
 void Display::card(const std::string& document) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_shown = true;
-  const nlohmann::json card = nlohmann::json::parse(document, nullptr, false);
+  bool tooDeep = false;
+  const auto measure = [&](int depth, nlohmann::json::parse_event_t, const nlohmann::json&) {
+    tooDeep = tooDeep || depth > kDeepest;
+    return !tooDeep;
+  };
+  nlohmann::json card = nlohmann::json::parse(document, measure, false);
+  if (tooDeep) card = nullptr;
   std::vector<std::string> lines;
   std::string title = "card";
   if (card.is_object()) {

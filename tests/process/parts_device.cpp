@@ -60,6 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DeviceFileTest, NamesAFileThatIsNotThere) {
   EXPECT_THROW(DeviceFile::read("/tmp/absent.toml"), std::runtime_error);
+  EXPECT_THROW(DeviceFile::read("/tmp"), std::runtime_error);
 }
 
 TEST(DeviceStateTest, ChangesWhatItReports) {
@@ -82,6 +83,38 @@ TEST(DeviceStateTest, BoundsEveryStep) {
   EXPECT_EQ(state.adjustVolume(INT_MAX).second, "volume 100");
   EXPECT_EQ(state.adjustVolume(INT_MIN).second, "volume 0");
   EXPECT_EQ(state.seek(INT_MIN).second, "position 0 s");
+}
+
+TEST(DeviceStateTest, HoldsNumbersAtTheirEnds) {
+  DeviceState state{DeviceFile{}};
+  const std::string last = std::to_string(LLONG_MAX);
+  state.setMode("gain", last);
+  state.setChannel(last);
+  EXPECT_EQ(state.adjustMode("gain", 1).second, "mode gain " + last);
+  EXPECT_EQ(state.skipChannel(INT_MAX).second, "channel " + last);
+  state.setMode("gain", std::to_string(LLONG_MIN));
+  EXPECT_EQ(state.adjustMode("gain", INT_MIN).second, "mode gain " + std::to_string(LLONG_MIN));
+}
+
+TEST(DeviceFileTest, AnswersBentBytesWithADeviceOrAPlace) {
+  std::ifstream file(VORN_DATA "/device.toml");
+  const std::string good{std::istreambuf_iterator<char>(file), {}};
+  for (std::size_t at = 0; at < good.size(); at += 13) {
+    for (const char bent : {'\0', '"', '[', '\n', '\xff'}) {
+      std::string text = good;
+      text[at] = bent;
+      try {
+        const int volume = readText(text).volume;
+        EXPECT_TRUE(volume >= 0 && volume <= 100) << at;
+      } catch (const std::runtime_error& error) {
+        EXPECT_EQ(std::string(error.what()).find("/tmp/device.toml:"), 0U) << error.what();
+      }
+    }
+  }
+}
+
+TEST(DeviceFileTest, RefusesWhatIsNestedTooDeep) {
+  EXPECT_THROW(readText("a = " + std::string(100000, '[')), std::runtime_error);
 }
 
 TEST(DeviceStateTest, ReflectsASettingInItsDeviceInformation) {
@@ -155,6 +188,30 @@ TEST_F(DisplayTest, ShowsAnUnknownDocumentAsItIsAndObeysNoControlCharacter) {
   m_display.card("\x1b[2Jplain \xff");
   EXPECT_NE(m_out.str().find("\\x1b[2Jplain \\xff"), std::string::npos) << m_out.str();
   EXPECT_EQ(m_out.str().find('\x1b'), std::string::npos);
+}
+
+TEST_F(DisplayTest, CountsTheColumnsOfWideCharactersAndOfMarks) {
+  m_display.card("{\"title\": \"日本\", \"text\": \"天気は晴れです今日はとても良い cafe\u0301\"}");
+  EXPECT_EQ(m_out.str(),
+            "┌ 日本 ──────────────────────┐\n"
+            "│ 天気は晴れです今日はとても │\n"
+            "│ 良い cafe\u0301                  │\n"
+            "└────────────────────────────┘\n");
+}
+
+TEST_F(DisplayTest, ShowsACardThatIsNestedTooDeepAsItIs) {
+  const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+  m_display.card("{\"title\": \"a\", \"text\": " + deep + "}");
+  EXPECT_NE(m_out.str().find("{\"title\": \"a\""), std::string::npos) << m_out.str().substr(0, 200);
+}
+
+TEST(HarmlessTest, MakesBrokenTextVisible) {
+  EXPECT_EQ(Display::harmless("\xe0\x82\x9b"), "\\xe0\\x82\\x9b");           // An overlong control sequence.
+  EXPECT_EQ(Display::harmless("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // Half of a pair.
+  EXPECT_EQ(Display::harmless("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // Beyond the last.
+  EXPECT_EQ(Display::harmless("\xc2\x9b"), "\\xc2\\x9b");
+  EXPECT_EQ(Display::harmless("\xe2\x80\xae"), "\\xe2\\x80\\xae");  // Turns the text around.
+  EXPECT_EQ(Display::harmless("grün 日本 😀\n"), "grün 日本 😀\n");
 }
 
 TEST_F(DisplayTest, ClearsOnlyWhatIsShown) {
