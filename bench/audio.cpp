@@ -5,9 +5,7 @@
 #include <VornDALImplIF.h>
 #include <benchmark/benchmark.h>
 
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include "Company.h"
 
 namespace {
 
@@ -19,32 +17,6 @@ class Ear : public DeviceAbstractionLayer::AudioIn {
   void notifyAlexaButtonPress(std::string, std::chrono::milliseconds) override {}
   void notifyAlexaButtonReleased() override {}
   void sendAudioData(std::vector<short>& samples) override { benchmark::DoNotOptimize(samples.data()); }
-};
-
-/// A second thread that sleeps through the run: without one the standard library skips its atomics, and paths with
-/// locks and counts look twice as fast as they are in firmware.
-class Company {
- public:
-  Company()
-      : m_thread([this] {
-          std::unique_lock<std::mutex> lock(m_mutex);
-          m_end.wait(lock, [this] { return m_ended; });
-        }) {}
-
-  ~Company() {
-    {
-      const std::lock_guard<std::mutex> lock(m_mutex);
-      m_ended = true;
-    }
-    m_end.notify_one();
-    m_thread.join();
-  }
-
- private:
-  std::mutex m_mutex;
-  std::condition_variable m_end;
-  bool m_ended = false;
-  std::thread m_thread;
 };
 
 void bareCall(benchmark::State& state) {
