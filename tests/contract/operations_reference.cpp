@@ -110,11 +110,10 @@ TEST_P(Reference, TellsTheLines) {
 INSTANTIATE_TEST_SUITE_P(Table, Reference, testing::ValuesIn(rows()), nameOf);
 
 TEST(TheReference, NamesNoOtherOperationOfTheseAdapters) {
-  for (const auto& [name, fields] : reference()) {
-    const auto named = [&name = name](const auto& known) { return known.name() == name; };
-    const auto ours = [&fields = fields](const Adapter& adapter) {
-      return adapter.name == fields.at("adapter");
-    };
+  for (const auto& entry : reference()) {
+    const auto& [name, fields] = entry;
+    const auto named = [&entry](const auto& known) { return known.name() == entry.first; };
+    const auto ours = [&entry](const Adapter& adapter) { return adapter.name == entry.second.at("adapter"); };
     if (fields.at("direction") == "life" || std::none_of(adapters().begin(), adapters().end(), ours))
       continue;
     EXPECT_TRUE(std::any_of(rows().begin(), rows().end(), named)) << name;

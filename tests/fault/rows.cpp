@@ -63,7 +63,7 @@ class MemberCall final : public Invocation {
       : m_object(object), m_operation(operation), m_arguments(std::move(arguments)) {}
 
   void invoke() override {
-    std::apply([this](auto&... argument) { call(argument...); }, m_arguments);
+    std::apply([this](auto&... argument) { this->call(argument...); }, m_arguments);
   }
 
   std::string result() const override {
