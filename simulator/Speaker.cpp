@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Secrets.h"
+#include "log/TraceLine.h"
 #include "parts/Sink.h"
 
 namespace vorn_speaker {
@@ -199,6 +200,17 @@ void Speaker::expectHeard(std::int64_t samples) {
   if (samples == kSome ? seen > 0 : seen == samples) return;
   const std::string wanted = samples == kSome ? "some" : std::to_string(samples);
   throw Disappointed("expected " + wanted + " samples heard, saw " + std::to_string(seen));
+}
+
+void Speaker::printTrace(std::ostream& out) const {
+  std::ifstream trace(kTraceFile);
+  trace.seekg(m_traceStart);
+  std::string before;
+  for (std::string line; std::getline(trace, line);) {
+    const std::string shape = vorn_log::shape(line);
+    if (shape != before) out << "  trace" << vorn_log::masked(line) << '\n';
+    before = shape;
+  }
 }
 
 void Speaker::expectTrace(const std::string& part) {

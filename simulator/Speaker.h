@@ -58,6 +58,9 @@ class Speaker : public Stage, private Crossings::Listener {
 
   const Tally& tally() const { return m_tally; }
 
+  /// Prints what the library has traced since the start, runs of like lines once and tokens masked.
+  void printTrace(std::ostream& out) const;
+
   /// The calls that arrived since the last call of a scenario began.
   std::vector<Crossing> recent() const;
 

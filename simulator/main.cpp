@@ -68,6 +68,8 @@ int play(const Request& request) {
     std::cerr << disappointed.what() << '\n';
     status = kFailed;
   }
+  std::cout << "\nWhat the library traced meanwhile\n";
+  speaker.printTrace(std::cout);
   std::cout << '\n';
   speaker.tally().print(std::cout);
   return status;

@@ -1,7 +1,6 @@
 #include "TraceLine.h"
 
 #include <cctype>
-#include <regex>
 
 namespace vorn_log {
 
@@ -11,6 +10,31 @@ bool has(const std::string& text, const char* part) { return text.find(part) != 
 
 bool endsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+/// The identifier at a place, or nothing.
+std::string word(const std::string& text, std::size_t at) {
+  std::size_t end = at;
+  while (end < text.size() && (std::isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_'))
+    ++end;
+  return text.substr(at, end - at);
+}
+
+/// Finds the first qualified name of an adapter that is followed by a parenthesis: result types have none.
+void findSignature(TraceLine& line) {
+  static const std::string kNamespace = "VornDeviceAbstractionLayer::";
+  const std::string& text = line.text;
+  for (std::size_t at = text.find(kNamespace); at != std::string::npos; at = text.find(kNamespace, at + 1)) {
+    const std::size_t owner = at + kNamespace.size();
+    const std::string adapter = word(text, owner);
+    const std::size_t member = owner + adapter.size() + 2;
+    if (adapter.compare(0, 4, "Vorn") != 0 || text.compare(member - 2, 2, "::") != 0) continue;
+    const std::string operation = word(text, member);
+    if (operation.empty() || text.compare(member + operation.size(), 1, "(") != 0) continue;
+    line.adapter = adapter;
+    line.operation = operation;
+    return;
+  }
 }
 
 std::string meaning(const TraceLine& line) {
@@ -46,20 +70,14 @@ std::string meaning(const TraceLine& line) {
 
 TraceLine parse(const std::string& text) {
   TraceLine line{text, "?", "", ""};
-  // The first qualified name that is followed by a parenthesis: result types have none.
-  static const std::regex signature("VornDeviceAbstractionLayer::(Vorn\\w+)::(\\w+)\\(");
-  static const std::regex factory("^VornMediaPlayerFactory::(createDalMediaPlayer) ");
-  std::smatch found;
-  const std::string head = text.substr(0, 600);
   if (text.compare(0, 18, "receiveAppMessage(") == 0) {
     line.adapter = "VornAppMessaging";
     line.operation = "SendMessageToxApp";
-  } else if (std::regex_search(head, found, factory)) {
+  } else if (text.compare(0, 45, "VornMediaPlayerFactory::createDalMediaPlayer ") == 0) {
     line.adapter = "VornMediaPlayerFactory";
-    line.operation = found[1];
-  } else if (std::regex_search(head, found, signature)) {
-    line.adapter = found[1];
-    line.operation = found[2];
+    line.operation = "createDalMediaPlayer";
+  } else {
+    findSignature(line);
   }
   line.meaning = meaning(line);
   return line;
