@@ -47,7 +47,7 @@ std::size_t entries(const char* directory) {
 TEST(Unload, LeavesNothingBehindTenThousandTimes) {
   for (int i = 0; i < 10; ++i) comeAndGo();  // what the loader itself keeps is there
   const std::size_t descriptors = entries("/proc/self/fd");
-  const std::size_t bytes = mallinfo2().uordblks;
+  [[maybe_unused]] const std::size_t bytes = mallinfo2().uordblks;
   for (int i = 0; i < 10000 && !HasFatalFailure(); ++i) comeAndGo();
   EXPECT_EQ(entries("/proc/self/fd"), descriptors);
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
