@@ -1,7 +1,7 @@
 # cmake --install, in components:
 #
 #   runtime  the library                                   dev    headers, CMake package, pkg-config file
-#   testing  the kit and the stand-in assistant side       tools  vorn-speaker, vorn-conformance, abi-check
+#   testing  the kit and the stand-in assistant side       tools  vorn-speaker, vorn-log, abi-check
 #
 # The default prefix is where devices keep it. Nothing installed names the prefix: the tree can be moved.
 
