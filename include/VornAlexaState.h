@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -66,7 +65,6 @@ class VORN_DAL_API VornAlexaState {
 
   static std::shared_ptr<VornAlexaState> m_instance;
   static std::mutex m_mutex;
-  static std::atomic<bool> m_live;  ///< Whether m_instance is filled, for guards without the lock.
 };
 
 }  // namespace VornDeviceAbstractionLayer

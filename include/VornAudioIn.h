@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -115,7 +114,6 @@ class VORN_DAL_API VornAudioIn {
 
   static std::shared_ptr<VornAudioIn> m_instance;
   static std::mutex m_mutex;
-  static std::atomic<bool> m_live;  ///< Whether m_instance is filled, for guards without the lock.
 };
 
 }  // namespace VornDeviceAbstractionLayer

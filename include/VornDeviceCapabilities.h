@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -264,7 +263,6 @@ class VORN_DAL_API VornDeviceCapabilities {
 
   static std::shared_ptr<VornDeviceCapabilities> m_instance;
   static std::mutex m_mutex;
-  static std::atomic<bool> m_live;  ///< Whether m_instance is filled, for guards without the lock.
 };
 
 }  // namespace VornDeviceAbstractionLayer

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -181,7 +180,6 @@ class VORN_DAL_API VornDeviceInfo {
 
   static std::shared_ptr<VornDeviceInfo> m_instance;
   static std::mutex m_mutex;
-  static std::atomic<bool> m_live;  ///< Whether m_instance is filled, for guards without the lock.
 };
 
 }  // namespace VornDeviceAbstractionLayer

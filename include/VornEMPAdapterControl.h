@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -182,7 +181,6 @@ class VORN_DAL_API VornEMPAdapterControl {
 
   static std::shared_ptr<VornEMPAdapterControl> m_instance;
   static std::mutex m_mutex;
-  static std::atomic<bool> m_live;  ///< Whether m_instance is filled, for guards without the lock.
 };
 
 }  // namespace VornDeviceAbstractionLayer

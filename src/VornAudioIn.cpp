@@ -43,45 +43,47 @@ constexpr char kBuffer[] =
 
 [[gnu::noinline, gnu::cold]] void traceBuffer(int count) { trace(kBuffer + std::to_string(count)); }
 
+/// Whether m_instance is filled, for guards without the lock.
+std::atomic<bool> liveFlag{false};
+
 }  // namespace
 
 std::shared_ptr<VornAudioIn> VornAudioIn::m_instance;
 std::mutex VornAudioIn::m_mutex;
-std::atomic<bool> VornAudioIn::m_live{false};
 
 // Life.
 
 std::shared_ptr<VornAudioIn> VornAudioIn::CreateInstance(VornDALImplIF& host) {
   const auto make = [&host] { return std::shared_ptr<VornAudioIn>(new VornAudioIn(host)); };
-  return internal::obtain(m_mutex, m_instance, make, &m_live);
+  return internal::obtain(m_mutex, m_instance, make, &liveFlag);
 }
 
 std::shared_ptr<VornAudioIn> VornAudioIn::getInstance() { return internal::current(m_mutex, m_instance); }
 
-void VornAudioIn::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+void VornAudioIn::Shutdown() { internal::drop(m_mutex, m_instance, &liveFlag); }
 
 VornAudioIn::VornAudioIn(VornDALImplIF& host) : m_host(host) { trace(kConstructor); }
 
 // Down, unlocked. The lines name the xApp although the host is called; trace readers rely on them.
 
 bool VornAudioIn::startStreamingAudioData() {
-  return live(m_live) ? m_host.startStreamingAudioData() : false;
+  return live(liveFlag) ? m_host.startStreamingAudioData() : false;
 }
 
 void VornAudioIn::stopStreamingAudioData() {
-  if (live(m_live)) m_host.stopStreamingAudioData();
+  if (live(liveFlag)) m_host.stopStreamingAudioData();
 }
 
-bool VornAudioIn::isMicrophoneAvailable() { return live(m_live) ? m_host.isMicrophoneAvailable() : false; }
+bool VornAudioIn::isMicrophoneAvailable() { return live(liveFlag) ? m_host.isMicrophoneAvailable() : false; }
 
 void VornAudioIn::notifyAlexaInvocationDetected(std::string invocationType) {
-  if (!live(m_live)) return;
+  if (!live(liveFlag)) return;
   trace(kInvocationDetected);
   m_host.notifyAlexaInvocationDetected(invocationType);
 }
 
 void VornAudioIn::setAlexaHandsFreeState(bool enabled) {
-  if (!live(m_live)) return;
+  if (!live(liveFlag)) return;
   trace(kHandsFreeState);
   m_host.setAlexaHandsFreeState(enabled);
 }
@@ -94,7 +96,7 @@ void VornAudioIn::notifyAlexaButtonPress(std::string type, std::chrono::millisec
     trace(kButtonPress);
     assistant->notifyAlexaButtonPress(type, duration);
   }
-  if (live(m_live)) m_host.notifyAlexaInvocationDetected("AlexaButtonPress");
+  if (live(liveFlag)) m_host.notifyAlexaInvocationDetected("AlexaButtonPress");
 }
 
 void VornAudioIn::notifyAlexaButtonReleased() {

@@ -26,11 +26,13 @@ constexpr char kAdjustVolume[] =
 constexpr char kMute[] =
     "std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onMute(bool)";
 
+/// Whether m_instance is filled, for guards without the lock.
+std::atomic<bool> liveFlag{false};
+
 }  // namespace
 
 std::shared_ptr<VornDeviceCapabilities> VornDeviceCapabilities::m_instance;
 std::mutex VornDeviceCapabilities::m_mutex;
-std::atomic<bool> VornDeviceCapabilities::m_live{false};
 
 // Life, which traces creation: under the lock, and on every call.
 
@@ -39,7 +41,7 @@ std::shared_ptr<VornDeviceCapabilities> VornDeviceCapabilities::CreateInstance(V
   trace(kCreateInstance);
   if (!m_instance) {
     m_instance = std::shared_ptr<VornDeviceCapabilities>(new VornDeviceCapabilities(host));
-    m_live.store(true, std::memory_order_release);
+    liveFlag.store(true, std::memory_order_release);
   }
   return m_instance;
 }
@@ -48,125 +50,125 @@ std::shared_ptr<VornDeviceCapabilities> VornDeviceCapabilities::getInstance() {
   return internal::current(m_mutex, m_instance);
 }
 
-void VornDeviceCapabilities::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+void VornDeviceCapabilities::Shutdown() { internal::drop(m_mutex, m_instance, &liveFlag); }
 
 VornDeviceCapabilities::VornDeviceCapabilities(VornDALImplIF& host) : m_host(host) { trace(kConstructor); }
 
 // Down, unlocked. Without an instance a directive counts as carried out.
 
 Result VornDeviceCapabilities::onChangeChannel(std::string channel) {
-  return live(m_live) ? m_host.onChangeChannel(channel) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangeChannel(channel) : Result{true, ""};
 }
 
 bool VornDeviceCapabilities::onInputChange(const std::string& input) {
-  return live(m_live) ? m_host.onInputChange(input) : true;
+  return live(liveFlag) ? m_host.onInputChange(input) : true;
 }
 
 Result VornDeviceCapabilities::onSkipChannel(int count) {
-  return live(m_live) ? m_host.onSkipChannel(count) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSkipChannel(count) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSendKeystroke(std::string keystroke) {
-  return live(m_live) ? m_host.onSendKeystroke(keystroke) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSendKeystroke(keystroke) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackPlay(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackPlay(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackPlay(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackPause(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackPause(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackPause(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackStop(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackStop(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackStop(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackStartOver(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackStartOver(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackStartOver(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackPrevious(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackPrevious(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackPrevious(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackNext(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackNext(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackNext(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackRewind(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackRewind(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackRewind(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onChangePlaybackFastForward(std::string payload) {
-  return live(m_live) ? m_host.onChangePlaybackFastForward(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onChangePlaybackFastForward(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSearchAndPlay(std::string payload) {
-  return live(m_live) ? m_host.onSearchAndPlay(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSearchAndPlay(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSearchAndDisplayResults(std::string payload) {
-  return live(m_live) ? m_host.onSearchAndDisplayResults(payload) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSearchAndDisplayResults(payload) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetMode(std::string mode, std::string value) {
-  return live(m_live) ? m_host.onSetMode(mode, value) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetMode(mode, value) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onAdjustMode(std::string mode, int delta) {
-  return live(m_live) ? m_host.onAdjustMode(mode, delta) : Result{true, ""};
+  return live(liveFlag) ? m_host.onAdjustMode(mode, delta) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetPowerState(bool on) {
-  return live(m_live) ? m_host.onSetPowerState(on) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetPowerState(on) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetPowerState(bool on, std::string target) {
-  return live(m_live) ? m_host.onSetPowerState(on, target) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetPowerState(on, target) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetRangeValue(double value) {
-  return live(m_live) ? m_host.onSetRangeValue(value) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetRangeValue(value) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onAdjustRangeValue(double delta) {
-  return live(m_live) ? m_host.onAdjustRangeValue(delta) : Result{true, ""};
+  return live(liveFlag) ? m_host.onAdjustRangeValue(delta) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetToggleState(std::string toggle, std::string state) {
-  return live(m_live) ? m_host.onSetToggleState(toggle, state) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetToggleState(toggle, state) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onLaunchTarget(std::string target) {
-  return live(m_live) ? m_host.onLaunchTarget(target) : Result{true, ""};
+  return live(liveFlag) ? m_host.onLaunchTarget(target) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onStartRecording() {
-  return live(m_live) ? m_host.onStartRecording() : Result{true, ""};
+  return live(liveFlag) ? m_host.onStartRecording() : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onStopRecording() {
-  return live(m_live) ? m_host.onStopRecording() : Result{true, ""};
+  return live(liveFlag) ? m_host.onStopRecording() : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onAdjustSeekPosition(int delta) {
-  return live(m_live) ? m_host.onAdjustSeekPosition(delta) : Result{true, ""};
+  return live(liveFlag) ? m_host.onAdjustSeekPosition(delta) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onSetVolume(int volume) {
   trace(kSetVolume);
-  return live(m_live) ? m_host.onSetVolume(volume) : Result{true, ""};
+  return live(liveFlag) ? m_host.onSetVolume(volume) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onAdjustVolume(int delta) {
   trace(kAdjustVolume);
-  return live(m_live) ? m_host.onAdjustVolume(delta) : Result{true, ""};
+  return live(liveFlag) ? m_host.onAdjustVolume(delta) : Result{true, ""};
 }
 
 Result VornDeviceCapabilities::onMute(bool mute) {
   trace(kMute);
-  return live(m_live) ? m_host.onMute(mute) : Result{true, ""};
+  return live(liveFlag) ? m_host.onMute(mute) : Result{true, ""};
 }
 
 // Up: fetched anew on every call, no lock, whether or not there is an instance.

@@ -10,22 +10,28 @@ namespace VornDeviceAbstractionLayer {
 using internal::live;
 using internal::Lock;
 
+namespace {
+
+/// Whether m_instance is filled, for guards without the lock.
+std::atomic<bool> liveFlag{false};
+
+}  // namespace
+
 std::shared_ptr<VornDeviceInfo> VornDeviceInfo::m_instance;
 std::mutex VornDeviceInfo::m_mutex;
-std::atomic<bool> VornDeviceInfo::m_live{false};
 
 // Life.
 
 std::shared_ptr<VornDeviceInfo> VornDeviceInfo::CreateInstance(VornDALImplIF& host) {
   const auto make = [&host] { return std::shared_ptr<VornDeviceInfo>(new VornDeviceInfo(host)); };
-  return internal::obtain(m_mutex, m_instance, make, &m_live);
+  return internal::obtain(m_mutex, m_instance, make, &liveFlag);
 }
 
 std::shared_ptr<VornDeviceInfo> VornDeviceInfo::getInstance() {
   return internal::current(m_mutex, m_instance);
 }
 
-void VornDeviceInfo::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+void VornDeviceInfo::Shutdown() { internal::drop(m_mutex, m_instance, &liveFlag); }
 
 VornDeviceInfo::VornDeviceInfo(VornDALImplIF& host) : m_host(host) {}
 
@@ -84,11 +90,11 @@ bool VornDeviceInfo::getMuteStatus() {
 // Down, unlocked.
 
 bool VornDeviceInfo::getSystemSetting(std::string key, std::string& value) {
-  return live(m_live) ? m_host.getSystemSetting(key, value) : false;
+  return live(liveFlag) ? m_host.getSystemSetting(key, value) : false;
 }
 
 std::string VornDeviceInfo::getVSKCapabilities() {
-  return live(m_live) ? m_host.getVSKCapabilities() : std::string("[]");
+  return live(liveFlag) ? m_host.getVSKCapabilities() : std::string("[]");
 }
 
 // Up: fetched anew on every call, no lock, whether or not there is an instance.

@@ -55,11 +55,13 @@ constexpr char kGetPlaybackState[] =
 /// A duration as the lines show it: std::to_string() knows no locale that could group the digits.
 std::string text(std::chrono::milliseconds duration) { return std::to_string(duration.count()) + "ms"; }
 
+/// Whether m_instance is filled, for guards without the lock.
+std::atomic<bool> liveFlag{false};
+
 }  // namespace
 
 std::shared_ptr<VornEMPAdapterControl> VornEMPAdapterControl::m_instance;
 std::mutex VornEMPAdapterControl::m_mutex;
-std::atomic<bool> VornEMPAdapterControl::m_live{false};
 
 // Life, which traces everything but Shutdown(): each line before the lock, the constructor's inside it.
 
@@ -68,7 +70,7 @@ std::shared_ptr<VornEMPAdapterControl> VornEMPAdapterControl::CreateInstance(Vor
   const auto make = [&host] {
     return std::shared_ptr<VornEMPAdapterControl>(new VornEMPAdapterControl(host));
   };
-  return internal::obtain(m_mutex, m_instance, make, &m_live);
+  return internal::obtain(m_mutex, m_instance, make, &liveFlag);
 }
 
 std::shared_ptr<VornEMPAdapterControl> VornEMPAdapterControl::getInstance() {
@@ -76,7 +78,7 @@ std::shared_ptr<VornEMPAdapterControl> VornEMPAdapterControl::getInstance() {
   return internal::current(m_mutex, m_instance);
 }
 
-void VornEMPAdapterControl::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+void VornEMPAdapterControl::Shutdown() { internal::drop(m_mutex, m_instance, &liveFlag); }
 
 VornEMPAdapterControl::VornEMPAdapterControl(VornDALImplIF& host) : m_host(host) { trace(kConstructor); }
 
@@ -87,85 +89,85 @@ bool VornEMPAdapterControl::login(const std::string& accessToken, const std::str
                                   std::string playerId) {
   trace(kLogin + accessToken + ", userName: " + userName + ", forceLogin: " + (forceLogin ? "1" : "0") +
         ", refreshInterval: " + text(refreshInterval) + ", playerId: " + playerId);
-  return live(m_live)
+  return live(liveFlag)
              ? m_host.getEMPAdapter()->login(accessToken, userName, forceLogin, refreshInterval, playerId)
              : false;
 }
 
 bool VornEMPAdapterControl::logout(std::string playerId) {
   trace(kLogout + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->logout(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->logout(playerId) : false;
 }
 
 bool VornEMPAdapterControl::launchAndPlay(std::string playContextToken, std::chrono::milliseconds offset,
                                           std::string playerId) {
   trace(kLaunchAndPlay + playContextToken + ", offset: " + text(offset) + ", playerId: " + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->launchAndPlay(playContextToken, offset, playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->launchAndPlay(playContextToken, offset, playerId) : false;
 }
 
 bool VornEMPAdapterControl::nextTrack(std::string playerId) {
   trace(kNextTrack + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->nextTrack(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->nextTrack(playerId) : false;
 }
 
 bool VornEMPAdapterControl::previousTrack(std::string playerId) {
   trace(kPreviousTrack + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->previousTrack(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->previousTrack(playerId) : false;
 }
 
 bool VornEMPAdapterControl::restartCurrentTrack(std::string playerId) {
   trace(kRestartCurrentTrack + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->restartCurrentTrack(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->restartCurrentTrack(playerId) : false;
 }
 
 bool VornEMPAdapterControl::setShuffleOn(std::string playerId) {
   trace(kSetShuffleOn + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->setShuffleOn(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->setShuffleOn(playerId) : false;
 }
 
 bool VornEMPAdapterControl::setShuffleOff(std::string playerId) {
   trace(kSetShuffleOff + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->setShuffleOff(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->setShuffleOff(playerId) : false;
 }
 
 bool VornEMPAdapterControl::resume(std::string playerId) {
   trace(kResume + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->resume(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->resume(playerId) : false;
 }
 
 bool VornEMPAdapterControl::pause(std::string playerId) {
   trace(kPause + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->pause(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->pause(playerId) : false;
 }
 
 bool VornEMPAdapterControl::stop(std::string playerId) {
   trace(kStop + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->stop(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->stop(playerId) : false;
 }
 
 bool VornEMPAdapterControl::skipForward(std::chrono::milliseconds offset, std::string playerId) {
   trace(kSkipForward + text(offset) + ", playerId: " + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->skipForward(offset, playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->skipForward(offset, playerId) : false;
 }
 
 bool VornEMPAdapterControl::setRepeatAll(std::string playerId) {
   trace(kSetRepeatAll + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->setRepeatAll(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->setRepeatAll(playerId) : false;
 }
 
 bool VornEMPAdapterControl::setRepeatNone(std::string playerId) {
   trace(kSetRepeatNone + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->setRepeatNone(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->setRepeatNone(playerId) : false;
 }
 
 bool VornEMPAdapterControl::setRepeatOne(std::string playerId) {
   trace(kSetRepeatOne + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->setRepeatOne(playerId) : false;
+  return live(liveFlag) ? m_host.getEMPAdapter()->setRepeatOne(playerId) : false;
 }
 
 std::string VornEMPAdapterControl::getPlaybackState(std::string playerId) {
   trace(kGetPlaybackState + playerId);
-  return live(m_live) ? m_host.getEMPAdapter()->getPlaybackState(playerId) : std::string();
+  return live(liveFlag) ? m_host.getEMPAdapter()->getPlaybackState(playerId) : std::string();
 }
 
 }  // namespace VornDeviceAbstractionLayer

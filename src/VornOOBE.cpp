@@ -20,36 +20,38 @@ constexpr char kAuthStatusLost[] =
 constexpr char kInitiatedLost[] =
     "void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null";
 
+/// Whether m_instance is filled, for guards without the lock.
+std::atomic<bool> liveFlag{false};
+
 }  // namespace
 
 std::shared_ptr<VornOOBE> VornOOBE::m_instance;
 std::mutex VornOOBE::m_mutex;
-std::atomic<bool> VornOOBE::m_live{false};
 
 // Life.
 
 std::shared_ptr<VornOOBE> VornOOBE::CreateInstance(VornDALImplIF& host) {
   const auto make = [&host] { return std::make_shared<VornOOBE>(host); };
-  return internal::obtain(m_mutex, m_instance, make, &m_live);
+  return internal::obtain(m_mutex, m_instance, make, &liveFlag);
 }
 
 std::shared_ptr<VornOOBE> VornOOBE::getInstance() { return internal::current(m_mutex, m_instance); }
 
-void VornOOBE::Shutdown() { internal::drop(m_mutex, m_instance, &m_live); }
+void VornOOBE::Shutdown() { internal::drop(m_mutex, m_instance, &liveFlag); }
 
 VornOOBE::VornOOBE(VornDALImplIF& host) : m_host(host) {}
 
 // Down, unlocked. Only what cannot be delivered is worth a line.
 
 void VornOOBE::sendCBLInfo(std::string& first, std::string& second, std::int64_t& number) {
-  if (live(m_live))
+  if (live(liveFlag))
     m_host.sendCBLInfo(first, second, number);
   else
     trace(kCBLInfoLost);
 }
 
 void VornOOBE::alexaAuthStatusChanged(std::string status) {
-  if (live(m_live))
+  if (live(liveFlag))
     m_host.alexaAuthStatusChanged(status);
   else
     trace(kAuthStatusLost);
