@@ -14,7 +14,7 @@ endif()
 
 add_library(VornHardening INTERFACE)
 add_library(Vorn::Hardening ALIAS VornHardening)
-foreach(flag -fno-lto -fno-gnu-unique -fstack-protector-strong -fstack-clash-protection)
+foreach(flag -fno-lto -fno-plt -fno-gnu-unique -fstack-protector-strong -fstack-clash-protection)
   string(MAKE_C_IDENTIFIER "VORN_HAS${flag}" has)
   check_cxx_compiler_flag(${flag} ${has})
   if(${has})
