@@ -31,16 +31,7 @@ constexpr char kSearchFailed[] =
 constexpr char kBuffer[] =
     "void VornDeviceAbstractionLayer::VornAudioIn::sendAudioData(std::vector<short int>&) calling xApp API count=";
 
-// Out of line, so that the strings cost the hot path neither registers nor a stack guard.
-
-[[gnu::noinline, gnu::cold]] bool search(std::shared_ptr<DeviceAbstractionLayer::AudioIn>& dalInstance,
-                                         int count) {
-  trace(kSearch + std::to_string(count));
-  dalInstance = DeviceAbstractionLayer::AudioIn::getInstance();
-  if (!dalInstance) trace(kSearchFailed);
-  return dalInstance != nullptr;
-}
-
+// Out of line, so that the string costs the hot path neither registers nor a stack guard.
 [[gnu::noinline, gnu::cold]] void traceBuffer(int count) { trace(kBuffer + std::to_string(count)); }
 
 /// Whether m_instance is filled, for guards without the lock.
@@ -111,11 +102,21 @@ void VornAudioIn::notifyAlexaButtonReleased() {
 
 void VornAudioIn::sendAudioData(std::vector<short>& samples) {
   static int count = 1;
-  static std::shared_ptr<DeviceAbstractionLayer::AudioIn> dalInstance;
+  static DeviceAbstractionLayer::AudioIn* found =
+      nullptr;  // What dalInstance holds, without its one-time guard.
 
-  if (dalInstance || search(dalInstance, count)) {
-    if (count % 10000 == 0 || count <= 5) traceBuffer(count);
-    dalInstance->sendAudioData(samples);
+  const auto search = []() __attribute__((noinline, cold)) {
+    static std::shared_ptr<DeviceAbstractionLayer::AudioIn> dalInstance;
+    trace(kSearch + std::to_string(count));
+    dalInstance = DeviceAbstractionLayer::AudioIn::getInstance();
+    if (!dalInstance) trace(kSearchFailed);
+    return dalInstance.get();
+  };
+
+  if (!found) found = search();
+  if (found) {
+    if (count <= 5 || count % 10000 == 0) traceBuffer(count);
+    found->sendAudioData(samples);
   }
   count = static_cast<int>(static_cast<unsigned>(count) + 1U);  // Wraps: trace readers know the number.
 }
