@@ -1,5 +1,6 @@
 #include "VornAttachmentReaderContainerFactory.h"
 
+#include "internal/HotPath.h"
 #include "internal/Lifecycle.h"
 
 namespace VornDeviceAbstractionLayer {
@@ -44,7 +45,7 @@ void VornAttachmentReaderContainerInterfaceImpl::Unsubscribe() {
   m_onEndOfStream = nullptr;
 }
 
-void VornAttachmentReaderContainerInterfaceImpl::sendData(void* data, std::size_t size) {
+VORN_NO_STACK_GUARD void VornAttachmentReaderContainerInterfaceImpl::sendData(void* data, std::size_t size) {
   if (m_onData) m_onData(data, size);
 }
 

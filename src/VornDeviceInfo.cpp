@@ -3,6 +3,7 @@
 #include <DeviceAbstractionLayer/DeviceInfo.h>
 #include <DeviceAbstractionLayer/DeviceInfoConstants.h>
 #include "VornDALImplIF.h"
+#include "internal/HotPath.h"
 #include "internal/Lifecycle.h"
 
 namespace VornDeviceAbstractionLayer {
@@ -99,17 +100,17 @@ std::string VornDeviceInfo::getVSKCapabilities() {
 
 // Up: fetched anew on every call, no lock, whether or not there is an instance.
 
-void VornDeviceInfo::notifyVolumeChanged(int volume) {
+VORN_NO_STACK_GUARD void VornDeviceInfo::notifyVolumeChanged(int volume) {
   if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
     assistant->notifyVolumeChanged(volume);
 }
 
-void VornDeviceInfo::notifyMuteChanged(bool muted) {
+VORN_NO_STACK_GUARD void VornDeviceInfo::notifyMuteChanged(bool muted) {
   if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
     assistant->notifyMuteChanged(muted);
 }
 
-void VornDeviceInfo::notifyHandsfreeStateChanged(bool state) {
+VORN_NO_STACK_GUARD void VornDeviceInfo::notifyHandsfreeStateChanged(bool state) {
   if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
     assistant->notifyHandsfreeStateChanged(state);
 }
