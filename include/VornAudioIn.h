@@ -102,7 +102,6 @@ class VORN_DAL_API VornAudioIn {
   /// fetched by the first call that finds one and kept until the program ends, also when the assistant
   /// side makes a new one. Works without an instance of this class.
   ///
-  ///
   /// @ifabsent   The buffer is dropped; the next call looks again.
   /// @logs       Each search for the assistant side, buffers 1 to 5 and every 10000th. Calls count as buffers from
   ///             1, delivered or not unless they throw; after 2147483647 the number goes on at -2147483648.
