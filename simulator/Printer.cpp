@@ -3,6 +3,8 @@
 #include <iomanip>
 #include <ostream>
 
+#include "parts/Display.h"
+
 namespace vorn_speaker {
 
 namespace {
@@ -20,6 +22,13 @@ std::string answer(const Crossing& crossing) {
   return text.empty() ? "" : " = " + text;
 }
 
+/// What texts of others hold must neither steer the terminal nor look like a line of ours.
+std::string oneLine(const std::string& text) {
+  std::string line;
+  for (const char c : Display::harmless(text)) line += c == '\n' ? std::string("\\n") : std::string(1, c);
+  return line;
+}
+
 }  // namespace
 
 bool Printer::isBlock(const Crossing& crossing) const {
@@ -30,7 +39,7 @@ bool Printer::isBlock(const Crossing& crossing) const {
 void Printer::line(const Crossing& crossing, const std::string& text) {
   m_out << (crossing.down ? "  down  " : "  up    ") << std::left << std::setw(kThreadWidth)
         << crossing.thread << "  " << std::setw(kAdapterWidth) << crossing.adapter << "  "
-        << std::string(2 * static_cast<std::size_t>(crossing.depth), ' ') << text << '\n';
+        << std::string(2 * static_cast<std::size_t>(crossing.depth), ' ') << oneLine(text) << '\n';
 }
 
 void Printer::flushWaiting(const std::string& thread) {

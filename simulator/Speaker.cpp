@@ -169,7 +169,7 @@ void Speaker::call(Caller caller, const std::string& name, const std::string& fi
   };
   const std::vector<Crossing> calls = recent();
   if (std::none_of(calls.begin(), calls.end(), shows) && !isSecretName(firstArgument) && !m_result.empty()) {
-    m_printer.say("        " + name + " gave " + hideSecrets(m_result));
+    m_printer.say("        " + name + " gave " + Display::harmless(hideSecrets(m_result)));
   } else if (calls.empty()) {
     m_printer.say("        " + name + " was dropped");
   }

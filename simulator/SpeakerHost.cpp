@@ -1,6 +1,5 @@
 #include "SpeakerHost.h"
 
-#include <sstream>
 #include <utility>
 
 #include "Adapters.h"
@@ -68,15 +67,7 @@ std::string SpeakerHost::getConfigData(std::string key) {
 }
 
 bool SpeakerHost::getSystemSetting(std::string key, std::string& value) {
-  if (m_state.setting(key, value)) return true;
-  // What directives changed is read back by its name: "channel", "mode picture".
-  std::istringstream lines(m_state.summary());
-  for (std::string line; std::getline(lines, line);) {
-    if (key.empty() || line.compare(0, key.size() + 1, key + " ") != 0) continue;
-    value = line.substr(key.size() + 1);
-    return true;
-  }
-  return false;
+  return m_state.setting(key, value) || m_state.state(key, value);
 }
 
 bool SpeakerHost::setSystemSetting(std::string key, std::string value) {
@@ -95,7 +86,9 @@ bool SpeakerHost::stored(bool done) {
 bool SpeakerHost::open() { return stored(m_store.open()); }
 
 std::map<std::string, std::string> SpeakerHost::readKeyValue(const std::string& key) {
-  return m_store.read(key);
+  auto found = m_store.read(key);
+  if (found.empty() && !m_store.problem().empty()) m_face.say(m_store.problem());
+  return found;
 }
 
 bool SpeakerHost::writeKeyValue(std::map<std::string, std::string> entries) {

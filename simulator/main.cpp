@@ -188,7 +188,8 @@ int main(int argc, char** argv) {
     if (request.watchdog < 0) request.watchdog = settings.host.empty() ? 0 : kForeignHostSeconds;
     settings.limit = std::chrono::seconds(request.watchdog);
     tellCrashes();
-    settings.colour = isatty(STDOUT_FILENO) == 1;
+    const char* const plain = std::getenv("NO_COLOR");
+    settings.colour = isatty(STDOUT_FILENO) == 1 && (!plain || !*plain);
     if (*asConsole) return console(request);
     if (*asRecord) return record(request);
     if (*asReplay) return replay(request);

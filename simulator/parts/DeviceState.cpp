@@ -178,13 +178,16 @@ DeviceState::Answer DeviceState::note(const std::string& what, const std::string
   return {true, what + " " + value};
 }
 
-std::string DeviceState::summary() const {
+bool DeviceState::state(const std::string& what, std::string& text) const {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  std::string lines = "volume " + std::to_string(m_volume) + (m_muted ? ", muted" : "") + "\nrange " +
-                      shown(m_range) + (m_recording ? "\nrecording" : "") + "\nposition " +
-                      std::to_string(m_position) + " s\n";
-  for (const auto& [what, value] : m_states) lines += what + " " + value + "\n";
-  return lines;
+  std::map<std::string, std::string> states = m_states;
+  states["volume"] = std::to_string(m_volume) + (m_muted ? ", muted" : "");
+  states["range"] = shown(m_range);
+  states["recording"] = m_recording ? "on" : "off";
+  states["position"] = std::to_string(m_position) + " s";
+  const auto found = states.find(what);
+  if (found != states.end()) text = found->second;
+  return found != states.end();
 }
 
 }  // namespace vorn_speaker

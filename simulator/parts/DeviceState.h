@@ -48,8 +48,8 @@ class DeviceState {
   Answer seek(int delta);                                          ///< Seconds; never before the beginning.
   Answer note(const std::string& what, const std::string& value);  ///< Keeps a text under a name.
 
-  /// One line per state, for people.
-  std::string summary() const;
+  /// Finds what directives changed by its name: "channel", "mode picture", "volume". False when there is none.
+  bool state(const std::string& what, std::string& text) const;
 
  private:
   mutable std::mutex m_mutex;

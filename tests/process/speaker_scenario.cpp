@@ -67,6 +67,21 @@ expect call VornAudioIn.notifyAlexaButtonPress tap 2000ms
   EXPECT_EQ(m_status, 0);
 }
 
+TEST_F(Scenario, AnswersASettingFromTheStateOfThatNameAlone) {
+  // A line feed in a value makes no other state of it, nor another line of what is shown.
+  EXPECT_TRUE(has(play(R"(
+assistant VornDeviceCapabilities.onSetMode picture "x\nchannel 9"
+assistant VornDeviceInfo.getSystemSetting channel ""
+expect true value=1
+)"),
+                  "onSetMode(picture, x\\nchannel 9)"));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Scenario, SaysWhyNothingCanBeRead) {
+  EXPECT_TRUE(has(play("assistant VornStorage.readKeyValue city\n"), "not open; call open() first"));
+}
+
 TEST_F(Scenario, KeepsWhatItStoredForTheNextRun) {
   play("assistant VornStorage.open\nassistant VornStorage.writeKeyValue {city=Oslo}\n");
   play("assistant VornStorage.open\nassistant VornStorage.readKeyValue city\nexpect {city=Oslo}\n");
