@@ -34,6 +34,7 @@ void mask(Crossing& crossing) {
   }
   for (std::string& argument : crossing.arguments) argument = hideSecrets(argument);
   crossing.result = hideSecrets(crossing.result);
+  crossing.exception = hideSecrets(crossing.exception);
 }
 
 /// The arguments as a scenario holds them; what the table does not know is a text.
@@ -91,6 +92,7 @@ Crossing Crossings::describe(const vorn_testing::Call& call) const {
   made.arguments = call.arguments;
   made.result = call.result;
   made.threw = call.threw;
+  made.exception = call.exception;
   made.thread = t_name;
   made.began =
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_start);
@@ -116,6 +118,7 @@ void Crossings::ended(const vorn_testing::Call& call) {
   crossing.took = std::chrono::duration_cast<std::chrono::microseconds>(now) - crossing.began;
   crossing.result = call.result;
   crossing.threw = call.threw;
+  crossing.exception = call.exception;
   const Operation* const operation = operationAt(call.target, call.slot);
   for (std::size_t i = 0; operation && operation->spell && i < operation->parameters.size(); ++i) {
     if (!operation->parameters[i].reference) continue;

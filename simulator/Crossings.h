@@ -28,6 +28,7 @@ struct Crossing {
   std::vector<std::string> written;    ///< What the callee wrote through references, "value=on".
   std::string result;
   bool threw;
+  std::string exception;  ///< Its text.
   std::string thread;
   std::chrono::microseconds began;  ///< Since the log was made.
   std::chrono::microseconds took;

@@ -17,7 +17,7 @@ bool same(const Crossing& left, const Crossing& right) {
 }
 
 std::string answer(const Crossing& crossing) {
-  if (crossing.threw) return " threw";
+  if (crossing.threw) return " threw " + crossing.exception;
   const std::string text = crossing.answer();
   return text.empty() ? "" : " = " + text;
 }

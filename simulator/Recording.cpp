@@ -30,7 +30,9 @@ Crossing fromJson(const Json& json) {
   call.arguments = call.spelled;
   call.result = json.at("result");
   call.written = json.at("written").get<std::vector<std::string>>();
-  call.threw = json.at("exception");
+  const Json& exception = json.at("exception");
+  call.threw = !exception.is_null();
+  if (call.threw) call.exception = exception;
   return call;
 }
 
@@ -55,7 +57,7 @@ void Recording::ended(const Crossing& call) {
                   {"arguments", call.spelled},
                   {"result", call.result},
                   {"written", call.written},
-                  {"exception", call.threw}})
+                  {"exception", call.threw ? Json(call.exception) : Json(nullptr)}})
          << std::endl;
 }
 

@@ -26,7 +26,7 @@ std::string statement(const Crossing& call) {
 }
 
 std::string answer(const Crossing& call) {
-  if (call.threw) return "an exception";
+  if (call.threw) return "threw " + call.exception;
   const std::string text = call.answer();
   return text.empty() ? "no result" : text;
 }

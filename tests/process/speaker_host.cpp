@@ -26,8 +26,25 @@ TEST_F(OwnHost, MayThrowAndTheScenarioGoesOn) {
       "assistant VornDeviceInfo.getTimezone\nexpect threw no clock\n"
       "assistant VornDeviceInfo.getDeviceLocale\nassistant VornDeviceInfo.getVolume\nexpect 7\n");
   EXPECT_EQ(m_status, 0);
-  EXPECT_TRUE(has(output, "getTimezone() threw"));
+  EXPECT_TRUE(has(output, "getTimezone() threw no clock\n"));
+  EXPECT_TRUE(has(output, "getDeviceLocale() threw no std::exception\n"));
   EXPECT_TRUE(has(output, "VornDeviceInfo.getDeviceLocale gave threw what is no std::exception"));
+}
+
+TEST_F(OwnHost, IsRecordedWithWhatItThrew) {
+  const std::string recording = std::string(kFolder) + "/thrown";
+  run("record " + recording + " --host " VORN_OWN_HOST " --scenario " +
+      file("thrown.scenario",
+           "assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getDeviceLocale\n"
+           "assistant VornDeviceInfo.getVolume\n"));
+  const std::string text = content(recording);
+  EXPECT_TRUE(has(text, "\"exception\":\"no clock\"}"));
+  EXPECT_TRUE(has(text, "\"exception\":\"no std::exception\"}"));
+  EXPECT_TRUE(has(text, "\"exception\":null}"));
+  EXPECT_TRUE(
+      has(run("replay " + recording + " --host " VORN_OWN_HOST), "3 calls, all answered as recorded."));
+  EXPECT_TRUE(has(run("replay " + recording), "recorded  threw no clock\n"));
+  EXPECT_EQ(m_status, 1);
 }
 
 TEST_F(OwnHost, ThatCrashesIsNamedWithOperationAndStacks) {

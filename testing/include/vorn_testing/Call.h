@@ -23,6 +23,7 @@ struct Call {
   std::thread::id thread;              ///< The thread that called.
   std::string result;                  ///< Rendered by text(); empty before the return and for void.
   bool threw;                          ///< Whether the call ended by an exception.
+  std::string exception;  ///< Its text; "no std::exception" for any other kind, empty when none was thrown.
 
   /// "setSystemSetting(mode, on)": the operation and its arguments.
   std::string signature() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -25,7 +26,7 @@ class Recorder {
     m_onCall = hook;
   }
 
-  /// Runs `hook` after each call, with its result or with `threw` set, in place of an earlier hook. It must
+  /// Runs `hook` after each call, with its result or with `threw` and `exception` set, in place of an earlier hook. It must
   /// not throw.
   void onReturn(Hook hook) {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -64,27 +65,25 @@ class Recorder {
   template <class Action>
   auto run(Call call, Action action) -> decltype(action()) {
     Running running(*this, call);
-    running.begin();
-    return running.finish(action, static_cast<decltype(action())*>(nullptr));
+    try {
+      running.begin();
+      return running.finish(action, static_cast<decltype(action())*>(nullptr));
+    } catch (const std::exception& error) {
+      running.threw(error.what());
+      throw;
+    } catch (...) {
+      running.threw("no std::exception");
+      throw;
+    }
   }
 
  private:
   class Running {
    public:
-    Running(Recorder& recorder, const Call& call)
-        : m_recorder(recorder), m_call(call), m_index(0), m_returned(false) {}
+    Running(Recorder& recorder, const Call& call) : m_recorder(recorder), m_call(call), m_index(0) {}
 
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
-
-    ~Running() {
-      if (m_returned) return;
-      try {
-        ended(true, std::string());
-      } catch (...) {
-        // The exception that is on its way says more than a record that could not be written.
-      }
-    }
 
     void begin() {
       Hook hook;
@@ -100,22 +99,34 @@ class Recorder {
     template <class Action, class Result>
     Result finish(Action& action, Result*) {
       Result result = action();
-      m_returned = true;
-      ended(false, text(result));
+      m_call.result = text(result);
+      ended();
       return result;
     }
 
     template <class Action>
     void finish(Action& action, void*) {
       action();
-      m_returned = true;
-      ended(false, std::string());
+      ended();
+    }
+
+    void threw(const char* words) {
+      if (m_ended) return;
+      // The exception that is on its way says more than a record for which there was no memory.
+      m_call.threw = true;
+      try {
+        m_call.exception = words;
+      } catch (...) {
+      }
+      try {
+        ended();
+      } catch (...) {
+      }
     }
 
    private:
-    void ended(bool threw, const std::string& result) {
-      m_call.threw = threw;
-      m_call.result = result;
+    void ended() {
+      m_ended = true;
       Hook hook;
       {
         const std::lock_guard<std::mutex> lock(m_recorder.m_mutex);
@@ -128,7 +139,7 @@ class Recorder {
     Recorder& m_recorder;
     Call m_call;
     std::size_t m_index;
-    bool m_returned;
+    bool m_ended = false;
   };
 
   mutable std::mutex m_mutex;
