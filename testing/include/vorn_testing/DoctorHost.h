@@ -1,0 +1,168 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <typeinfo>
+
+#include "ForwardingHost.h"
+#include "NullHost.h"
+
+namespace vorn_testing {
+
+/// A rule of the library that was broken, and where.
+struct Finding {
+  enum Rule {
+    kReentry,        ///< A mutex of the library was asked for by the thread that holds it.
+    kHostDestroyed,  ///< A host went while adapters or calls still needed it.
+    kNullPlayer,     ///< getEMPAdapter() answered null.
+    kNotLive,        ///< An adapter was used before its creation or after its shutdown.
+    kReferenceKept,  ///< The host touched an argument of a call that had ended.
+  };
+  Rule rule;
+  std::string message;              ///< What happened, in one sentence.
+  std::vector<std::string> here;    ///< The stack that broke the rule, innermost first.
+  std::vector<std::string> before;  ///< The stack that it collides with; empty when there is none.
+};
+
+/// The rule in words, and what to do instead.
+const char* ruleText(Finding::Rule rule);
+
+/// The whole finding as it is printed.
+std::string describe(const Finding& finding);
+
+/// A host for debug builds: hands everything on to another, which is borrowed, and reports at once what would
+/// otherwise freeze or crash the device later.
+///
+/// Make one around your host and hand it to every CreateInstance(). While one lives, the library's own calls of
+/// pthread_mutex_lock() are watched; nothing else in the process is. A thread that would wait for itself gets
+/// std::system_error from the adapter instead, so the process goes on. Arguments that come by reference are
+/// lent as copies, except CommsStateInfo; they become unreachable when the call returns, and a touch is reported
+/// and let through. Texts longer than a std::string holds in itself escape that.
+///
+/// Stacks name functions of programs that are linked with -rdynamic.
+class DoctorHost : public ForwardingHost {
+ public:
+  typedef std::function<void(const Finding&)> OnFinding;
+
+  /// Runs `onFinding` on the thread that broke the rule, possibly on several at once and under the adapter's
+  /// mutex; it must neither throw nor call an adapter. Without one, findings are printed and the process aborts.
+  explicit DoctorHost(VornDeviceAbstractionLayer::VornDALImplIF& inner, OnFinding onFinding = OnFinding());
+
+  /// Reports adapters that still hold this host, and calls that still run.
+  ~DoctorHost() override;
+
+  DoctorHost(const DoctorHost&) = delete;
+  DoctorHost& operator=(const DoctorHost&) = delete;
+
+  /// Hands `finding` to the doctor that was made last, or prints and aborts when there is none.
+  static void report(const Finding& finding);
+
+  void alexaStateChanged(std::string state) override;
+  void dialogUXStateChanged(std::string state) override;
+  void notifyMainAppInitialized() override;
+  bool requestAudioFocus() override;
+  bool releaseAudioFocus() override;
+  bool startStreamingAudioData() override;
+  void stopStreamingAudioData() override;
+  bool isMicrophoneAvailable() override;
+  void setAlexaHandsFreeState(bool enabled) override;
+  void notifyAlexaInvocationDetected(std::string invocationType) override;
+  int getVolume() override;
+  bool getMuteStatus() override;
+  std::string getTimezone() override;
+  std::string getDeviceLocale() override;
+  void changeAlexaLocale(std::string locale) override;
+  std::map<std::string, std::string> getDeviceInformation() override;
+  bool getNetworkConnectionStatus() override;
+  void updateInternetConnectionStatus(bool connected) override;
+  std::string getConfigData(std::string key) override;
+  bool getSystemSetting(std::string key, std::string& value) override;
+  bool setSystemSetting(std::string key, std::string value) override;
+  std::string getVSKCapabilities() override;
+  bool open() override;
+  std::map<std::string, std::string> readKeyValue(const std::string& key) override;
+  bool writeKeyValue(std::map<std::string, std::string> entries) override;
+  bool removeKeyValue(const std::vector<std::string>& keys) override;
+  bool clear() override;
+  void onLogEmitted(const std::string& first, const std::string& second) override;
+  void sendCBLInfo(std::string& first, std::string& second, std::int64_t& number) override;
+  void alexaAuthStatusChanged(std::string status) override;
+  VornDeviceAbstractionLayer::VornEMPAdapterIF* getEMPAdapter() override;
+  void sendAppMessage(std::string first, std::string second, std::string third) override;
+  int setAnimation(std::vector<std::string> animations) override;
+  std::pair<bool, std::string> onChangeChannel(std::string channel) override;
+  bool onInputChange(const std::string& input) override;
+  std::pair<bool, std::string> onSkipChannel(int count) override;
+  std::pair<bool, std::string> onSendKeystroke(std::string keystroke) override;
+  std::pair<bool, std::string> onChangePlaybackPlay(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackPause(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackStop(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackStartOver(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackPrevious(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackNext(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackRewind(std::string payload) override;
+  std::pair<bool, std::string> onChangePlaybackFastForward(std::string payload) override;
+  std::pair<bool, std::string> onSearchAndPlay(std::string payload) override;
+  std::pair<bool, std::string> onSearchAndDisplayResults(std::string payload) override;
+  std::pair<bool, std::string> onSetMode(std::string mode, std::string value) override;
+  std::pair<bool, std::string> onAdjustMode(std::string mode, int delta) override;
+  std::pair<bool, std::string> onSetPowerState(bool on) override;
+  std::pair<bool, std::string> onSetPowerState(bool on, std::string target) override;
+  std::pair<bool, std::string> onSetRangeValue(double value) override;
+  std::pair<bool, std::string> onAdjustRangeValue(double delta) override;
+  std::pair<bool, std::string> onSetToggleState(std::string toggle, std::string state) override;
+  std::pair<bool, std::string> onLaunchTarget(std::string target) override;
+  std::pair<bool, std::string> onStartRecording() override;
+  std::pair<bool, std::string> onStopRecording() override;
+  std::pair<bool, std::string> onAdjustSeekPosition(int delta) override;
+  std::pair<bool, std::string> onSetVolume(int volume) override;
+  std::pair<bool, std::string> onAdjustVolume(int delta) override;
+  std::pair<bool, std::string> onMute(bool mute) override;
+  bool clearGUICard() override;
+  bool renderGUICard(const std::string& card) override;
+  void onCommsStateChanged(
+      const DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo& info) override;
+
+ private:
+  class Call;
+  class Player;
+
+  const OnFinding m_onFinding;
+  std::atomic<int> m_running;
+  NullPlayer m_nullPlayer;
+  std::mutex m_playersMutex;
+  std::map<VornDeviceAbstractionLayer::VornEMPAdapterIF*, std::shared_ptr<Player>> m_players;
+};
+
+/// Reports the use of an adapter that has no instance, with the stack of the caller. For Checked.
+void reportNotLive(const std::type_info& adapter, bool kept);
+
+/// The assistant side's way to an adapter, in debug builds: reports calls before CreateInstance() and after
+/// Shutdown(), which the adapter itself answers quietly with defaults.
+///
+///     Checked<VornDeviceInfo> info;
+///     info->getVolume();
+///
+/// Each arrow asks getInstance(), so it is no way for a host to call back from inside an operation.
+template <class Adapter>
+class Checked {
+ public:
+  Checked() : m_adapter(Adapter::getInstance()) {}
+  explicit Checked(std::shared_ptr<Adapter> adapter) : m_adapter(adapter) {}
+
+  /// Throws std::logic_error, after the finding, when there never was an instance.
+  Adapter* operator->() {
+    if (!m_adapter) m_adapter = Adapter::getInstance();
+    if (!m_adapter || !Adapter::getInstance()) reportNotLive(typeid(Adapter), m_adapter != nullptr);
+    if (!m_adapter) throw std::logic_error("the adapter has no instance");
+    return m_adapter.get();
+  }
+
+ private:
+  std::shared_ptr<Adapter> m_adapter;
+};
+
+}  // namespace vorn_testing

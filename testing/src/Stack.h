@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vorn_testing {
+
+/// Where a thread was, cheap to take and put into words only when asked.
+struct Stack {
+  static constexpr int kFrames = 32;
+  void* frames[kFrames];
+  int depth = 0;
+
+  static Stack here();
+  std::vector<std::string> lines() const;
+};
+
+/// "VornDeviceAbstractionLayer::VornStorage" from the name that the compiler gave it; as it is if that fails.
+std::string demangled(const char* name);
+
+}  // namespace vorn_testing
