@@ -39,10 +39,14 @@ void printAndAbort(const Finding& finding) {
   std::abort();
 }
 
-void onReentry(const std::string& mutex, const Stack& holder) {
+void onWait(const Wait& wait) {
   const std::string who = t_running.empty() ? "This thread" : std::string(t_running.back()) + "()";
-  DoctorHost::report({Finding::kReentry, who + " asks for " + mutex + ", which its own thread holds.",
-                      Stack::here().lines(), holder.lines()});
+  const bool own = wait.other.empty();
+  DoctorHost::report(
+      {own ? Finding::kReentry : Finding::kLockOrder,
+       who + " asks for " + wait.mutex +
+           (own ? ", which its own thread holds." : ", whose holder waits for " + wait.other + "."),
+       wait.here.lines(), wait.before.lines()});
 }
 
 void onKept(const char* operation, const Stack& call) {
@@ -82,6 +86,10 @@ const char* ruleText(Finding::Rule rule) {
       return "A locked operation holds its adapter's mutex until the other side returns. From inside, call no locked "
              "operation, CreateInstance(), getInstance() or Shutdown() of the same adapter: hand that work to another "
              "thread, or do it after the return.";
+    case Finding::kLockOrder:
+      return "Where mutexes of the library nest, every thread takes them in one order: a message may go up from inside "
+             "one that goes down, not the other way round. Inside a locked operation, wait for no thread that calls "
+             "into it.";
     case Finding::kHostDestroyed:
       return "A host outlives every call: shut all adapters down, join the threads that call them, then destroy it.";
     case Finding::kNullPlayer:
@@ -140,18 +148,83 @@ class DoctorHost::Call {
   DoctorHost& m_host;
 };
 
-/// Lends what login() takes by reference; everything else comes by value.
+/// The same for the player's operations, which are calls of its host too.
 class DoctorHost::Player : public ForwardingPlayer {
  public:
-  using ForwardingPlayer::ForwardingPlayer;
+  Player(DoctorHost& host, VornEMPAdapterIF& inner) : ForwardingPlayer(inner), m_host(host) {}
 
   bool login(const std::string& accessToken, const std::string& userName, bool forceLogin,
              std::chrono::milliseconds refreshInterval, std::string playerId) override {
+    const Call call(m_host, "login");
     Lent<std::string> lentToken(accessToken, "login");
     Lent<std::string> lentName(userName, "login");
     return ForwardingPlayer::login(lentToken.get(), lentName.get(), forceLogin, refreshInterval,
                                    std::move(playerId));
   }
+  bool logout(std::string playerId) override {
+    const Call call(m_host, "logout");
+    return ForwardingPlayer::logout(std::move(playerId));
+  }
+  bool launchAndPlay(std::string playContextToken, std::chrono::milliseconds offset,
+                     std::string playerId) override {
+    const Call call(m_host, "launchAndPlay");
+    return ForwardingPlayer::launchAndPlay(std::move(playContextToken), offset, std::move(playerId));
+  }
+  bool nextTrack(std::string playerId) override {
+    const Call call(m_host, "nextTrack");
+    return ForwardingPlayer::nextTrack(std::move(playerId));
+  }
+  bool previousTrack(std::string playerId) override {
+    const Call call(m_host, "previousTrack");
+    return ForwardingPlayer::previousTrack(std::move(playerId));
+  }
+  bool restartCurrentTrack(std::string playerId) override {
+    const Call call(m_host, "restartCurrentTrack");
+    return ForwardingPlayer::restartCurrentTrack(std::move(playerId));
+  }
+  bool setShuffleOn(std::string playerId) override {
+    const Call call(m_host, "setShuffleOn");
+    return ForwardingPlayer::setShuffleOn(std::move(playerId));
+  }
+  bool setShuffleOff(std::string playerId) override {
+    const Call call(m_host, "setShuffleOff");
+    return ForwardingPlayer::setShuffleOff(std::move(playerId));
+  }
+  bool resume(std::string playerId) override {
+    const Call call(m_host, "resume");
+    return ForwardingPlayer::resume(std::move(playerId));
+  }
+  bool pause(std::string playerId) override {
+    const Call call(m_host, "pause");
+    return ForwardingPlayer::pause(std::move(playerId));
+  }
+  bool stop(std::string playerId) override {
+    const Call call(m_host, "stop");
+    return ForwardingPlayer::stop(std::move(playerId));
+  }
+  bool skipForward(std::chrono::milliseconds offset, std::string playerId) override {
+    const Call call(m_host, "skipForward");
+    return ForwardingPlayer::skipForward(offset, std::move(playerId));
+  }
+  bool setRepeatAll(std::string playerId) override {
+    const Call call(m_host, "setRepeatAll");
+    return ForwardingPlayer::setRepeatAll(std::move(playerId));
+  }
+  bool setRepeatNone(std::string playerId) override {
+    const Call call(m_host, "setRepeatNone");
+    return ForwardingPlayer::setRepeatNone(std::move(playerId));
+  }
+  bool setRepeatOne(std::string playerId) override {
+    const Call call(m_host, "setRepeatOne");
+    return ForwardingPlayer::setRepeatOne(std::move(playerId));
+  }
+  std::string getPlaybackState(std::string playerId) override {
+    const Call call(m_host, "getPlaybackState");
+    return ForwardingPlayer::getPlaybackState(std::move(playerId));
+  }
+
+ private:
+  DoctorHost& m_host;
 };
 
 DoctorHost::DoctorHost(VornDALImplIF& inner, OnFinding onFinding)
@@ -160,7 +233,7 @@ DoctorHost::DoctorHost(VornDALImplIF& inner, OnFinding onFinding)
       m_running(0) {
   const std::lock_guard<std::mutex> lock(g_doctorsMutex);
   g_doctors.push_back(&m_onFinding);
-  watchLocks(onReentry);
+  watchLocks(onWait);
   watchLent(onKept);
 }
 
@@ -187,7 +260,7 @@ VornEMPAdapterIF* DoctorHost::getEMPAdapter() {
   }
   const std::lock_guard<std::mutex> lock(m_playersMutex);
   auto& doctored = m_players[player];
-  if (!doctored) doctored = std::make_shared<Player>(*player);
+  if (!doctored) doctored = std::make_shared<Player>(*this, *player);
   return doctored.get();
 }
 

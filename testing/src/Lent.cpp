@@ -29,8 +29,10 @@ std::size_t pageSize() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 
 void onFault(int, siginfo_t* info, void*) {
   Page touched;
+  OnKept onKept = nullptr;
   {
     const std::lock_guard<std::mutex> lock(g_mutex);
+    onKept = g_onKept;
     const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
     for (Page& page : g_pages) {
       const auto begin = reinterpret_cast<std::uintptr_t>(page.memory);
@@ -42,7 +44,7 @@ void onFault(int, siginfo_t* info, void*) {
     }
   }
   if (touched.memory)
-    g_onKept(touched.operation, touched.call);
+    onKept(touched.operation, touched.call);
   else
     sigaction(SIGSEGV, &g_before, nullptr);  // not ours: the instruction runs again and is theirs
 }
@@ -69,8 +71,8 @@ void* lend() {
 }
 
 void takeBack(void* memory, const char* operation) {
-  mprotect(memory, pageSize(), PROT_NONE);
   const std::lock_guard<std::mutex> lock(g_mutex);
+  mprotect(memory, pageSize(), PROT_NONE);
   Page& page = g_pages[g_next++ % g_pages.size()];
   if (page.memory) munmap(page.memory, pageSize());
   page.memory = memory;

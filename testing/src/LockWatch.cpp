@@ -5,58 +5,124 @@
 #include <link.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <mutex>
 
 namespace vorn_testing {
 
 namespace {
 
-std::atomic<OnReentry> g_onReentry;
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kPatience(500), kGlance(100);
+
+std::atomic<OnWait> g_onWait;
+
+struct Watched;
+
+/// What a thread waits for, if it does.
+struct Thread {
+  const Watched* wants = nullptr;
+  Stack asked;
+  Clock::time_point since;
+};
+thread_local Thread t_self;
+thread_local bool t_reporting;
+
+struct Watched {
+  std::string name;
+  const Thread* holder = nullptr;
+  Stack taken;
+};
+
+/// Guards every Thread and every Watched but its name.
+std::mutex g_waitsMutex;
 
 /// The library's mutexes by address. Filled once, before the first lock is watched.
-std::map<const void*, std::string>& mutexes() {
-  static std::map<const void*, std::string> found;
+std::map<const void*, Watched>& mutexes() {
+  static std::map<const void*, Watched> found;
   return found;
 }
-
-struct Held {
-  pthread_mutex_t* mutex;
-  Stack stack;
-};
-thread_local std::vector<Held> t_held;
-thread_local bool t_reporting;
 
 using MutexFunction = int(pthread_mutex_t*);
 MutexFunction* g_lock;
 MutexFunction* g_unlock;
 
-int lockWatched(pthread_mutex_t* mutex) {
-  const OnReentry onReentry = g_onReentry;
-  const auto known = onReentry ? mutexes().find(mutex) : mutexes().end();
-  if (known == mutexes().end() || t_reporting) return g_lock(mutex);
-  for (const Held& held : t_held) {
-    if (held.mutex != mutex) continue;
-    t_reporting = true;
-    onReentry(known->second, held.stack);
-    t_reporting = false;
-    return EDEADLK;
+/// The thread for which `self` would wait without end, or null. Under g_waitsMutex.
+const Thread* obstacle(const Thread& self) {
+  const Thread* const holder = self.wants->holder;
+  const Thread* next = holder;
+  for (std::size_t steps = 0; next && steps < mutexes().size(); ++steps) {
+    if (next == &self) return holder;
+    next = next->wants ? next->wants->holder : nullptr;
   }
-  const int result = g_lock(mutex);
-  if (result == 0) t_held.push_back({mutex, Stack::here()});
+  const bool stuck =
+      holder && holder->wants && Clock::now() - std::max(self.since, holder->since) >= kPatience;
+  return stuck ? holder : nullptr;
+}
+
+/// Takes note that this thread stops waiting if its wait would not end, and tells why.
+bool givesUp(Wait& wait) {
+  const std::lock_guard<std::mutex> lock(g_waitsMutex);
+  const Thread* const other = obstacle(t_self);
+  if (!other) return false;
+  const bool own = other == &t_self;
+  wait = {t_self.wants->name, own ? "" : other->wants->name, t_self.asked,
+          own ? t_self.wants->taken : other->asked};
+  t_self.wants = nullptr;
+  return true;
+}
+
+int lockForAWhile(pthread_mutex_t* mutex) {
+  timespec until = {};
+  clock_gettime(CLOCK_REALTIME, &until);
+  until.tv_nsec += std::chrono::nanoseconds(kGlance).count();
+  until.tv_sec += until.tv_nsec / 1000000000;
+  until.tv_nsec %= 1000000000;
+  return pthread_mutex_timedlock(mutex, &until);
+}
+
+int lockWatched(pthread_mutex_t* mutex) {
+  const OnWait onWait = g_onWait;
+  const auto known = onWait ? mutexes().find(mutex) : mutexes().end();
+  if (known == mutexes().end() || t_reporting) return g_lock(mutex);
+  Watched& watched = known->second;
+  {
+    const Stack here = Stack::here();
+    const std::lock_guard<std::mutex> lock(g_waitsMutex);
+    t_self = {&watched, here, Clock::now()};
+  }
+  int result = 0;
+  do {
+    if (Wait wait; givesUp(wait)) {
+      t_reporting = true;
+      onWait(wait);
+      t_reporting = false;
+      return EDEADLK;
+    }
+    result = lockForAWhile(mutex);
+  } while (result == ETIMEDOUT);
+  const std::lock_guard<std::mutex> lock(g_waitsMutex);
+  t_self.wants = nullptr;
+  if (result == 0) {
+    watched.holder = &t_self;
+    watched.taken = t_self.asked;
+  }
   return result;
 }
 
 int unlockWatched(pthread_mutex_t* mutex) {
-  for (auto held = t_held.begin(); held != t_held.end(); ++held) {
-    if (held->mutex != mutex) continue;
-    t_held.erase(held);
-    break;
+  if (const auto known = mutexes().find(mutex); known != mutexes().end()) {
+    const std::lock_guard<std::mutex> lock(g_waitsMutex);
+    known->second.holder = nullptr;
   }
   return g_unlock(mutex);
 }
@@ -72,7 +138,7 @@ void findMutexes() {
       const std::string symbol =
           "_ZN" + part("VornDeviceAbstractionLayer") + part(adapter) + part(member) + "E";
       if (const void* const mutex = dlsym(RTLD_DEFAULT, symbol.c_str()))
-        mutexes()[mutex] = std::string(adapter) + "::" + member;
+        mutexes()[mutex].name = std::string(adapter) + "::" + member;
     }
   }
 }
@@ -166,9 +232,9 @@ bool install() {
 
 }  // namespace
 
-void watchLocks(OnReentry onReentry) {
+void watchLocks(OnWait onWait) {
   static const bool installed = install();
-  if (installed) g_onReentry = onReentry;
+  if (installed) g_onWait = onWait;
 }
 
 }  // namespace vorn_testing

@@ -13,8 +13,12 @@
 #include <vorn_testing/FakeAssistant.h>
 #include <vorn_testing/RecordingHost.h>
 
+#include <algorithm>
 #include <csignal>
+#include <future>
+#include <mutex>
 #include <system_error>
+#include <thread>
 
 using namespace VornDeviceAbstractionLayer;
 using vorn_testing::DoctorHost;
@@ -75,6 +79,13 @@ std::vector<Way> ways() {
   return all;
 }
 
+/// Whether the stack names a function of the library.
+bool names(const std::vector<std::string>& stack) {
+  return std::any_of(stack.begin(), stack.end(), [](const std::string& line) {
+    return line.find("VornDeviceAbstractionLayer::Vorn") == 0;
+  });
+}
+
 class ADeadlock : public testing::TestWithParam<Way> {
  protected:
   static void shutdown() {
@@ -102,8 +113,8 @@ TEST_P(ADeadlock, IsReportedAndEndsTheCallInstead) {
   }
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_NE(findings[0].message.find(GetParam().mutex), std::string::npos) << findings[0].message;
-  EXPECT_TRUE(findings[0].rule == Finding::kReentry && !findings[0].here.empty() &&
-              !findings[0].before.empty());
+  EXPECT_EQ(findings[0].rule, Finding::kReentry);
+  EXPECT_TRUE(names(findings[0].here) && names(findings[0].before)) << describe(findings[0]);
 }
 
 TEST_P(ADeadlock, AbortsWithTheRuleWhenNobodyListens) {
@@ -111,6 +122,9 @@ TEST_P(ADeadlock, AbortsWithTheRuleWhenNobodyListens) {
     DoctorHost doctor(behind);
     run(doctor);
   };
+#ifdef VORN_EMULATED
+  GTEST_SKIP() << "qemu-user does not end a process that aborts";
+#endif
   EXPECT_EXIT(die(), testing::KilledBySignal(SIGABRT),
               "asks for " + GetParam().mutex + ".*\n  rule: A locked operation");
 }
@@ -156,6 +170,72 @@ TEST_F(TheDoctor, IsSilentWhenAHostUsesAnotherAdapterOrAnUnlockedOperation) {
   VornDeviceInfo::Shutdown();
   VornGUIOutput::Shutdown();
   EXPECT_TRUE(findings.empty());
+}
+
+class TwoThreads : public testing::Test {
+ protected:
+  using Event = std::promise<void>;
+  static void wait(Event& event) { event.get_future().wait(); }
+  static int refused(const std::function<void()>& call) {
+    try {
+      call();
+      return 0;
+    } catch (const std::system_error&) {
+      return 1;
+    }
+  }
+
+  std::mutex mutex;
+  std::vector<Finding> findings;
+  vorn_testing::RecordingHost behind;
+  DoctorHost doctor{behind, [this](const Finding& finding) {
+                      const std::lock_guard<std::mutex> lock(mutex);
+                      findings.push_back(finding);
+                    }};
+};
+
+TEST_F(TwoThreads, AreToldWhenEachHoldsWhatTheOtherWants) {
+  const auto info = VornDeviceInfo::CreateInstance(doctor);
+  const auto gui = VornGUIOutput::CreateInstance(doctor);
+  Event askedVolume, clearsCard;
+  behind.recorder->onCall([&](const vorn_testing::Call& call) {
+    if (call.operation == "getVolume") askedVolume.set_value(), wait(clearsCard), gui->renderGUICard("");
+    if (call.operation == "clearGUICard") clearsCard.set_value(), wait(askedVolume), info->getMuteStatus();
+  });
+  auto first = std::async(std::launch::async, [&] { return refused([&] { info->getVolume(); }); });
+  const int second = refused([&] { gui->clearGUICard(); });
+  EXPECT_EQ(first.get() + second, 1) << "one is refused, the other gets what it wants";
+  VornDeviceInfo::Shutdown(), VornGUIOutput::Shutdown();
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(findings[0].rule, Finding::kLockOrder);
+  EXPECT_TRUE(names(findings[0].here) && names(findings[0].before)) << describe(findings[0]);
+}
+
+TEST_F(TwoThreads, AreToldWhenMessagesOfBothDirectionsWaitForEachOther) {
+  vorn_testing::FakeAssistant assistant;
+  const auto messaging = VornAppMessaging::CreateInstance(doctor);
+  Event downHolds, upHolds;
+  behind.recorder->onCall([&](const vorn_testing::Call&) {
+    downHolds.set_value(), wait(upHolds);
+    messaging->SendMessageToxApp("answer", "", "");
+  });
+  int refusals = 0;
+  assistant.recorder->onCall([&](const vorn_testing::Call& call) {
+    if (call.signature() != "SendMessageToxApp(question, , )") return;
+    upHolds.set_value();
+    const auto third = [&] { return refused([&] { messaging->sendAppMessage("", "", ""); }); };
+    refusals = std::async(std::launch::async, third).get();
+  });
+  std::thread down([&] { messaging->sendAppMessage("", "", ""); });
+  wait(downHolds);
+  messaging->SendMessageToxApp("question", "", "");
+  down.join();
+  VornAppMessaging::Shutdown();
+  EXPECT_EQ(refusals, 1);
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(
+      findings[0].message,
+      "This thread asks for VornAppMessaging::m_mutex, whose holder waits for VornAppMessaging::m_dalMutex.");
 }
 
 struct CallingPlayer : VornDalMediaPlayerInterfaceImpl {

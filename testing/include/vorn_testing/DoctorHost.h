@@ -14,14 +14,16 @@ namespace vorn_testing {
 
 /// A rule of the library that was broken, and where.
 struct Finding {
+  /// The rules.
   enum Rule {
     kReentry,        ///< A mutex of the library was asked for by the thread that holds it.
+    kLockOrder,      ///< Threads inside the library wait for each other.
     kHostDestroyed,  ///< A host went while adapters or calls still needed it.
     kNullPlayer,     ///< getEMPAdapter() answered null.
     kNotLive,        ///< An adapter was used before its creation or after its shutdown.
     kReferenceKept,  ///< The host touched an argument of a call that had ended.
   };
-  Rule rule;
+  Rule rule;                        ///< Which one.
   std::string message;              ///< What happened, in one sentence.
   std::vector<std::string> here;    ///< The stack that broke the rule, innermost first.
   std::vector<std::string> before;  ///< The stack that it collides with; empty when there is none.
@@ -33,14 +35,15 @@ const char* ruleText(Finding::Rule rule);
 /// The whole finding as it is printed.
 std::string describe(const Finding& finding);
 
-/// A host for debug builds: hands everything on to another, which is borrowed, and reports at once what would
-/// otherwise freeze or crash the device later.
+/// A host for debug builds: hands everything on to another, which is borrowed, and reports what would otherwise
+/// freeze or crash the device: at once, or after half a second where only waiting shows it (kLockOrder).
 ///
 /// Make one around your host and hand it to every CreateInstance(). While one lives, the library's own calls of
-/// pthread_mutex_lock() are watched; nothing else in the process is. A thread that would wait for itself gets
-/// std::system_error from the adapter instead, so the process goes on. Arguments that come by reference are
-/// lent as copies, except CommsStateInfo; they become unreachable when the call returns, and a touch is reported
-/// and let through. Texts longer than a std::string holds in itself escape that.
+/// pthread_mutex_lock() are watched; nothing else in the process is. A thread that would wait for itself, directly or
+/// through others, gets std::system_error from the adapter instead, so the process goes on. Arguments that come by
+/// reference are lent as copies, except CommsStateInfo, whose members are not known here; they become unreachable when
+/// the call returns, and a touch is reported and let through. Of the last 256, that is, and of the argument itself:
+/// a pointer kept into a long text's characters goes unnoticed.
 ///
 /// Stacks name functions of programs that are linked with -rdynamic.
 class DoctorHost : public ForwardingHost {
