@@ -62,6 +62,9 @@ class Invocation {
   /// Calls an object of the row's adapter, texts by value moved in.
   virtual void make(void* object) = 0;
 
+  /// Runs when the operation has returned, before anything is rendered.
+  std::function<void()> returned = [] {};
+
   Outcome outcome;
 };
 

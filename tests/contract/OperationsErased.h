@@ -132,8 +132,11 @@ class Call final : public Invocation {
     };
     if constexpr (std::is_void_v<Result>) {
       std::apply(call, m_arguments);
+      returned();
     } else {
-      outcome.result = render(std::apply(call, m_arguments));
+      const Result result = std::apply(call, m_arguments);
+      returned();
+      outcome.result = render(result);
     }
     outcome.afterwards = rendered();
   }

@@ -2,48 +2,20 @@
 // interfaces is left out.
 
 #include <algorithm>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <sstream>
 
 #include "operations_param.h"
+#include "reference.h"
 
 namespace {
 
 using namespace operations;
-using Fields = std::map<std::string, std::string>;
-using Texts = std::vector<std::string>;
-
-Texts split(const std::string& text, const std::string& separator) {
-  Texts parts;
-  std::size_t begin = 0;
-  for (std::size_t end; (end = text.find(separator, begin)) != std::string::npos;
-       begin = end + separator.size())
-    parts.push_back(text.substr(begin, end - begin));
-  parts.push_back(text.substr(begin));
-  return parts;
-}
-
-/// The lines of the file by "adapter::operation".
-const std::map<std::string, Fields>& reference() {
-  static const auto all = [] {
-    std::map<std::string, Fields> lines;
-    std::ifstream file(VORN_SOURCE_DIR "/docs/operations.tsv");
-    std::string line;
-    std::getline(file, line);
-    const Texts names = split(line, "\t");
-    while (std::getline(file, line)) {
-      const Texts values = split(line, "\t");
-      Fields fields;
-      for (std::size_t i = 0; i < names.size() && i < values.size(); ++i) fields[names[i]] = values[i];
-      EXPECT_EQ(values.size(), names.size()) << line;
-      EXPECT_TRUE(lines.emplace(fields["adapter"] + "::" + fields["operation"], fields).second) << line;
-    }
-    return lines;
-  }();
-  return all;
-}
+using reference::byName;
+using reference::Fields;
+using reference::split;
+using reference::Texts;
 
 /// Whether a line is one of the pattern, in which "{name}" stands for any text that no blank begins.
 bool matches(const std::string& pattern, const std::string& line) {
@@ -63,8 +35,8 @@ class Reference : public testing::TestWithParam<Row> {
  protected:
   /// The line of the file; its fields are empty when it has none.
   Fields fields() const {
-    const auto found = reference().find(GetParam().name());
-    return found == reference().end() ? Fields{} : found->second;
+    const auto found = byName().find(GetParam().name());
+    return found == byName().end() ? Fields{} : found->second;
   }
 };
 
@@ -73,6 +45,11 @@ TEST_P(Reference, TellsDirectionAndLock) {
       {Guard::kUnlocked, "unlocked"}, {Guard::kMutex, "m_mutex"}, {Guard::kDalMutex, "m_dalMutex"}};
   EXPECT_EQ(fields()["direction"], GetParam().direction == Direction::kDown ? "down" : "up");
   EXPECT_EQ(fields()["lock"], locks.at(GetParam().guard));
+}
+
+TEST_P(Reference, TellsWhoseThreadsCall) {
+  const std::string side = GetParam().direction == Direction::kDown ? "assistant" : "firmware";
+  EXPECT_EQ(fields()["caller"], GetParam().keepsAssistant ? side + ", one thread" : side);
 }
 
 TEST_P(Reference, TellsWhatIsReached) {
@@ -110,7 +87,7 @@ TEST_P(Reference, TellsTheLines) {
 INSTANTIATE_TEST_SUITE_P(Table, Reference, testing::ValuesIn(rows()), nameOf);
 
 TEST(TheReference, NamesNoOtherOperationOfTheseAdapters) {
-  for (const auto& entry : reference()) {
+  for (const auto& entry : byName()) {
     const auto& [name, fields] = entry;
     const auto named = [&entry](const auto& known) { return known.name() == entry.first; };
     const auto ours = [&entry](const Adapter& adapter) { return adapter.name == entry.second.at("adapter"); };
@@ -122,8 +99,8 @@ TEST(TheReference, NamesNoOtherOperationOfTheseAdapters) {
 
 TEST(TheReference, TellsTheLinesOfTheLifecycle) {
   const auto told = [](const Adapter& adapter, const std::string& operation) {
-    const auto found = reference().find(adapter.name + "::" + operation);
-    return found == reference().end() ? std::string("-") : found->second.at("logs");
+    const auto found = byName().find(adapter.name + "::" + operation);
+    return found == byName().end() ? std::string("-") : found->second.at("logs");
   };
   for (const Adapter& adapter : adapters()) {
     Texts create;
@@ -136,6 +113,14 @@ TEST(TheReference, TellsTheLinesOfTheLifecycle) {
     EXPECT_EQ(told(adapter, adapter.name + "(VornDALImplIF&)"), one(adapter.constructLines));
     EXPECT_EQ(told(adapter, "getInstance()"), one(adapter.getLines));
     EXPECT_EQ(told(adapter, "Shutdown()"), "-");
+  }
+}
+
+TEST(TheReference, TellsWhoseThreadsCreateFetchAndShutDown) {
+  for (const auto& [name, fields] : byName()) {
+    if (fields.at("direction") != "life") continue;
+    const bool fetches = fields.at("operation") == "getInstance()";
+    EXPECT_EQ(fields.at("caller"), fetches ? "any" : "firmware") << name;
   }
 }
 
