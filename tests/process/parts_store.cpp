@@ -68,11 +68,11 @@ TEST_F(StoreTest, LosesNoAcknowledgedWriteWhenItsProcessIsKilled) {
   if (writer == 0) {
     Store store(kFile);
     store.open();
-    for (char i = 0; store.write({{std::to_string(i), "value"}}); ++i)
+    for (signed char i = 0; store.write({{std::to_string(i), "value"}}); ++i)
       if (::write(acknowledged[1], &i, 1) != 1) _exit(1);
     _exit(1);
   }
-  char last = -1;
+  signed char last = -1;
   while (last < 20 && ::read(acknowledged[0], &last, 1) == 1) continue;
   kill(writer, SIGKILL);
   waitpid(writer, nullptr, 0);
