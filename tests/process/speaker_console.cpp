@@ -59,7 +59,9 @@ class Terminal : public SpeakerProgram {
     ASSERT_GE(m_child, 0);
     if (m_child == 0) {
       setenv("TERM", "dumb", 1);
-      execl(VORN_SPEAKER_PROGRAM, "vorn-speaker", "--state", kFolder, "console", static_cast<char*>(nullptr));
+      const std::string command =
+          std::string("exec " VORN_SPEAKER_PROGRAM " --state ") + kFolder + " console";
+      execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
       _exit(127);
     }
     ASSERT_TRUE(shows("speaker> "));
