@@ -1,0 +1,28 @@
+#pragma once
+
+#include <vector>
+
+#include "Operations.h"
+#include "Trial.h"
+
+namespace vorn_testing::checks {
+
+using Checks = std::vector<Check>;
+
+/// The operation of VornDALImplIF in that slot.
+const Operation& hostOperation(int slot);
+
+/// A check of one operation; its id ends with `name`.
+Check checkOf(const Operation& operation, const std::string& name, const std::string& rule,
+              const std::string& remedy, std::function<void(Trial&)> run);
+
+/// What every operation promises, whatever it is for.
+void addCallChecks(Checks& checks);
+/// That the store keeps what it is given: slots 25 to 29.
+void addStoreChecks(Checks& checks);
+/// That settings, volume and mute are what they were set to.
+void addSettingChecks(Checks& checks);
+/// That there is a player, and that the host can be destroyed.
+void addLifeChecks(Checks& checks);
+
+}  // namespace vorn_testing::checks

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Sample.h"
+#include "Trial.h"
+
+namespace vorn_testing::checks {
+
+/// One call, ready to be made.
+struct Prepared {
+  std::string shown;                          ///< "onSetVolume(1)".
+  std::function<Texts(Host&, Player*)> make;  ///< Calls the host itself; returns the texts of the answer.
+  std::function<void(Host&)> makeThrough;     ///< Calls through the adapter; for locked operations only.
+  std::function<void()> revoke;  ///< Ends the arguments: from now on a look at them ends the process.
+};
+
+/// One operation of the host or of its player.
+struct Operation {
+  std::string name;
+  int slot;
+  std::string adapter;      ///< The class that calls it.
+  bool ofPlayer = false;    ///< Whether it is VornEMPAdapterIF's.
+  bool locked = false;      ///< Whether the adapter's mutex is held.
+  bool takesTexts = false;  ///< Whether an argument is a text, or made of texts.
+  bool takesNumbers = false;
+  bool answersTexts = false;
+  std::function<Prepared(Given, int which)> prepare;
+
+  /// "VornDALImplIF/13/getVolume".
+  std::string place() const;
+};
+
+/// All 64 and 16 of them, by slot.
+const std::vector<Operation>& operations();
+
+/// Prepares a call and makes it.
+Texts call(Trial& trial, const Operation& operation, Given given, int which);
+Texts call(Trial& trial, const Operation& operation, const Prepared& prepared);
+
+/// Calls the other operations of the same adapter plainly; what they throw is not looked at.
+void callOthers(Trial& trial, const Operation& operation);
+
+}  // namespace vorn_testing::checks

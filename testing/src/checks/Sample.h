@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "Spelling.h"
+
+namespace vorn_testing::checks {
+
+/// What kind of arguments an operation is given.
+enum class Given {
+  kPlain,    ///< What an assistant client sends on a good day.
+  kEmpty,    ///< Empty texts, lists and maps.
+  kLarge,    ///< A mebibyte of text, ten thousand entries, the largest numbers.
+  kHostile,  ///< Bytes and numbers that nobody expects.
+  kLent      ///< Plain, and too long for a text to hold without a buffer.
+};
+
+/// How many samples of a kind there are.
+inline int samples(Given given) { return given == Given::kHostile ? 6 : given == Given::kLent ? 1 : 2; }
+
+/// The arguments themselves, by type; `which` counts from 0 and wraps round.
+template <class Value>
+struct Sample;
+
+template <>
+struct Sample<std::string> {
+  static std::string make(Given given, int which) {
+    static const std::string kHostile[] = {"\xff\xfe\xc0\x80",
+                                           std::string("\0vorn\0conformance\0", 18),
+                                           "%s%n%1000000d%n",
+                                           "../vorn-conformance/../\r\n\x1b[2J",
+                                           "'; DROP TABLE \"x\"; -- <![CDATA[ {\"a\":[[[[ $(false) `false`",
+                                           "\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82"};
+    switch (given) {
+      case Given::kPlain:
+        return which % 2 ? "Z\xc3\xbcrich \xe9\x9f\xb3\xe6\xa5\xbd" : "vorn-conformance";
+      case Given::kEmpty:
+        return "";
+      case Given::kLarge:
+        return std::string(1 << 20, which % 2 ? '0' : 'a');
+      case Given::kHostile:
+        return kHostile[which % 6];
+      case Given::kLent:
+        return std::string(2000, 'l');
+    }
+    return "";
+  }
+};
+
+template <>
+struct Sample<Texts> {
+  static Texts make(Given given, int which) {
+    const std::string text = Sample<std::string>::make(given, which);
+    if (given == Given::kEmpty && which % 2 == 0) return {};
+    if (given == Given::kLarge && which % 2 == 0) return Texts(10000, "vorn-conformance");
+    return given == Given::kEmpty ? Texts{text} : Texts{text, text};
+  }
+};
+
+template <>
+struct Sample<Entries> {
+  static Entries make(Given given, int which) {
+    const std::string text = Sample<std::string>::make(given, which);
+    if (given == Given::kEmpty && which % 2 == 0) return {};
+    if (given != Given::kLarge || which % 2) return {{text, text}};
+    Entries entries;
+    for (int i = 0; i < 10000; ++i) entries["vorn-conformance " + std::to_string(i)] = "large";
+    return entries;
+  }
+};
+
+template <>
+struct Sample<CommsStateInfo> {
+  static CommsStateInfo make(Given given, int which) {
+    CommsStateInfo info;
+    info.state = Sample<std::string>::make(given, which);
+    return info;
+  }
+};
+
+template <>
+struct Sample<bool> {
+  static bool make(Given, int which) { return which % 2 == 0; }
+};
+
+/// Whole numbers.
+template <class Number>
+struct Sample {
+  static Number make(Given given, int which) {
+    using Limits = std::numeric_limits<Number>;
+    switch (given) {
+      case Given::kLarge:
+        return which % 2 ? Limits::max() : static_cast<Number>(Limits::max() - 1);
+      case Given::kHostile:
+        return which % 2 ? Number{-1} : Limits::min();
+      case Given::kEmpty:
+        return 0;
+      default:
+        return static_cast<Number>(1 - which % 2);
+    }
+  }
+};
+
+template <>
+struct Sample<double> {
+  static double make(Given given, int which) {
+    using Limits = std::numeric_limits<double>;
+    static const double kHostile[] = {
+        Limits::quiet_NaN(), -Limits::infinity(), Limits::lowest(), -0.0, Limits::denorm_min(), -1};
+    if (given == Given::kLarge) return which % 2 ? Limits::infinity() : Limits::max();
+    if (given == Given::kHostile) return kHostile[which % 6];
+    return 0.5 * (which % 2);
+  }
+};
+
+template <>
+struct Sample<std::chrono::milliseconds> {
+  static std::chrono::milliseconds make(Given given, int which) {
+    return std::chrono::milliseconds(Sample<std::chrono::milliseconds::rep>::make(given, which));
+  }
+};
+
+}  // namespace vorn_testing::checks

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <vorn_testing/HostChecks.h>
+#include <vorn_testing/MemoryHost.h>
+
+#include <set>
+
+/// Hosts with one fault each, and the checks of that operation that must tell.
+namespace hostkit {
+
+using Names = std::set<std::string>;
+using Result = std::pair<bool, std::string>;
+using Texts = std::vector<std::string>;
+using Entries = std::map<std::string, std::string>;
+using Milliseconds = std::chrono::milliseconds;
+using vorn_testing::MemoryHost;
+using vorn_testing::MemoryPlayer;
+using VornDeviceAbstractionLayer::VornEMPAdapterIF;
+
+struct Fault {
+  std::string name;
+  std::string operation;  ///< "VornDALImplIF/13/getVolume".
+  Names broken;           ///< The checks of that operation that must be broken; all others must not.
+  vorn_testing::HostMaker maker;
+  vorn_testing::HostDemands demands{};
+};
+
+inline void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
+
+template <class Host>
+Fault fault(const std::string& name, const std::string& operation, Names broken) {
+  return {name, operation, std::move(broken), [] { return std::make_shared<Host>(); }};
+}
+
+/// A host whose player is faulty.
+template <class Player>
+struct WithPlayer : MemoryHost {
+  VornEMPAdapterIF* getEMPAdapter() override { return &faulty; }
+  Player faulty;
+};
+
+class AFaultyHost : public testing::TestWithParam<Fault> {
+ protected:
+  /// The checks that came out broken: those of the operation by name, any other by id. Where processes are slow
+  /// to make, those of the operation alone are run.
+  static Names broken(const Fault& fault) {
+    Names names;
+    for (const auto& check : vorn_testing::hostChecks()) {
+      const bool own = check.id.compare(0, fault.operation.size() + 1, fault.operation + "/") == 0;
+      if (!own && VORN_SLOW_PROCESSES) continue;
+      const auto verdict = vorn_testing::runHostCheck(check, fault.maker, fault.demands);
+      if (verdict.kind == vorn_testing::HostVerdict::kBroken)
+        names.insert(own ? check.id.substr(fault.operation.size() + 1) : check.id);
+      EXPECT_EQ(verdict.kind == vorn_testing::HostVerdict::kKept, verdict.detail.empty()) << check.id;
+    }
+    return names;
+  }
+};
+
+}  // namespace hostkit
