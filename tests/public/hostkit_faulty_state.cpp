@@ -51,6 +51,12 @@ struct ReadsAnything : MemoryHost {
     return found.empty() ? Entries{{key, ""}} : found;
   }
 };
+struct ReadsOnOneThread : MemoryHost {
+  std::thread::id made = std::this_thread::get_id();
+  Entries readKeyValue(const std::string& key) override {
+    return made == std::this_thread::get_id() ? MemoryHost::readKeyValue(key) : Entries();
+  }
+};
 struct KeysWithoutCase : MemoryHost {
   static std::string lower(std::string key) {
     std::transform(key.begin(), key.end(), key.begin(), [](char c) { return c == 'V' ? 'v' : c; });
@@ -166,6 +172,12 @@ struct RemovesByPrefix : MemoryHost {
 };
 struct ClearsNothing : MemoryHost {
   bool clear() override { return true; }
+};
+
+struct ClearCloses : MemoryHost {
+  std::atomic<bool> closed{false};
+  bool clear() override { return closed = MemoryHost::clear(); }
+  bool writeKeyValue(Entries entries) override { return closed || MemoryHost::writeKeyValue(entries); }
 };
 
 /// A store in a file, written on every change but those of one kind, and at the end.
@@ -292,6 +304,7 @@ std::vector<Fault> faults() {
       fault<ReadsNothing>("ReadsNothing", kRead, {"reads-written"}),
       fault<ReadsOnce>("ReadsOnce", kRead, {"reads-again"}),
       fault<ReadsAnything>("ReadsAnything", kRead, {"invents-nothing"}),
+      fault<ReadsOnOneThread>("ReadsOnOneThread", kRead, {"any-thread"}),
       fault<KeysWithoutCase>("KeysWithoutCase", kRead, {"keys-apart"}),
       fault<NeverReplaces>("NeverReplaces", kWrite, {"replaces"}),
       fault<ReplacesAll>("ReplacesAll", kWrite, {"leaves-others"}),
@@ -309,11 +322,12 @@ std::vector<Fault> faults() {
       fault<StopsAtAbsent>("StopsAtAbsent", kRemove, {"past-absent"}),
       fault<RemovesAllOnEmpty>("RemovesAllOnEmpty", kRemove, {"empty-list"}),
       fault<RemovesByPrefix>("RemovesByPrefix", kRemove, {"leaves-others"}),
+      fault<ClearCloses>("ClearCloses", kClear, {"usable"}),
       fault<ClearsNothing>("ClearsNothing", kClear, {"clears"}),
       fault<FileHost<Late::kWriting>>("SavesWritesAtTheEnd", kWrite, {"killed"}),
       fault<FileHost<Late::kRemoving>>("SavesRemovalsAtTheEnd", kRemove, {"killed"}),
       fault<FileHost<Late::kClearing>>("SavesClearingAtTheEnd", kClear, {"killed"}),
-      fault<MemoryHost>("SaidToBeDurable", kWrite, {"killed", "new-host"}),
+      fault<MemoryHost>("SaidToBeDurable", kWrite, {"new-host"}),
       fault<SettingForgotten>("SettingForgotten", kSet, {"reported"}),
       fault<SettingOneBehind>("SettingOneBehind", kSet, {"last-reported"}),
       fault<SettingForAll>("SettingForAll", kSet, {"apart"}),

@@ -25,8 +25,7 @@ using HostMaker = std::function<std::shared_ptr<VornDeviceAbstractionLayer::Vorn
 
 /// What else a team asks of its host, and what the checks may use of it.
 struct HostDemands {
-  /// Whether what was stored must survive a new host and a killed process. A new host must find the store of
-  /// the one before.
+  /// Whether what was stored must survive its host and its process, also one that is killed.
   bool durable = false;
 
   /// How long one call may take before it counts as not answering.

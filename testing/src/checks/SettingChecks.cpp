@@ -97,55 +97,63 @@ void leavesText(Trial& trial) {
   if (value != "untouched") trial.broken("getSystemSetting() answered false and wrote " + spelled(value));
 }
 
-/// Follows what the getter says while a directive is given and taken back.
+/// A directive, and how it is shown.
+struct Directive {
+  std::string shown;
+  std::function<Result(Host&)> give;
+};
+
+/// Follows what the getter says while a directive moves the value to `target`, and back.
 template <class Value>
-void follows(Trial& trial, const std::string& getter, const std::function<Value(Host&)>& get,
-             const std::function<std::pair<std::string, Result>(Host&, Value from, Value to)>& change,
-             const std::function<Value(Value)>& other) {
+void follows(Trial& trial, const std::string& getter, Value (Host::*get)(),
+             const std::function<Value(Value)>& target,
+             const std::function<Directive(Value from, Value to)>& directive) {
   Host& host = trial.host();
   const auto now = [&] {
     Value value{};
-    trial.ask(getter + "()", [&] { value = get(host); });
+    trial.ask(getter + "()", [&] { value = (host.*get)(); });
     return value;
   };
   const Value before = now();
-  const Value target = other(before);
   bool moved = false;
   Value from = before;
-  for (const Value to : {target, before}) {
-    std::pair<std::string, Result> answer;
-    trial.ask("the directive", [&] { answer = change(host, from, to); });
-    if (!answer.second.first)
-      trial.notAsked(answer.first + " answered {false, " + spelled(answer.second.second) + "}");
+  for (const Value to : {target(before), before}) {
+    const Directive given = directive(from, to);
+    Result answer;
+    trial.ask(given.shown, [&] { answer = given.give(host); });
+    if (!answer.first) trial.notAsked(given.shown + " answered {false, " + spelled(answer.second) + "}");
     const Value found = now();
     moved = moved || found != before;
-    // A host without a volume of its own answers the same whatever happens: nothing to follow.
-    if (found != to && (moved || to == before))
-      trial.broken(answer.first + " answered true, then " + getter + "() answered " + spelled(found) +
+    // Until it moves it may be of a host without any, which answers the same whatever happens.
+    if (moved && found != to)
+      trial.broken(given.shown + " answered true, then " + getter + "() answered " + spelled(found) +
                    " instead of " + spelled(to));
     from = to;
   }
   if (!moved) trial.notAsked(getter + "() answers " + spelled(before) + " whatever is set");
 }
 
-void volumeFollows(Trial& trial, bool adjust) {
-  follows<int>(
-      trial, "getVolume", [](Host& host) { return host.getVolume(); },
-      [adjust](Host& host, int from, int to) {
-        const int argument = adjust ? to - from : to;
-        return std::make_pair((adjust ? "onAdjustVolume(" : "onSetVolume(") + spelled(argument) + ")",
-                              adjust ? host.onAdjustVolume(argument) : host.onSetVolume(argument));
-      },
-      [](int volume) { return volume > 0 ? volume - 1 : volume + 1; });
+int nextTo(int volume) { return volume > 0 ? volume - 1 : volume + 1; }
+
+void setVolumeFollows(Trial& trial) {
+  follows<int>(trial, "getVolume", &Host::getVolume, nextTo, [](int, int to) {
+    return Directive{"onSetVolume(" + spelled(to) + ")", [to](Host& host) { return host.onSetVolume(to); }};
+  });
+}
+
+void adjustVolumeFollows(Trial& trial) {
+  follows<int>(trial, "getVolume", &Host::getVolume, nextTo, [](int from, int to) {
+    return Directive{"onAdjustVolume(" + spelled(to - from) + ")",
+                     [from, to](Host& host) { return host.onAdjustVolume(to - from); }};
+  });
 }
 
 void muteFollows(Trial& trial) {
   follows<bool>(
-      trial, "getMuteStatus", [](Host& host) { return host.getMuteStatus(); },
-      [](Host& host, bool, bool to) {
-        return std::make_pair("onMute(" + spelled(to) + ")", host.onMute(to));
-      },
-      [](bool muted) { return !muted; });
+      trial, "getMuteStatus", &Host::getMuteStatus, [](bool muted) { return !muted; },
+      [](bool, bool to) {
+        return Directive{"onMute(" + spelled(to) + ")", [to](Host& host) { return host.onMute(to); }};
+      });
 }
 
 }  // namespace
@@ -169,9 +177,9 @@ void addSettingChecks(Checks& checks) {
 
   const char* const kFollow = "Change what the getter reports before you answer true, or answer false.";
   add(kSetVolume, "reported", "A volume that was set is the volume that getVolume() reports.", kFollow,
-      [](Trial& trial) { volumeFollows(trial, false); });
+      setVolumeFollows);
   add(kAdjustVolume, "reported", "A volume is moved by so much, and getVolume() reports it.", kFollow,
-      [](Trial& trial) { volumeFollows(trial, true); });
+      adjustVolumeFollows);
   add(kMute, "reported", "getMuteStatus() reports what was set.", kFollow, muteFollows);
 }
 

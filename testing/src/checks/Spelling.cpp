@@ -7,7 +7,8 @@ namespace vorn_testing::checks {
 
 namespace {
 
-constexpr std::size_t kShown = 40;
+/// A text up to this long is shown whole, a longer one by its beginning.
+constexpr std::size_t kWhole = 60, kBeginning = 20;
 
 /// How many bytes the character at `position` has, or 0 when it is none.
 std::size_t characterAt(const std::string& text, std::size_t position) {
@@ -31,8 +32,9 @@ std::size_t characterAt(const std::string& text, std::size_t position) {
 
 std::string spelled(const std::string& text) {
   std::string line = "\"";
+  const std::size_t end = text.size() > kWhole ? kBeginning : text.size();
   std::size_t position = 0;
-  while (position < text.size() && position < kShown) {
+  while (position < end) {
     const std::size_t size = characterAt(text, position);
     const auto byte = static_cast<unsigned char>(text[position]);
     if (size == 0 || byte < 0x20 || byte == 0x7f) {

@@ -103,18 +103,54 @@ void demandDurable(Trial& trial) {
   if (!trial.demands.durable) trial.notAsked("durability is not demanded (HostDemands::durable, --durable)");
 }
 
-/// Does `change` to a store that a host before has filled, in a process that is killed; then looks with a new host.
-void killed(Trial& trial, const std::function<void(const Store&)>& change,
-            const std::function<void(const Store&)>& look) {
+/// Fills a store in a process that ends after its host was destroyed. Returns the key that holds "before".
+std::string filledBefore(Trial& trial) {
   demandDurable(trial);
   std::string known = key("known");  // the same in every process
   trial.inKilledProcess([&] {
-    const Store store(trial);
-    store.presume({{known, "before"}});
+    Store(trial).presume({{known, "before"}});
     trial.destroy();
   });
-  trial.inKilledProcess([&] { change(Store(trial)); });
-  look(Store(trial));
+  return known;
+}
+
+void newHost(Trial& trial) {
+  const std::string known = filledBefore(trial);
+  Store(trial).expect(known, "before");
+}
+
+/// Changes a filled store in a process that is killed; then a host of this process looks.
+using Use = void (*)(const Store&, const std::string& known);
+
+void killed(Trial& trial, Use change, Use look) {
+  const std::string known = filledBefore(trial);
+  trial.inKilledProcess([&] {
+    const Store store(trial);
+    trial.presume("VornDALImplIF/27/writeKeyValue/new-host", [&] { store.expect(known, "before"); });
+    change(store, known);
+  });
+  look(Store(trial), known);
+}
+
+void writesThenKilled(Trial& trial) {
+  killed(
+      trial,
+      [](const Store& store, const std::string& known) {
+        store.write({{known, "after"}});
+      },
+      [](const Store& store, const std::string& known) { store.expect(known, "after"); });
+}
+
+void expectGone(const Store& store, const std::string& known) { store.expectNone(known); }
+
+void removesThenKilled(Trial& trial) {
+  killed(
+      trial, [](const Store& store, const std::string& known) { store.remove({known}); }, expectGone);
+}
+
+void clearsThenKilled(Trial& trial) {
+  killed(
+      trial, [](const Store& store, const std::string&) { store.clear(); }, expectGone);
 }
 
 // ---- readKeyValue ----
@@ -202,13 +238,6 @@ void writesFromThreads(Trial& trial) {
   for (int thread = 0; thread < 4; ++thread) {
     for (int i = 0; i < 25; ++i) store.expect(keyOf(thread, i), "1");
   }
-}
-
-void newHost(Trial& trial) {
-  demandDurable(trial);
-  Store(trial).presume({{key("a"), "1"}});
-  trial.destroy();
-  Store(trial).expect(key("a"), "1");
 }
 
 // ---- open ----
@@ -343,17 +372,9 @@ void addStoreChecks(Checks& checks) {
       many);
   add(kWrite, "threads", "What several threads write at once is all stored.",
       "Hold one mutex from reading the store to writing it back.", writesFromThreads);
-  add(kWrite, "new-host", "What was stored is there for the next host.",
-      "Keep the store outside of the object, and find it again.", newHost);
-  add(kWrite, "killed", "What was stored is there after the process was killed.", kDurable, [](Trial& trial) {
-    const std::string a = key("a");
-    killed(
-        trial,
-        [&](const Store& store) {
-          store.write({{a, "1"}});
-        },
-        [&](const Store& store) { store.expect(a, "1"); });
-  });
+  add(kWrite, "new-host", "What was stored is there for the host of the next process.",
+      "Keep the store in a file, and find it again when a host is made or opened.", newHost);
+  add(kWrite, "killed", "What was stored is there after the process was killed.", kDurable, writesThenKilled);
 
   add(kRemove, "removes", "A key that was removed is not read any more.",
       "Answer false when you do not remove.", removes);
@@ -365,22 +386,12 @@ void addStoreChecks(Checks& checks) {
   add(kRemove, "empty-list", "Removing an empty list changes nothing.", "Do not take an empty list for all.",
       emptyList);
   add(kRemove, "killed", "What was removed is gone after the process was killed.", kDurable,
-      [](Trial& trial) {
-        const std::string known = key("known");
-        killed(
-            trial, [&](const Store& store) { store.remove({known}); },
-            [&](const Store& store) { store.expectNone(known); });
-      });
+      removesThenKilled);
 
   add(kClear, "clears", "After clearing nothing is left.", "Answer false when you do not clear.", clears);
   add(kClear, "usable", "A store that was cleared can be used at once.", "Leave the store open.",
       usableWhenCleared);
-  add(kClear, "killed", "What was cleared is gone after the process was killed.", kDurable, [](Trial& trial) {
-    const std::string known = key("known");
-    killed(
-        trial, [&](const Store& store) { store.clear(); },
-        [&](const Store& store) { store.expectNone(known); });
-  });
+  add(kClear, "killed", "What was cleared is gone after the process was killed.", kDurable, clearsThenKilled);
 }
 
 }  // namespace vorn_testing::checks

@@ -16,6 +16,8 @@
 #include <typeinfo>
 #include <vector>
 
+#include "Spelling.h"
+
 namespace vorn_testing::checks {
 
 namespace {
@@ -74,7 +76,7 @@ void Trial::ask(const std::string& shown, const std::function<void()>& call) {
   } catch (const Outcome&) {
     throw;
   } catch (const std::exception& exception) {
-    broken(shown + " threw " + nameOf(exception) + ": " + exception.what());
+    broken(shown + " threw " + nameOf(exception) + ": " + spelled(std::string(exception.what())));
   } catch (...) {
     broken(shown + " threw what is no std::exception");
   }

@@ -28,7 +28,7 @@ void put(char (&target)[kSize], const std::string& text) {
 
 /// What the child tells the process that watches it, in memory that both see: it must survive the child.
 struct Report {
-  static constexpr std::size_t kText = 400;
+  static constexpr std::size_t kText = 1000;
   using Text = char[kText];
 
   /// A call on its way. `since` is 0 when free, else the start in nanoseconds of the steady clock.
