@@ -323,8 +323,10 @@ std::vector<Fault> faults() {
       fault<WithPlayer<PlaybackSurrogate>>("PlaybackSurrogate", kPlayer + "18/getPlaybackState", {"utf8"}),
       fault<SettingTooHigh>("SettingTooHigh", kHost + "22/getSystemSetting", {"utf8"}),
   };
+  // What hangs is waited for where it cannot be told otherwise.
   for (Fault& it : all) {
-    if (it.name == "StopHangs") it.demands.bound = std::chrono::milliseconds(200);
+    if (it.broken.count("stays-out")) it.demands.bound = std::chrono::seconds(5);
+    if (it.name == "StopHangs") it.demands.bound = std::chrono::milliseconds(500);
   }
   return all;
 }
