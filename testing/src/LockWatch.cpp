@@ -143,6 +143,9 @@ void findMutexes() {
   }
 }
 
+// The loader's tables hold addresses as numbers.
+// NOLINTBEGIN(performance-no-int-to-ptr)
+
 /// The library's place in memory and its dynamic section, which its loader entry tells.
 struct Image {
   const char* base = nullptr;
@@ -208,6 +211,7 @@ void redirectAll(const Image& image) {
         break;
     }
   }
+  if (!symbols || !names) return;
   for (int table = 0; table < 2; ++table) {
     const auto relocations = reinterpret_cast<const ElfW(Rela)*>(tables[table]);
     for (std::size_t i = 0; i < sizes[table] / sizeof(ElfW(Rela)); ++i) {
@@ -218,6 +222,8 @@ void redirectAll(const Image& image) {
     }
   }
 }
+
+// NOLINTEND(performance-no-int-to-ptr)
 
 bool install() {
   findMutexes();
