@@ -101,7 +101,8 @@ std::string upToNul(const std::string& value) { return value.c_str(); }
 std::string upTo64K(const std::string& value) { return value.substr(0, 65536); }
 std::string asciiOnly(const std::string& value) {
   std::string kept;
-  std::copy_if(value.begin(), value.end(), std::back_inserter(kept), [](unsigned char c) { return c < 0x80; });
+  std::copy_if(value.begin(), value.end(), std::back_inserter(kept),
+               [](unsigned char c) { return c < 0x80; });
   return kept;
 }
 
