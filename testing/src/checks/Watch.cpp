@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <system_error>
+#include <utility>
 
 #include "Trial.h"
 
@@ -74,11 +75,12 @@ bool waitsForItself(pid_t child) {
   return fields[2] == child && lineOf(process + "/syscall") == call;
 }
 
-/// The call that has been on its way for longest, or null.
-const Report::Busy* oldest(const Report& report) {
-  const Report::Busy* found = nullptr;
+/// The call that has been on its way for longest, or null, and since when. Read once: it may end at any moment.
+std::pair<const Report::Busy*, std::int64_t> oldest(const Report& report) {
+  std::pair<const Report::Busy*, std::int64_t> found(nullptr, 0);
   for (const Report::Busy& call : report.calls) {
-    if (call.since > 0 && (!found || call.since < found->since)) found = &call;
+    const std::int64_t since = call.since;
+    if (since > 0 && (!found.first || since < found.second)) found = {&call, since};
   }
   return found;
 }
@@ -105,8 +107,8 @@ std::string wait(pid_t child, int ends, const Report& report, std::chrono::milli
     stuck = waitsForItself(child) ? stuck + 1 : 0;
     if (stuck == 3) return "waits for a mutex that its own thread holds";
     const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
-    const Report::Busy* const call = oldest(report);
-    if (now - std::chrono::nanoseconds(call ? call->since : report.active) >
+    const auto [call, since] = oldest(report);
+    if (now - std::chrono::nanoseconds(call ? since : report.active.load()) >
         (call ? std::chrono::nanoseconds(bound) : kOwnBound))
       return "did not answer within " + seconds(call ? bound : kOwnBound);
   }
@@ -157,7 +159,7 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
       static_cast<HostVerdict::Kind>(report.verdict.load()), report.detail, report.made, report.slowestCall,
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(report.slowest))};
   if (reason.empty() && report.ended) return verdict;
-  const Report::Busy* const call = oldest(report);
+  const Report::Busy* const call = oldest(report).first;
   const std::string context = report.context, excuse = report.excuse;
   verdict.kind = excuse.empty() ? HostVerdict::kBroken : HostVerdict::kNotAsked;
   verdict.detail = (call ? call->call : "the host, outside of any call,") + std::string(" ") +
