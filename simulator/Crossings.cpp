@@ -14,6 +14,8 @@ namespace {
 
 thread_local const char* t_name = "main";
 thread_local std::vector<Crossing> t_open;
+thread_local const Crossing* t_innermost =
+    nullptr;  // For signal handlers, which must not be the first to touch t_open.
 
 /// Whether the first argument names the value that the others and the answer hold.
 bool isKeyed(const Crossing& crossing) {
@@ -54,7 +56,7 @@ void nameThread(const char* name) {
 
 const char* threadName() { return t_name; }
 
-const Crossing* openCall() { return t_open.empty() ? nullptr : &t_open.back(); }
+const Crossing* openCall() { return t_innermost; }
 
 std::string Crossing::signature() const {
   std::string line = operation + "(";
@@ -107,11 +109,14 @@ void Crossings::began(const vorn_testing::Call& call) {
   Crossing crossing = describe(call);
   const std::lock_guard<std::mutex> lock(m_mutex);
   crossing.number = ++m_calls;
+  t_innermost = nullptr;  // The others may move.
   t_open.push_back(crossing);
+  t_innermost = &t_open.back();
   for (Listener* listener : m_listeners) listener->began(crossing);
 }
 
 void Crossings::ended(const vorn_testing::Call& call) {
+  t_innermost = t_open.size() > 1 ? &t_open[t_open.size() - 2] : nullptr;
   Crossing crossing = std::move(t_open.back());
   t_open.pop_back();
   const auto now = std::chrono::steady_clock::now() - m_start;

@@ -44,8 +44,10 @@ void tellThisThread() {
 }
 
 void tellOnSignal(int) {
+  const int before = errno;
   tellThisThread();
   sem_post(&g_told);
+  errno = before;
 }
 
 /// Asks every other thread in turn; one that cannot answer within a second is passed over.
