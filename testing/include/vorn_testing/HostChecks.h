@@ -38,13 +38,14 @@ struct HostDemands {
 
 /// How a check came out.
 struct HostVerdict {
+  /// The ways to come out.
   enum Kind {
-    kKept,
-    kBroken,
+    kKept,     ///< The promise was kept.
+    kBroken,   ///< It was not; detail says what was seen.
     kNotAsked  ///< The host or the demands leave nothing to check; detail says why.
   };
 
-  Kind kind;
+  Kind kind;                          ///< Which of them.
   std::string detail;                 ///< What was seen; empty when kept.
   bool made;                          ///< Whether there was a host to check.
   std::string slowestCall;            ///< The call that took longest, as "getVolume()".
