@@ -3,6 +3,7 @@
 #include <DeviceAbstractionLayer/AuthorizationStates.h>
 #include <DeviceAbstractionLayer/OOBE.h>
 #include "VornDALImplIF.h"
+#include "internal/HotPath.h"
 #include "internal/Lifecycle.h"
 #include "internal/Trace.h"
 
@@ -19,6 +20,8 @@ constexpr char kAuthStatusLost[] =
     "void VornDeviceAbstractionLayer::VornOOBE::alexaAuthStatusChanged(std::string) m_instance is Null";
 constexpr char kInitiatedLost[] =
     "void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null";
+
+[[gnu::noinline, gnu::cold]] void traceInitiatedLost() { trace(kInitiatedLost); }
 
 /// Whether m_instance is filled, for guards without the lock.
 std::atomic<bool> liveFlag{false};
@@ -59,14 +62,14 @@ void VornOOBE::alexaAuthStatusChanged(std::string status) {
 
 // Up: fetched anew on every call, no lock, whether or not there is an instance.
 
-void VornOOBE::notifyOOBEInitiated() {
+VORN_NO_STACK_GUARD void VornOOBE::notifyOOBEInitiated() {
   if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
     assistant->notifyOOBEInitiated();
   else
-    trace(kInitiatedLost);
+    traceInitiatedLost();
 }
 
-void VornOOBE::notifyOOBECancelled() {
+VORN_NO_STACK_GUARD void VornOOBE::notifyOOBECancelled() {
   // No line when lost, unlike the start of setup.
   if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance()) assistant->notifyOOBECancelled();
 }
