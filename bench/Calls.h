@@ -2,6 +2,7 @@
 
 #include <DeviceAbstractionLayer/AudioIn.h>
 #include <DeviceAbstractionLayer/DeviceInfo.h>
+#include <DeviceAbstractionLayer/OOBE.h>
 #include <FileLogger.h>
 #include <VornAlexaState.h>
 #include <VornAttachmentReaderContainerFactory.h>
@@ -9,6 +10,7 @@
 #include <VornDeviceInfo.h>
 #include <VornLEDController.h>
 #include <VornLoggerObserver.h>
+#include <VornOOBE.h>
 #include <vorn_testing/NullHost.h>
 
 #include <functional>
@@ -41,6 +43,13 @@ class Calls {
         [&observer = m_observer, &text = m_text] { observer->onLogEmitted(text, text); });
     compare(
         "upward",
+        [] {
+          if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
+            assistant->notifyOOBECancelled();
+        },
+        [&oobe = m_oobe] { oobe->notifyOOBECancelled(); });
+    compare(
+        "upward-number",
         [] {
           if (const auto assistant = DeviceAbstractionLayer::DeviceInfo::getInstance())
             assistant->notifyVolumeChanged(1);
@@ -103,6 +112,8 @@ class Calls {
       VornDeviceAbstractionLayer::VornLoggerObserver::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceInfo> m_info =
       VornDeviceAbstractionLayer::VornDeviceInfo::CreateInstance(*m_host);
+  const std::shared_ptr<VornDeviceAbstractionLayer::VornOOBE> m_oobe =
+      VornDeviceAbstractionLayer::VornOOBE::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornAlexaState> m_alexaState =
       VornDeviceAbstractionLayer::VornAlexaState::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornLEDController> m_led =

@@ -2,6 +2,7 @@
 
 #include <DeviceAbstractionLayer/AudioIn.h>
 #include <DeviceAbstractionLayer/DeviceInfo.h>
+#include <DeviceAbstractionLayer/OOBE.h>
 
 namespace {
 
@@ -24,6 +25,13 @@ class Settings final : public DeviceAbstractionLayer::DeviceInfo {
   void notifyHandsfreeStateChanged(bool) override {}
 };
 
+class Setup final : public DeviceAbstractionLayer::OOBE {
+ public:
+  void notifyOOBEInitiated() override {}
+  void notifyOOBECancelled() override {}
+  std::string getAlexaAuthStatus() override { return {}; }
+};
+
 }  // namespace
 
 std::shared_ptr<DeviceAbstractionLayer::AudioIn> DeviceAbstractionLayer::AudioIn::getInstance() {
@@ -34,4 +42,9 @@ std::shared_ptr<DeviceAbstractionLayer::AudioIn> DeviceAbstractionLayer::AudioIn
 std::shared_ptr<DeviceAbstractionLayer::DeviceInfo> DeviceAbstractionLayer::DeviceInfo::getInstance() {
   static const std::shared_ptr<DeviceInfo> settings = std::make_shared<Settings>();
   return settings;
+}
+
+std::shared_ptr<DeviceAbstractionLayer::OOBE> DeviceAbstractionLayer::OOBE::getInstance() {
+  static const std::shared_ptr<OOBE> setup = std::make_shared<Setup>();
+  return setup;
 }
