@@ -102,8 +102,8 @@ void VornAudioIn::notifyAlexaButtonReleased() {
 
 void VornAudioIn::sendAudioData(std::vector<short>& samples) {
   static int count = 1;
-  static DeviceAbstractionLayer::AudioIn* found =
-      nullptr;  // What dalInstance holds, without its one-time guard.
+  // What dalInstance holds, without its one-time guard.
+  static DeviceAbstractionLayer::AudioIn* found = nullptr;
 
   const auto search = []() __attribute__((noinline, cold)) {
     static std::shared_ptr<DeviceAbstractionLayer::AudioIn> dalInstance;

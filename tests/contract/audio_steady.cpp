@@ -33,12 +33,14 @@ class QuietAudioIn final : public DeviceAbstractionLayer::AudioIn {
 };
 
 int g_searches = 0;
+std::vector<std::string> g_linesAtSearch;
 std::shared_ptr<QuietAudioIn> g_assistant;
 
 }  // namespace
 
 std::shared_ptr<DeviceAbstractionLayer::AudioIn> DeviceAbstractionLayer::AudioIn::getInstance() {
   ++g_searches;
+  g_linesAtSearch = trace_file::lines();
   return g_assistant;
 }
 
@@ -91,6 +93,13 @@ TEST_F(AudioCounter, SteadyBuffersCostNoLockNoAllocationAndNoReference) {
   EXPECT_TRUE(counts() - before == Counts{});
   EXPECT_EQ(g_assistant->references, references);
   EXPECT_EQ(g_searches, 1);
+}
+
+// Whatever becomes of the search, the trace tells that it began.
+TEST_F(AudioCounter, TheSearchIsTracedBeforeItIsMade) {
+  send();
+  EXPECT_EQ(g_linesAtSearch, Lines{"void VornDeviceAbstractionLayer::VornAudioIn::sendAudioData("
+                                   "std::vector<short int>&) calling AudioInHelper getInstance 1"});
 }
 
 TEST_F(AudioCounter, SteadyBuffersPassWhileTheAdapterIsLocked) {

@@ -184,4 +184,14 @@ TEST_F(AdapterLines, AssistantStateLeavesNone) {
   EXPECT_FALSE(std::filesystem::exists(trace_file::kPath));
 }
 
+TEST_F(AdapterLines, ALoginThatIsNotForcedSaysSo) {
+  VornEMPAdapterControl control(host);
+  forget();
+  control.login("token", "user", false, std::chrono::milliseconds(0), "kitchen");
+  EXPECT_EQ(lines(),
+            Lines{"bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const "
+                  "string&, bool, std::chrono::milliseconds, std::string): accessToken: token, "
+                  "userName: user, forceLogin: 0, refreshInterval: 0ms, playerId: kitchen"});
+}
+
 }  // namespace
