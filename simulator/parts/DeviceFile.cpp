@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -12,10 +13,42 @@ namespace vorn_speaker {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& path, const toml::source_region& where, const std::string& what) {
+[[noreturn]] void refuse(const std::string& path, const toml::source_position& where,
+                         const std::string& what) {
   std::ostringstream message;
-  message << path << ":" << where.begin.line << ":" << where.begin.column << ": " << what;
+  message << path << ":" << where.line << ":" << where.column << ": " << what;
   throw std::runtime_error(message.str());
+}
+
+/// toml++ does not survive a letter beyond ASCII where none may stand: outside texts and comments.
+void refuseForeignLetters(const std::string& path, const std::string& all) {
+  toml::source_position here{1, 1};
+  std::string quote;  // What ends the text that we are in; a line feed ends a comment.
+  for (std::size_t at = all.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0; at < all.size(); ++at) {
+    const char c = all[at];
+    const bool beyond = (static_cast<unsigned char>(c) & 0x80U) != 0;
+    if (c == '\n') {
+      if (quote.size() == 1) quote.clear();
+      here = {here.line + 1, 1};
+      continue;
+    }
+    std::size_t taken = 1;
+    if (quote.empty()) {
+      if (beyond) refuse(path, here, "letters beyond ASCII stand in quotes only");
+      if (c == '#') quote = "\n";
+      if (c == '"' || c == '\'') quote.assign(taken = all.compare(at, 3, std::string(3, c)) == 0 ? 3 : 1, c);
+    } else if (c == '\\' && quote[0] == '"') {
+      taken = at + 1 < all.size() && all[at + 1] != '\n' ? 2 : 1;
+    } else if (all.compare(at, quote.size(), quote) == 0) {
+      taken = quote.size();
+      // A text in three quotes may end with one or two of its own.
+      while (quote.size() == 3 && taken < 5 && at + taken < all.size() && all[at + taken] == c) ++taken;
+      quote.clear();
+    }
+    at += taken - 1;
+    if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80U)
+      here.column += static_cast<toml::source_index>(taken);
+  }
 }
 
 /// Reads the entries of one table, each of them at most once and of its own kind.
@@ -61,7 +94,7 @@ class Table {
       if (m_known.count(std::string(name.str())) > 0) continue;
       std::string known;
       for (const std::string& key : m_known) known += (known.empty() ? "" : ", ") + key;
-      refuse(m_path, value.source(),
+      refuse(m_path, value.source().begin,
              "'" + std::string(name.str()) + "' is not known here; known are " + known);
     }
   }
@@ -73,7 +106,7 @@ class Table {
   }
 
   [[noreturn]] void wrong(const std::string& key, const toml::node& node, const char* expected) const {
-    refuse(m_path, node.source(), "'" + key + "' must be " + expected);
+    refuse(m_path, node.source().begin, "'" + key + "' must be " + expected);
   }
 
   const std::string& m_path;
@@ -87,11 +120,13 @@ DeviceFile DeviceFile::read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file || std::filesystem::is_directory(path))
     throw std::runtime_error(path + ": cannot be read; name a device file with --device");
+  const std::string all{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  refuseForeignLetters(path, all);
   toml::table root;
   try {
-    root = toml::parse(file, path);
+    root = toml::parse(all, path);
   } catch (const toml::parse_error& error) {
-    refuse(path, error.source(), std::string(error.description()));
+    refuse(path, error.source().begin, std::string(error.description()));
   }
   DeviceFile device;
   Table table(path, root);

@@ -48,15 +48,26 @@ TEST_P(BadDeviceFiles, AreRefusedWithPlaceAndRemedy) {
 
 INSTANTIATE_TEST_SUITE_P(
     Device, BadDeviceFiles,
-    testing::Values(Bad{"volume = 101",
-                        "/tmp/device.toml:1:10: 'volume' must be a whole number from 0 to 100"},
-                    Bad{"\nvolume = \"x\"", ":2:10: 'volume'"},
-                    Bad{"locale = 3", "'locale' must be a text in quotes"},
-                    Bad{"muted = \"yes\"", "'muted' must be true or false"},
-                    Bad{"volum = 3", ":1:9: 'volum' is not known here; known are"},
-                    Bad{"information = 3", "'information' must be a table of texts"},
-                    Bad{"[config]\nclientID = 3", ":2:12: 'clientID' must be a text"},
-                    Bad{"a = = b", ":1:5: "}, Bad{"\xff\xfe", "/tmp/device.toml:1:"}));
+    testing::Values(
+        Bad{"volume = 101", "/tmp/device.toml:1:10: 'volume' must be a whole number from 0 to 100"},
+        Bad{"\nvolume = \"x\"", ":2:10: 'volume'"}, Bad{"locale = 3", "'locale' must be a text in quotes"},
+        Bad{"muted = \"yes\"", "'muted' must be true or false"},
+        Bad{"volum = 3", ":1:9: 'volum' is not known here; known are"},
+        Bad{"information = 3", "'information' must be a table of texts"},
+        Bad{"[config]\nclientID = 3", ":2:12: 'clientID' must be a text"}, Bad{"a = = b", ":1:5: "},
+        Bad{"locale = \"\xC3\xBC\" # \xC3\xBC\nvol\xC3\xBCme = 3", ":2:4: letters beyond ASCII"},
+        Bad{"a = '' b\xC3\xBC", ":1:9: letters beyond ASCII"},
+        Bad{"a = \"\"\"x\"\"\"\"\" \xC3\xBC", ":1:15: letters beyond ASCII"},
+        Bad{"\xC3\xBC = \"\xC3\xBC \xC3\xBC", ":1:1: letters beyond ASCII"},
+        Bad{"\xff\xfe", "/tmp/device.toml:1:"}));
+
+TEST(DeviceFileTest, KeepsLettersBeyondAsciiInTextsOfEveryKind) {
+  const DeviceFile device = readText(
+      "\xEF\xBB\xBF# \"K\xC3\xBC\nlocale = \"\\\"K\xC3\xBC\"\ntimezone = 'K\xC3\xBC\\'\n[config]\n"
+      "a = \"\"\"K\n\xC3\xBC\"\"\"\"\nb = '''K'\xC3\xBC'''");
+  EXPECT_EQ(device.locale + device.timezone, "\"K\xC3\xBCK\xC3\xBC\\");
+  EXPECT_EQ(device.config.at("a") + device.config.at("b"), "K\n\xC3\xBC\"K'\xC3\xBC");
+}
 
 TEST(DeviceFileTest, NamesAFileThatIsNotThere) {
   EXPECT_THROW(DeviceFile::read("/tmp/absent.toml"), std::runtime_error);
