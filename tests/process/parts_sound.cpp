@@ -176,6 +176,8 @@ struct Format {
   int format;
 };
 
+void PrintTo(const Format& format, std::ostream* out) { *out << format.path; }
+
 class Players : public testing::TestWithParam<Format> {};
 
 TEST_P(Players, PlayWhatIsStreamedIntoThem) {
