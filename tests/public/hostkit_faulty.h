@@ -4,7 +4,10 @@
 #include <vorn_testing/HostChecks.h>
 #include <vorn_testing/MemoryHost.h>
 
+#include <condition_variable>
+#include <mutex>
 #include <set>
+#include <thread>
 
 /// Hosts with one fault each, and the checks of that operation that must tell.
 namespace hostkit {
@@ -38,6 +41,35 @@ template <class Player>
 struct WithPlayer : MemoryHost {
   VornEMPAdapterIF* getEMPAdapter() override { return &faulty; }
   Player faulty;
+};
+
+/// Makes what needs two threads at once happen whenever more than three call, however they are scheduled: the third
+/// stays inside until another has come. One thread, or two in turn, never wait.
+class Meeting {
+ public:
+  /// Whether another thread was inside when this one came.
+  bool enter() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const bool first = m_inside++ == 0;
+    const long arrivals = ++m_arrivals;
+    m_arrived.notify_all();
+    const auto id = std::this_thread::get_id();
+    if (id != m_made && m_seen.insert(id).second && m_seen.size() == 3)
+      m_arrived.wait(lock, [&] { return m_arrivals > arrivals; });
+    return !first;
+  }
+  void leave() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    --m_inside;
+  }
+
+ private:
+  const std::thread::id m_made = std::this_thread::get_id();
+  std::mutex m_mutex;
+  std::condition_variable m_arrived;
+  std::set<std::thread::id> m_seen;
+  long m_arrivals = 0;
+  int m_inside = 0;
 };
 
 class AFaultyHost : public testing::TestWithParam<Fault> {

@@ -53,35 +53,33 @@ struct InitialisedExits : MemoryHost {
   void notifyMainAppInitialized() override { std::_Exit(0); }
 };
 
-/// Counts the threads inside, and lets others in meanwhile.
+/// A stay in an operation that another thread may be in too.
 struct Inside {
-  std::atomic<int>& count;
-  bool alone;
-  explicit Inside(std::atomic<int>& counter) : count(counter), alone(counter++ == 0) {
-    for (int i = 0; i < 200; ++i) std::this_thread::yield();
-  }
-  ~Inside() { --count; }
+  Meeting& meeting;
+  const bool alone;
+  explicit Inside(Meeting& where) : meeting(where), alone(!where.enter()) {}
+  ~Inside() { meeting.leave(); }
 };
 struct DialogUnguarded : MemoryHost {
-  std::atomic<int> inside{0};
+  Meeting inside;
   void dialogUXStateChanged(std::string) override {
     if (!Inside(inside).alone) std::abort();
   }
 };
 struct MicrophoneUnguarded : MemoryHost {
-  std::atomic<int> inside{0};
+  Meeting inside;
   bool isMicrophoneAvailable() override {
     return Inside(inside).alone ? true : throw std::logic_error("busy");
   }
 };
 struct PlaybackUnguarded : MemoryPlayer {
-  std::atomic<int> inside{0};
+  Meeting inside;
   std::string getPlaybackState(std::string) override {
     return Inside(inside).alone ? "IDLE" : (std::abort(), "");
   }
 };
 struct ReadUnguarded : MemoryHost {
-  std::atomic<int> inside{0};
+  Meeting inside;
   Entries readKeyValue(const std::string& key) override {
     return Inside(inside).alone ? MemoryHost::readKeyValue(key) : throw std::logic_error("busy");
   }

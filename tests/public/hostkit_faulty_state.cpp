@@ -120,11 +120,13 @@ struct WritesAHundred : MemoryHost {
   }
 };
 struct OneWriterWins : MemoryHost {
+  Meeting inside;
   bool writeKeyValue(Entries entries) override {
     Entries store = state().store;
-    for (int i = 0; i < 200; ++i) std::this_thread::yield();
+    inside.enter();
     for (const auto& entry : entries) store[entry.first] = entry.second;
     change([&](State& state) { state.store = store; });
+    inside.leave();
     return true;
   }
 };
@@ -132,18 +134,10 @@ struct OpenClears : MemoryHost {
   bool open() override { return clear(); }
 };
 struct OpenLosesWrites : MemoryHost {
-  static void linger() {
-    for (int i = 0; i < 200; ++i) std::this_thread::yield();
-  }
-  std::atomic<int> opening{0};
+  std::thread::id made = std::this_thread::get_id();
   bool open() override {
-    ++opening;
-    linger();
-    return opening-- > 0;
-  }
-  bool writeKeyValue(Entries entries) override {
-    linger();
-    return opening > 0 || MemoryHost::writeKeyValue(entries);
+    if (made != std::this_thread::get_id()) change([](State& state) { state.store.clear(); });
+    return true;
   }
 };
 struct RemovesNothing : MemoryHost {

@@ -1,4 +1,7 @@
 #include <atomic>
+#include <functional>
+#include <thread>
+#include <utility>
 
 #include "Checks.h"
 
@@ -249,18 +252,32 @@ void openKeeps(Trial& trial) {
   store.expect(key("a"), "1");
 }
 
+/// Acts when its block is left, also by an outcome.
+struct AtEnd {
+  std::function<void()> act;
+  explicit AtEnd(std::function<void()> what) : act(std::move(what)) {}
+  ~AtEnd() { act(); }
+};
+
 void openInUse(Trial& trial) {
   trial.presume("VornDALImplIF/27/writeKeyValue/threads", [&] { writesFromThreads(trial); });
   trial.presume("VornDALImplIF/25/open/keeps", [&] { openKeeps(trial); });
   const Store store(trial);
   std::atomic<int> writing{3};
+  std::atomic<int> opened{0};
+  std::atomic<bool> over{false};
   trial.onThreads(4, [&](int thread) {
     if (thread == 0) {
-      for (int i = 0; i < 100 && writing > 0; ++i) store.open();
+      const AtEnd end([&] { over = true; });
+      for (; writing > 0; ++opened) store.open();
       return;
     }
-    for (int i = 0; i < 10; ++i) store.write({{key(std::to_string(10 * thread + i)), "1"}});
-    --writing;
+    const AtEnd end([&] { --writing; });
+    for (int i = 0; i < 10; ++i) {
+      store.write({{key(std::to_string(10 * thread + i)), "1"}});
+      // Halfway an opening begins and ends, whatever the scheduler does.
+      for (const int before = opened; i == 5 && opened < before + 2 && !over;) std::this_thread::yield();
+    }
   });
   for (int i = 10; i < 40; ++i) store.expect(key(std::to_string(i)), "1");
 }
