@@ -2,6 +2,7 @@
 
 #include <DeviceAbstractionLayer/DeviceCapabilities.h>
 #include "VornDALImplIF.h"
+#include "internal/HotPath.h"
 #include "internal/Lifecycle.h"
 #include "internal/Trace.h"
 
@@ -64,7 +65,7 @@ bool VornDeviceCapabilities::onInputChange(const std::string& input) {
   return live(liveFlag) ? m_host.onInputChange(input) : true;
 }
 
-Result VornDeviceCapabilities::onSkipChannel(int count) {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onSkipChannel(int count) {
   return live(liveFlag) ? m_host.onSkipChannel(count) : Result{true, ""};
 }
 
@@ -120,7 +121,7 @@ Result VornDeviceCapabilities::onAdjustMode(std::string mode, int delta) {
   return live(liveFlag) ? m_host.onAdjustMode(mode, delta) : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onSetPowerState(bool on) {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onSetPowerState(bool on) {
   return live(liveFlag) ? m_host.onSetPowerState(on) : Result{true, ""};
 }
 
@@ -128,11 +129,11 @@ Result VornDeviceCapabilities::onSetPowerState(bool on, std::string target) {
   return live(liveFlag) ? m_host.onSetPowerState(on, target) : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onSetRangeValue(double value) {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onSetRangeValue(double value) {
   return live(liveFlag) ? m_host.onSetRangeValue(value) : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onAdjustRangeValue(double delta) {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onAdjustRangeValue(double delta) {
   return live(liveFlag) ? m_host.onAdjustRangeValue(delta) : Result{true, ""};
 }
 
@@ -144,15 +145,15 @@ Result VornDeviceCapabilities::onLaunchTarget(std::string target) {
   return live(liveFlag) ? m_host.onLaunchTarget(target) : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onStartRecording() {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onStartRecording() {
   return live(liveFlag) ? m_host.onStartRecording() : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onStopRecording() {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onStopRecording() {
   return live(liveFlag) ? m_host.onStopRecording() : Result{true, ""};
 }
 
-Result VornDeviceCapabilities::onAdjustSeekPosition(int delta) {
+VORN_NO_STACK_GUARD Result VornDeviceCapabilities::onAdjustSeekPosition(int delta) {
   return live(liveFlag) ? m_host.onAdjustSeekPosition(delta) : Result{true, ""};
 }
 

@@ -38,7 +38,7 @@ VornDeviceInfo::VornDeviceInfo(VornDALImplIF& host) : m_host(host) {}
 
 // Down, locked: the host call runs under m_mutex.
 
-std::string VornDeviceInfo::getDeviceLocale() {
+VORN_NO_STACK_GUARD std::string VornDeviceInfo::getDeviceLocale() {
   const Lock lock(m_mutex);
   return m_instance ? m_host.getDeviceLocale() : std::string();
 }
@@ -48,12 +48,12 @@ void VornDeviceInfo::changeAlexaLocale(std::string locale) {
   if (m_instance) m_host.changeAlexaLocale(locale);
 }
 
-std::string VornDeviceInfo::getTimezone() {
+VORN_NO_STACK_GUARD std::string VornDeviceInfo::getTimezone() {
   const Lock lock(m_mutex);
   return m_instance ? m_host.getTimezone() : std::string();
 }
 
-std::map<std::string, std::string> VornDeviceInfo::getDeviceInformation() {
+VORN_NO_STACK_GUARD std::map<std::string, std::string> VornDeviceInfo::getDeviceInformation() {
   const Lock lock(m_mutex);
   return m_instance ? m_host.getDeviceInformation() : std::map<std::string, std::string>();
 }
@@ -94,7 +94,7 @@ bool VornDeviceInfo::getSystemSetting(std::string key, std::string& value) {
   return live(liveFlag) ? m_host.getSystemSetting(key, value) : false;
 }
 
-std::string VornDeviceInfo::getVSKCapabilities() {
+VORN_NO_STACK_GUARD std::string VornDeviceInfo::getVSKCapabilities() {
   return live(liveFlag) ? m_host.getVSKCapabilities() : std::string("[]");
 }
 

@@ -21,7 +21,11 @@ constexpr char kAuthStatusLost[] =
 constexpr char kInitiatedLost[] =
     "void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null";
 
-[[gnu::noinline, gnu::cold]] void traceInitiatedLost() { trace(kInitiatedLost); }
+// Out of line, so that the string costs what can be delivered neither registers nor a stack guard.
+template <std::size_t Size>
+[[gnu::noinline, gnu::cold]] void traceLost(const char (&line)[Size]) {
+  trace(line);
+}
 
 /// Whether m_instance is filled, for guards without the lock.
 std::atomic<bool> liveFlag{false};
@@ -50,14 +54,14 @@ void VornOOBE::sendCBLInfo(std::string& first, std::string& second, std::int64_t
   if (live(liveFlag))
     m_host.sendCBLInfo(first, second, number);
   else
-    trace(kCBLInfoLost);
+    traceLost(kCBLInfoLost);
 }
 
 void VornOOBE::alexaAuthStatusChanged(std::string status) {
   if (live(liveFlag))
     m_host.alexaAuthStatusChanged(status);
   else
-    trace(kAuthStatusLost);
+    traceLost(kAuthStatusLost);
 }
 
 // Up: fetched anew on every call, no lock, whether or not there is an instance.
@@ -66,7 +70,7 @@ VORN_NO_STACK_GUARD void VornOOBE::notifyOOBEInitiated() {
   if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
     assistant->notifyOOBEInitiated();
   else
-    traceInitiatedLost();
+    traceLost(kInitiatedLost);
 }
 
 VORN_NO_STACK_GUARD void VornOOBE::notifyOOBECancelled() {
@@ -74,7 +78,7 @@ VORN_NO_STACK_GUARD void VornOOBE::notifyOOBECancelled() {
   if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance()) assistant->notifyOOBECancelled();
 }
 
-std::string VornOOBE::getAlexaAuthStatus() {
+VORN_NO_STACK_GUARD std::string VornOOBE::getAlexaAuthStatus() {
   const auto assistant = DeviceAbstractionLayer::OOBE::getInstance();
   return assistant ? assistant->getAlexaAuthStatus() : std::string();
 }

@@ -1,6 +1,7 @@
 #include "VornStorage.h"
 
 #include "VornDALImplIF.h"
+#include "internal/HotPath.h"
 #include "internal/Lifecycle.h"
 
 namespace VornDeviceAbstractionLayer {
@@ -34,7 +35,7 @@ VornStorage::VornStorage(VornDALImplIF& host) : m_host(host) {}
 
 bool VornStorage::open() { return live(liveFlag) ? m_host.open() : false; }
 
-std::map<std::string, std::string> VornStorage::readKeyValue(const std::string& key) {
+VORN_NO_STACK_GUARD std::map<std::string, std::string> VornStorage::readKeyValue(const std::string& key) {
   return live(liveFlag) ? m_host.readKeyValue(key) : std::map<std::string, std::string>();
 }
 
