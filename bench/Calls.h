@@ -8,6 +8,7 @@
 #include <VornAttachmentReaderContainerFactory.h>
 #include <VornAudioIn.h>
 #include <VornDeviceInfo.h>
+#include <VornGUIOutput.h>
 #include <VornLEDController.h>
 #include <VornLoggerObserver.h>
 #include <VornOOBE.h>
@@ -42,6 +43,9 @@ class Calls {
         "unlocked-references", [&host = m_host, &text = m_text] { opaque(host)->onLogEmitted(text, text); },
         [&observer = m_observer, &text = m_text] { observer->onLogEmitted(text, text); });
     compare(
+        "unlocked-result", [&host = m_host] { opaque(host)->getVSKCapabilities(); },
+        [&info = m_info] { info->getVSKCapabilities(); });
+    compare(
         "upward",
         [] {
           if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
@@ -56,12 +60,33 @@ class Calls {
         },
         [&info = m_info] { info->notifyVolumeChanged(1); });
     compare(
+        "upward-result",
+        [] {
+          if (const auto assistant = DeviceAbstractionLayer::OOBE::getInstance())
+            assistant->getAlexaAuthStatus();
+        },
+        [&oobe = m_oobe] { oobe->getAlexaAuthStatus(); });
+    compare(
         "locked",
         [&mutex = m_mutex, &host = m_host] {
           const std::lock_guard<std::mutex> lock(mutex);
-          opaque(host)->getVolume();
+          opaque(host)->clearGUICard();
         },
-        [&info = m_info] { info->getVolume(); });
+        [&gui = m_gui] { gui->clearGUICard(); });
+    compare(
+        "locked-references",
+        [&mutex = m_mutex, &host = m_host, &text = m_text] {
+          const std::lock_guard<std::mutex> lock(mutex);
+          opaque(host)->renderGUICard(text);
+        },
+        [&gui = m_gui, &text = m_text] { gui->renderGUICard(text); });
+    compare(
+        "locked-result",
+        [&mutex = m_mutex, &host = m_host] {
+          const std::lock_guard<std::mutex> lock(mutex);
+          opaque(host)->getDeviceInformation();
+        },
+        [&info = m_info] { info->getDeviceInformation(); });
     compare(
         "container", [&onData = m_onData, &samples = m_samples] { (*opaque(&onData))(samples.data(), 1); },
         [&container = m_container, &samples = m_samples] {
@@ -74,6 +99,13 @@ class Calls {
           opaque(host)->alexaStateChanged(argument);
         },
         [&alexaState = m_alexaState, &text = m_text] { alexaState->alexaStateChanged(text); });
+    compare(
+        "copies-references",
+        [&text = m_text, &value = m_value, &host = m_host] {
+          std::string argument = text;
+          opaque(host)->getSystemSetting(argument, value);
+        },
+        [&info = m_info, &text = m_text, &value = m_value] { info->getSystemSetting(text, value); });
     compare(
         "locked-copies",
         [&texts = m_texts, &mutex = m_mutex, &host = m_host] {
@@ -101,6 +133,7 @@ class Calls {
   std::mutex m_mutex;
   std::vector<short> m_samples = std::vector<short>(160);
   const std::string m_text = "a text too long for the string's own storage";
+  std::string m_value;
   const std::vector<std::string> m_texts{3, m_text};
   const std::function<void(void*, std::size_t)> m_onData = [](void*, std::size_t) {};
 
@@ -112,6 +145,8 @@ class Calls {
       VornDeviceAbstractionLayer::VornLoggerObserver::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceInfo> m_info =
       VornDeviceAbstractionLayer::VornDeviceInfo::CreateInstance(*m_host);
+  const std::shared_ptr<VornDeviceAbstractionLayer::VornGUIOutput> m_gui =
+      VornDeviceAbstractionLayer::VornGUIOutput::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornOOBE> m_oobe =
       VornDeviceAbstractionLayer::VornOOBE::CreateInstance(*m_host);
   const std::shared_ptr<VornDeviceAbstractionLayer::VornAlexaState> m_alexaState =

@@ -9,7 +9,7 @@ OPERATIONS = {
     "audio": "VornAudioIn::sendAudioData(",
     "unlocked": "VornAudioIn::isMicrophoneAvailable()",
     "unlocked-references": "VornLoggerObserver::onLogEmitted(",
-    "locked": "VornDeviceInfo::getVolume()",
+    "locked": "VornGUIOutput::clearGUICard()",
 }
 # Those that change memory atomically, in one instruction, as a pair, or in a helper of the compiler's.
 ATOMIC = re.compile(r"(ld|st)(add|clr|set|eor|smax|smin|umax|umin)|swp|cas|stl?xr|bl .*<__aarch64_")

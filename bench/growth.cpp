@@ -78,7 +78,7 @@ void together(const char* line, int calls, Operation operation) {
 
 void threads(VornDALImplIF& host) {
   const auto audio = VornAudioIn::CreateInstance(host);
-  const auto info = VornDeviceInfo::CreateInstance(host);
+  const auto gui = VornGUIOutput::CreateInstance(host);
   const auto mutex = std::make_shared<std::mutex>();
   // So many that waking the threads does not count.
   constexpr int kUnlocked = 400000;
@@ -87,9 +87,9 @@ void threads(VornDALImplIF& host) {
   together("unlocked library", kUnlocked, [audio] { audio->isMicrophoneAvailable(); });
   together("locked bare", kLocked, [&host, mutex] {
     const std::lock_guard<std::mutex> lock(*mutex);
-    opaque(&host)->getVolume();
+    opaque(&host)->clearGUICard();
   });
-  together("locked library", kLocked, [info] { info->getVolume(); });
+  together("locked library", kLocked, [gui] { gui->clearGUICard(); });
 }
 
 /// A trace line over its length, and over what the trace holds before.
