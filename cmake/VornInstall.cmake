@@ -54,7 +54,7 @@ if(TARGET VornTesting)
   install(DIRECTORY examples/ DESTINATION share/vorn-dal/examples COMPONENT testing)
 endif()
 
-install(PROGRAMS scripts/abi-check DESTINATION bin COMPONENT tools)
+install(PROGRAMS tools/abi-check DESTINATION bin COMPONENT tools)
 if(TARGET vorn-speaker)
   set_target_properties(vorn-speaker PROPERTIES INSTALL_RPATH "$ORIGIN/../${standindir}:$ORIGIN/../${libdir}")
   install(TARGETS vorn-speaker RUNTIME DESTINATION bin COMPONENT tools)

@@ -9,14 +9,14 @@
 #include <iterator>
 #include <sstream>
 
-#include "Console.h"
-#include "DataFolder.h"
 #include "Morning.h"
-#include "Postmortem.h"
-#include "Recording.h"
-#include "Replay.h"
-#include "Scenario.h"
-#include "Speaker.h"
+#include "calls/Recording.h"
+#include "device/DataFolder.h"
+#include "language/Console.h"
+#include "language/Scenario.h"
+#include "run/Postmortem.h"
+#include "run/Replay.h"
+#include "run/Speaker.h"
 
 namespace {
 

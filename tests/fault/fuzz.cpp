@@ -11,9 +11,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "Scenario.h"
-#include "parts/DeviceFile.h"
-#include "parts/Sound.h"
+#include "device/parts/DeviceFile.h"
+#include "device/parts/Sound.h"
+#include "language/Scenario.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include <malloc.h>
 
 #include "Checks.h"
+#include "vorn_testing/Text.h"
 
 namespace vorn_testing::checks {
 

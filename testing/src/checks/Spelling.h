@@ -24,7 +24,4 @@ std::string spelled(double value);
 std::string spelled(std::int64_t value);
 inline std::string spelled(int value) { return spelled(std::int64_t{value}); }
 
-/// Whether the text is UTF-8 as it must be: shortest form, no surrogates, nothing beyond U+10FFFF.
-bool isUtf8(const std::string& text);
-
 }  // namespace vorn_testing::checks

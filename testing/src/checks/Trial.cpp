@@ -2,7 +2,6 @@
 
 #include "Trial.h"
 
-#include <cxxabi.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "../Stack.h"
 #include "Spelling.h"
 
 namespace vorn_testing::checks {
@@ -60,13 +60,6 @@ class OnItsWay {
   std::int64_t m_start = 0;
 };
 
-std::string nameOf(const std::exception& exception) {
-  int status = 0;
-  const std::unique_ptr<char, void (*)(void*)> name(
-      abi::__cxa_demangle(typeid(exception).name(), nullptr, nullptr, &status), std::free);
-  return status == 0 ? name.get() : typeid(exception).name();
-}
-
 }  // namespace
 
 void Trial::ask(const std::string& shown, const std::function<void()>& call) {
@@ -76,7 +69,8 @@ void Trial::ask(const std::string& shown, const std::function<void()>& call) {
   } catch (const Outcome&) {
     throw;
   } catch (const std::exception& exception) {
-    broken(shown + " threw " + nameOf(exception) + ": " + spelled(std::string(exception.what())));
+    broken(shown + " threw " + demangled(typeid(exception).name()) + ": " +
+           spelled(std::string(exception.what())));
   } catch (...) {
     broken(shown + " threw what is no std::exception");
   }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "text/Tokens.h"
+
+namespace vorn_speaker {
+
+struct Adapters;
+
+/// Who calls an operation: the assistant client (down) or the firmware (up).
+enum class Caller { kAssistant, kFirmware };
+
+struct Parameter {
+  std::string name;
+  std::string type;  ///< What a value looks like, in words.
+  bool reference;    ///< The operation may write it; at the end it may be left out.
+};
+
+/// An operation with its arguments read, ready to be called; gives the result as text.
+using BoundCall = std::function<std::string(Adapters&)>;
+
+/// One operation that a scenario, the console or a replay can call.
+struct Operation {
+  std::string adapter;  ///< "VornDeviceInfo"
+  std::string name;     ///< "getVolume"
+  Caller caller;
+  std::vector<Parameter> parameters;
+  std::function<BoundCall(const std::vector<Token>&)> bind;  ///< Throws Unreadable.
+
+  std::string target;  ///< The interface on which the call arrives; empty when it arrives nowhere.
+  int slot;            ///< Its place there.
+
+  /// Spells the arguments that a double found at their addresses; none for rows that are not members.
+  std::function<std::vector<std::string>(const std::vector<const void*>&, bool secrets)> spell = {};
+
+  std::string fullName() const { return adapter + "." + name; }
+};
+
+/// Every operation of both sides, in the order of the adapters' creation.
+const std::vector<Operation>& operations();
+
+/// The rows among them that players and containers take part in.
+std::vector<Operation> attachmentOperations();
+
+/// Finds the overload that takes `arguments` and binds it; throws Unreadable, with a suggestion for a name
+/// that nearly fits. `end` is the column after the line.
+BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& arguments, std::size_t end);
+
+/// The operation whose call arrives at a slot of an interface, or null.
+const Operation* operationAt(const std::string& target, int slot);
+
+/// "VornDeviceInfo.setSystemSetting key value"
+std::string usage(const Operation& operation);
+
+/// A line for each parameter: its name and what a value looks like.
+std::string parameterHelp(const Operation& operation);
+
+}  // namespace vorn_speaker

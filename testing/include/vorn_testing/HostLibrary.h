@@ -1,0 +1,26 @@
+#pragma once
+
+#include <VornDALImplIF.h>
+
+#include <memory>
+#include <string>
+
+namespace vorn_testing {
+
+/// A shared library of somebody else's that makes hosts; see HostEntry.h. It is never unloaded: what a host started
+/// may outlive it. May be used from any thread; the hosts follow the library's own rules.
+class HostLibrary {
+ public:
+  /// Loads the library. A name without a folder is meant as a file of the current folder, not as a system library.
+  /// @throws std::runtime_error  Names the library, what is wrong with it, and the remedy.
+  explicit HostLibrary(const std::string& path);
+
+  /// Makes a host, which is destroyed by the library that made it; empty when vornCreateHost() answers null.
+  std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> makeHost() const;
+
+ private:
+  VornDeviceAbstractionLayer::VornDALImplIF* (*m_create)();
+  void (*m_destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
+};
+
+}  // namespace vorn_testing

@@ -1,0 +1,214 @@
+// The speaker's key-value store: what it keeps, what it survives, what it refuses.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "device/parts/Store.h"
+
+namespace {
+
+using vorn_speaker::Store;
+using Entries = std::map<std::string, std::string>;
+
+const char kFile[] = "/tmp/store.sqlite";
+
+std::string content(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class StoreTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* end : {"", "-wal", "-shm", "-journal"}) std::remove((std::string(kFile) + end).c_str());
+  }
+};
+
+TEST_F(StoreTest, ReadsWhatItWroteAlsoAfterReopening) {
+  {
+    Store store(kFile);
+    ASSERT_TRUE(store.open());
+    ASSERT_TRUE(store.write({{"a", "1"}, {"", "empty"}, {std::string("n\0l", 3), std::string("\0x", 2)}}));
+  }
+  Store store(kFile);
+  ASSERT_TRUE(store.open());
+  EXPECT_EQ(store.read("a"), (Entries{{"a", "1"}}));
+  EXPECT_EQ(store.read(std::string("n\0l", 3)), (Entries{{std::string("n\0l", 3), std::string("\0x", 2)}}));
+  EXPECT_EQ(store.read("absent"), Entries{});
+}
+
+TEST_F(StoreTest, RemovesKeysAndClears) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open() && store.write({{"a", "1"}, {"b", "2"}, {"c", "3"}}));
+  EXPECT_TRUE(store.remove({"a", "absent"}) && store.remove({}));
+  EXPECT_TRUE(store.read("a").empty() && !store.read("b").empty());
+  EXPECT_TRUE(store.clear() && store.read("b").empty());
+}
+
+TEST_F(StoreTest, SaysThatItIsNotOpen) {
+  Store store(kFile);
+  EXPECT_FALSE(store.write({{"a", "1"}}));
+  EXPECT_NE(store.problem().find("not open"), std::string::npos);
+  EXPECT_NE(access(kFile, F_OK), 0);
+}
+
+TEST_F(StoreTest, LosesNoAcknowledgedWriteWhenItsProcessIsKilled) {
+  int acknowledged[2];
+  ASSERT_EQ(pipe(acknowledged), 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    Store store(kFile);
+    store.open();
+    for (signed char i = 0; store.write({{std::to_string(i), "value"}}); ++i)
+      if (::write(acknowledged[1], &i, 1) != 1) _exit(1);
+    _exit(1);
+  }
+  signed char last = -1;
+  while (last < 20 && ::read(acknowledged[0], &last, 1) == 1) continue;
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+  Store store(kFile);
+  ASSERT_TRUE(store.open());
+  for (int i = 0; i <= last; ++i) EXPECT_FALSE(store.read(std::to_string(i)).empty()) << i;
+}
+
+TEST_F(StoreTest, ServesManyThreads) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open());
+  std::thread threads[4];
+  for (int t = 0; t < 4; ++t)
+    threads[t] = std::thread([&store, t] {
+      for (int i = 0; i < 5; ++i) EXPECT_TRUE(store.write({{std::to_string(t * 5 + i), "x"}}));
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < 20; ++i) EXPECT_FALSE(store.read(std::to_string(i)).empty()) << i;
+}
+
+TEST_F(StoreTest, NamesFileReasonAndRemedyWhenItsTableIsGone) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open());
+  sqlite3* database = nullptr;
+  sqlite3_open(kFile, &database);
+  sqlite3_exec(database, "DROP TABLE entries", nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+  const std::string problem = std::string(kFile) + ": no such table: entries; nothing was changed.";
+  EXPECT_TRUE(store.read("a").empty());
+  EXPECT_EQ(store.problem().find(problem), 0U) << store.problem();
+  EXPECT_FALSE(store.write({{"a", "1"}}));
+  EXPECT_EQ(store.problem().find(problem), 0U) << store.problem();
+}
+
+TEST_F(StoreTest, WritesAgainOnceAFullDiskHasRoom) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open() && store.write({{"a", "1"}}));
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit small = before;
+  small.rlim_cur = 64 * 1024;
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_FALSE(store.write({{"a", "2"}, {"b", std::string(1000000, 'v')}}));
+  EXPECT_EQ(store.problem().find(kFile), 0U) << store.problem();
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(store.read("a"), (Entries{{"a", "1"}}));
+  EXPECT_TRUE(store.write({{"a", "3"}}));
+}
+
+/// A file that is not the store's, and what the refusal must say.
+struct Foreign {
+  const char* name;
+  const char* says;
+  void (*make)();
+};
+
+void makeText() { std::ofstream(kFile) << "my diary, not a database at all, but long enough"; }
+void makeTiny() { std::ofstream(kFile) << "x"; }
+void makeDamaged() {
+  {
+    Store store(kFile);
+    store.open();
+    store.write({{"a", std::string(20000, 'v')}});
+  }
+  std::fstream file(kFile, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(100);
+  file << std::string(3000, '\x5a');
+}
+void makeAnothers() {
+  sqlite3* database = nullptr;
+  sqlite3_open(kFile, &database);
+  sqlite3_exec(database, "PRAGMA application_id = 7; CREATE TABLE t (c)", nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+}
+void makeUnmarked() {
+  sqlite3* database = nullptr;
+  sqlite3_open(kFile, &database);
+  sqlite3_exec(database, "CREATE TABLE t (c)", nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+}
+
+/// Makes the file as a database whose writer stopped without closing it, with what it had in its journal.
+void makeAbandoned(const char* sql) {
+  const std::string source = "/tmp/source.sqlite";
+  for (const char* end : {"", "-wal", "-shm", "-journal"}) std::remove((source + end).c_str());
+  sqlite3* database = nullptr;
+  sqlite3_open(source.c_str(), &database);
+  EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+  for (const char* end : {"", "-wal", "-journal"})
+    if (access((source + end).c_str(), F_OK) == 0)
+      std::ofstream(kFile + std::string(end), std::ios::binary) << content(source + end);
+  sqlite3_close(database);
+}
+void makeAnothersLog() {
+  makeAbandoned("PRAGMA journal_mode = WAL; PRAGMA application_id = 7; CREATE TABLE t (c)");
+}
+void makeUnmarkedLog() { makeAbandoned("PRAGMA journal_mode = WAL; CREATE TABLE t (c)"); }
+void makeUnfinished(const std::string& begin) {
+  makeAbandoned((begin + "CREATE TABLE t (c); PRAGMA cache_size = 1; BEGIN; INSERT INTO t "
+                         "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 50) "
+                         "SELECT zeroblob(3000) FROM n")
+                    .c_str());
+  ASSERT_FALSE(content(kFile + std::string("-journal")).empty());
+}
+void makeAnothersUnfinished() { makeUnfinished("PRAGMA application_id = 7; "); }
+void makeUnmarkedUnfinished() { makeUnfinished(""); }
+
+class ForeignFiles : public StoreTest, public testing::WithParamInterface<Foreign> {};
+
+TEST_P(ForeignFiles, AreRefusedAndLeftAsTheyAre) {
+  GetParam().make();
+  const auto all = [] {
+    const std::string file = kFile;
+    return std::vector<std::string>{content(file), content(file + "-wal"), content(file + "-journal")};
+  };
+  const std::vector<std::string> before = all();
+  Store store(kFile);
+  EXPECT_FALSE(store.open());
+  EXPECT_FALSE(store.write({{"a", "1"}}));
+  EXPECT_NE(store.problem().find(std::string(kFile) + ": " + GetParam().says), std::string::npos)
+      << store.problem();
+  EXPECT_EQ(all(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Store, ForeignFiles,
+    testing::Values(Foreign{"Text", "is not a database", makeText},
+                    Foreign{"Tiny", "is not a database", makeTiny},
+                    Foreign{"Damaged", "is damaged", makeDamaged},
+                    Foreign{"Anothers", "belongs to another program", makeAnothers},
+                    Foreign{"Unmarked", "belongs to another program", makeUnmarked},
+                    Foreign{"AnothersLog", "belongs to another program", makeAnothersLog},
+                    Foreign{"UnmarkedLog", "belongs to another program", makeUnmarkedLog},
+                    Foreign{"AnothersUnfinished", "belongs to another program", makeAnothersUnfinished},
+                    Foreign{"UnmarkedUnfinished", "belongs to another program", makeUnmarkedUnfinished}),
+    [](const auto& test) { return test.param.name; });
+
+}  // namespace

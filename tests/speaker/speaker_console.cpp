@@ -1,0 +1,129 @@
+// The console of vorn-speaker, from a file and at a terminal.
+
+#include <poll.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include "speaker/speaker_program.h"
+
+namespace {
+
+class Console : public SpeakerProgram {
+ protected:
+  std::string type(const std::string& lines) { return run("console", file("typed", lines)); }
+};
+
+TEST_F(Console, PlaysWhatIsTyped) {
+  EXPECT_TRUE(has(type("assistant VornDeviceInfo.getVolume\nexpect 30\n"), "getVolume() = 30"));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Console, PointsAtAMistakeAndGoesOn) {
+  const std::string output = type("assistant VornDeviceInfo.getVolum\nassistant VornDeviceInfo.getVolume\n");
+  EXPECT_TRUE(has(
+      output,
+      "\n            ^ expected an operation of the assistant, found VornDeviceInfo.getVolum; did you mean"));
+  EXPECT_TRUE(has(output, "getVolume() = 30"));
+}
+
+TEST_F(Console, TellsADisappointmentAndGoesOn) {
+  const std::string output =
+      type("assistant VornDeviceInfo.getVolume\nexpect 1\nassistant VornDeviceInfo.getTimezone\n");
+  EXPECT_TRUE(has(output, "expected the result 1, saw 30"));
+  EXPECT_TRUE(has(output, "getTimezone() ="));
+}
+
+TEST_F(Console, MakesAScenarioOfItsLines) {
+  const std::string saved = std::string(kFolder) + "/saved.scenario";
+  type("assistant VornDeviceInfo.getVolume\nnonsense\nexpect 30\nsave " + saved + "\n");
+  EXPECT_EQ(content(saved), "assistant VornDeviceInfo.getVolume\nexpect 30\n");
+  run(saved);
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Console, ExplainsOperations) {
+  EXPECT_TRUE(has(type("help setSystemSetting\n"),
+                  "assistant VornDeviceInfo.setSystemSetting key value\n      key: a text"));
+}
+
+TEST_F(Console, EndsAtQuit) {
+  EXPECT_FALSE(has(type("quit\nassistant VornDeviceInfo.getVolume\n"), "getVolume()"));
+}
+
+/// At a terminal: what is typed, and what the screen shows.
+class Terminal : public SpeakerProgram {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    m_child = forkpty(&m_terminal, nullptr, nullptr, nullptr);
+    ASSERT_GE(m_child, 0);
+    if (m_child == 0) {
+      setenv("TERM", "dumb", 1);
+      const std::string command =
+          std::string("exec " VORN_SPEAKER_PROGRAM " --state ") + kFolder + " console";
+      execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    ASSERT_TRUE(shows("speaker> "));
+  }
+
+  void TearDown() override {
+    if (m_terminal >= 0) close(m_terminal);
+  }
+
+  void type(const std::string& keys) {
+    ASSERT_EQ(write(m_terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+  }
+
+  /// Waits until the screen shows the text after what it showed before; a minute at most.
+  testing::AssertionResult shows(const std::string& text) {
+    for (;;) {
+      const std::size_t found = m_screen.find(text);
+      if (found != std::string::npos) {
+        m_screen.erase(0, found + text.size());
+        return testing::AssertionSuccess();
+      }
+      pollfd ready{m_terminal, POLLIN, 0};
+      char part[512];
+      const ssize_t count = poll(&ready, 1, 60000) == 1 ? read(m_terminal, part, sizeof part) : 0;
+      if (count <= 0) return testing::AssertionFailure() << "no \"" << text << "\" in\n" << m_screen;
+      m_screen.append(part, static_cast<std::size_t>(count));
+    }
+  }
+
+  int quit() {
+    type("quit\n");
+    int ended = -1;
+    waitpid(m_child, &ended, 0);
+    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
+  }
+
+  int m_terminal = -1;
+  pid_t m_child = -1;
+  std::string m_screen;
+};
+
+TEST_F(Terminal, CompletesStatementsAndOperations) {
+  type("assi\tVornDeviceInfo.getVol\t\n");
+  EXPECT_TRUE(shows("getVolume() = 30"));
+  EXPECT_EQ(quit(), 0);
+}
+
+TEST_F(Terminal, OffersOnlyWhatTheSideCanCall) {
+  type("firmware VornCommsManager.\t\n");
+  EXPECT_TRUE(shows("notifyCallAction"));
+  EXPECT_EQ(quit(), 0);
+}
+
+TEST_F(Terminal, RemembersLinesButNoLogin) {
+  type("assistant VornDeviceInfo.getTimezone\n");
+  EXPECT_TRUE(shows("getTimezone() ="));
+  type("assistant VornEMPAdapterControl.login hidden-token ada true 1s x\n");
+  EXPECT_TRUE(shows("login(********"));
+  EXPECT_EQ(quit(), 0);
+  const std::string history = content(std::string(kFolder) + "/console-history");
+  EXPECT_TRUE(has(history, "getTimezone"));
+  EXPECT_FALSE(has(history, "hidden-token"));
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+// Recordings of vorn-speaker: written, replayed and reported.
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "speaker/speaker_program.h"
+
+namespace {
+
+class Recordings : public SpeakerProgram {
+ protected:
+  /// Records a scenario of these lines.
+  std::string record(const std::string& lines, const std::string& options = "") {
+    run("record " + m_path + " --scenario " + file("test.scenario", lines) + " " + options);
+    return content(m_path);
+  }
+
+  std::vector<nlohmann::json> calls() {
+    std::vector<nlohmann::json> all;
+    std::istringstream lines(content(m_path));
+    for (std::string line; std::getline(lines, line);) all.push_back(nlohmann::json::parse(line));
+    all.erase(all.begin());
+    return all;
+  }
+
+  const std::string m_path = std::string(kFolder) + "/recording";
+};
+
+TEST_F(Recordings, HoldOneObjectALineUnderAVersion) {
+  EXPECT_EQ(
+      record("assistant VornDeviceInfo.getVolume\n").find("{\"recording\":\"vorn-speaker\",\"version\":1}\n"),
+      0U);
+  const nlohmann::json call = calls().at(0);
+  EXPECT_EQ(call["operation"], "getVolume");
+  EXPECT_EQ(call["result"], "30");
+  EXPECT_EQ(call["thread"], "assistant");
+}
+
+TEST_F(Recordings, TellDirectionPlaceAndNesting) {
+  record("assistant VornDeviceCapabilities.onSetVolume 20\n");
+  const std::vector<nlohmann::json> all = calls();
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_EQ(all[0]["direction"], "up");
+  EXPECT_EQ(all[0]["inside"], 1);
+  EXPECT_EQ(all[1]["call"], 1);
+  EXPECT_EQ(all[1]["slot"], 61);
+}
+
+TEST_F(Recordings, OfAMorningAreAnsweredTheSameByTheirOwnHost) {
+  run("record " + m_path);
+  ASSERT_EQ(m_status, 0);
+  EXPECT_TRUE(has(run("replay " + m_path), "87 calls, all answered as recorded."));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Recordings, CarryAwkwardValuesUnharmed) {
+  const std::string lines = R"(assistant VornStorage.open
+assistant VornStorage.writeKeyValue {"a, b"="c=d", "\x01\"#"="", plain="Grüße\n"}
+assistant VornStorage.readKeyValue "a, b"
+expect {"a, b"="c=d"}
+assistant VornStorage.removeKeyValue ["a, b", "", "]"]
+assistant VornStorage.readKeyValue "a, b"
+assistant VornStorage.readKeyValue plain
+assistant VornDeviceInfo.getSystemSetting friendlyName
+)";
+  record(lines);
+  ASSERT_EQ(m_status, 0);
+  EXPECT_EQ(calls().at(1)["arguments"][0], R"({"\x01\"#"="", "a, b"="c=d", plain="Grüße\n"})");
+  EXPECT_EQ(calls().at(6)["written"][0], "value=Kitchen");
+  run("replay " + m_path);
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Recordings, ThatDifferAreToldWithWhatCameBefore) {
+  std::string text = record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
+  text.replace(text.find("\"result\":\"30\""), 13, "\"result\":\"31\"");
+  const std::string output = run("replay " + file("changed", text));
+  EXPECT_EQ(m_status, 1);
+  EXPECT_TRUE(
+      has(output,
+          "Call 2 is answered differently:\n  before    VornDeviceInfo.getTimezone = America/Vancouver\n"
+          "  called    VornDeviceInfo.getVolume\n  recorded  31\n  now       30\n"));
+}
+
+TEST_F(Recordings, MaskSecretsUnlessAskedOtherwise) {
+  const std::string lines =
+      "assistant VornEMPAdapterControl.login abc-token ada true 1s x\n"
+      "assistant VornStorage.writeKeyValue {apiToken=hidden-value}\n"
+      "firmware VornDeviceInfo.notifySystemSettingChanged wifiPassword hidden-value\n";
+  const std::string masked = record(lines);
+  EXPECT_FALSE(has(masked, "abc-token"));
+  EXPECT_FALSE(has(masked, "hidden-value"));
+  const std::string clear = record(lines, "--secrets");
+  EXPECT_TRUE(has(clear, "abc-token"));
+  EXPECT_TRUE(has(clear, "{apiToken=hidden-value}"));
+}
+
+TEST_F(Recordings, AreReportedWithCountsAndDurations) {
+  record(
+      "assistant VornDeviceInfo.getVolume\nfirmware VornDeviceInfo.notifyVolumeChanged 3\nassistant VornDeviceInfo.getVolume\n");
+  const std::string output = run("report " + m_path);
+  EXPECT_TRUE(has(output, "|----------------->|  VornDeviceInfo.getVolume = 30\n"));
+  EXPECT_TRUE(has(output, "|<-----------------|  VornDeviceInfo.notifyVolumeChanged 3\n"));
+  EXPECT_TRUE(matches(output, "down  VornDeviceInfo.getVolume +2 +[0-9]+ +[0-9]+ +[0-9]+\n"));
+}
+
+TEST_F(Recordings, ThatCannotBeReadAreNamedWithTheLine) {
+  EXPECT_TRUE(
+      has(run("replay " + file("broken", "{\"recording\":\"vorn-speaker\",\"version\":1}\n{\"call\":1}\n")),
+          "broken:2: expected a line of a recording"));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(has(run("report " + file("new", "{\"recording\":\"vorn-speaker\",\"version\":2}\n")),
+                  "new:1: expected a recording of version 1"));
+  EXPECT_TRUE(has(run("report /tmp/speaker/none"), "found nothing to read"));
+}
+
+}  // namespace
