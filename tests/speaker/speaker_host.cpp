@@ -79,10 +79,10 @@ TEST_F(OwnHost, AnswersAReplayDifferently) {
   EXPECT_EQ(m_status, 1);
 }
 
-TEST_F(OwnHost, ThatIsNoneIsRefused) {
-  EXPECT_TRUE(has(run("--host /tmp/speaker/none.so"), "/tmp/speaker/none.so: cannot be loaded"));
+TEST_F(OwnHost, IsRefusedWhenTheFileHoldsNone) {
+  EXPECT_TRUE(has(run("--host /tmp/speaker/none.so"), "/tmp/speaker/none.so cannot be loaded"));
   EXPECT_EQ(m_status, 2);
-  EXPECT_TRUE(has(run("--host " VORN_LIBRARY), "lacks vornCreateHost()"));
+  EXPECT_TRUE(has(run("--host " VORN_LIBRARY), "does not define vornCreateHost()"));
 }
 
 }  // namespace
