@@ -132,7 +132,7 @@ struct Listed : vorn_testing::OperationVisitor {
     declare<P...>(operation.target, operation);
   }
   template <class Host, class Result, class... P>
-  void host(const Operation& operation, Result (Host::*)(P...)) {
+  void hostOnly(const Operation& operation, Result (Host::*)(P...)) {
     declare<P...>(operation.target, operation);
     places.insert(operation.target + Text(" ") + std::to_string(operation.slot));
   }

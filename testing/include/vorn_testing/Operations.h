@@ -104,7 +104,7 @@ struct OperationVisitor {
   /// An operation of VornDALImplIF that no operation of an adapter leads to by itself: getEMPAdapter(), which every
   /// operation of VornEMPAdapterControl calls first.
   template <class OfHost>
-  void host(const Operation&, OfHost) {}
+  void hostOnly(const Operation&, OfHost) {}
 
   /// An operation of an adapter that goes up to the assistant side.
   template <class OfAdapter>
@@ -179,7 +179,7 @@ class Of {
 
   template <class OfHost>
   void hostOnly(int slot, const char* name, OfHost host) const {
-    m_visitor.host(made(name, Direction::kDown, Guard::kUnlocked, "VornDALImplIF", slot, ""), host);
+    m_visitor.hostOnly(made(name, Direction::kDown, Guard::kUnlocked, "VornDALImplIF", slot, ""), host);
   }
 
   template <class OfAdapter>
