@@ -1,9 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -63,81 +61,12 @@ class DoctorHost : public ForwardingHost {
   /// Hands `finding` to the doctor that was made last, or prints and aborts when there is none.
   static void report(const Finding& finding);
 
-  void alexaStateChanged(std::string state) override;
-  void dialogUXStateChanged(std::string state) override;
-  void notifyMainAppInitialized() override;
-  bool requestAudioFocus() override;
-  bool releaseAudioFocus() override;
-  bool startStreamingAudioData() override;
-  void stopStreamingAudioData() override;
-  bool isMicrophoneAvailable() override;
-  void setAlexaHandsFreeState(bool enabled) override;
-  void notifyAlexaInvocationDetected(std::string invocationType) override;
-  int getVolume() override;
-  bool getMuteStatus() override;
-  std::string getTimezone() override;
-  std::string getDeviceLocale() override;
-  void changeAlexaLocale(std::string locale) override;
-  std::map<std::string, std::string> getDeviceInformation() override;
-  bool getNetworkConnectionStatus() override;
-  void updateInternetConnectionStatus(bool connected) override;
-  std::string getConfigData(std::string key) override;
-  bool getSystemSetting(std::string key, std::string& value) override;
-  bool setSystemSetting(std::string key, std::string value) override;
-  std::string getVSKCapabilities() override;
-  bool open() override;
-  std::map<std::string, std::string> readKeyValue(const std::string& key) override;
-  bool writeKeyValue(std::map<std::string, std::string> entries) override;
-  bool removeKeyValue(const std::vector<std::string>& keys) override;
-  bool clear() override;
-  void onLogEmitted(const std::string& first, const std::string& second) override;
-  void sendCBLInfo(std::string& first, std::string& second, std::int64_t& number) override;
-  void alexaAuthStatusChanged(std::string status) override;
-  VornDeviceAbstractionLayer::VornEMPAdapterIF* getEMPAdapter() override;
-  void sendAppMessage(std::string first, std::string second, std::string third) override;
-  int setAnimation(std::vector<std::string> animations) override;
-  std::pair<bool, std::string> onChangeChannel(std::string channel) override;
-  bool onInputChange(const std::string& input) override;
-  std::pair<bool, std::string> onSkipChannel(int count) override;
-  std::pair<bool, std::string> onSendKeystroke(std::string keystroke) override;
-  std::pair<bool, std::string> onChangePlaybackPlay(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackPause(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackStop(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackStartOver(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackPrevious(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackNext(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackRewind(std::string payload) override;
-  std::pair<bool, std::string> onChangePlaybackFastForward(std::string payload) override;
-  std::pair<bool, std::string> onSearchAndPlay(std::string payload) override;
-  std::pair<bool, std::string> onSearchAndDisplayResults(std::string payload) override;
-  std::pair<bool, std::string> onSetMode(std::string mode, std::string value) override;
-  std::pair<bool, std::string> onAdjustMode(std::string mode, int delta) override;
-  std::pair<bool, std::string> onSetPowerState(bool on) override;
-  std::pair<bool, std::string> onSetPowerState(bool on, std::string target) override;
-  std::pair<bool, std::string> onSetRangeValue(double value) override;
-  std::pair<bool, std::string> onAdjustRangeValue(double delta) override;
-  std::pair<bool, std::string> onSetToggleState(std::string toggle, std::string state) override;
-  std::pair<bool, std::string> onLaunchTarget(std::string target) override;
-  std::pair<bool, std::string> onStartRecording() override;
-  std::pair<bool, std::string> onStopRecording() override;
-  std::pair<bool, std::string> onAdjustSeekPosition(int delta) override;
-  std::pair<bool, std::string> onSetVolume(int volume) override;
-  std::pair<bool, std::string> onAdjustVolume(int delta) override;
-  std::pair<bool, std::string> onMute(bool mute) override;
-  bool clearGUICard() override;
-  bool renderGUICard(const std::string& card) override;
-  void onCommsStateChanged(
-      const DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo& info) override;
-
  private:
-  class Call;
-  class Player;
+  class Watch;
 
-  const OnFinding m_onFinding;
-  std::atomic<int> m_running;
-  NullPlayer m_nullPlayer;
-  std::mutex m_playersMutex;
-  std::map<VornDeviceAbstractionLayer::VornEMPAdapterIF*, std::shared_ptr<Player>> m_players;
+  explicit DoctorHost(std::shared_ptr<Watch> watch);
+
+  const std::shared_ptr<Watch> m_watch;
 };
 
 /// Reports the use of an adapter that has no instance, with the stack of the caller. For Checked.
