@@ -1,22 +1,19 @@
 #include "Operations.h"
 
-#include <VornAppMessaging.h>
-#include <VornCommsManager.h>
-#include <VornDeviceInfo.h>
-#include <VornGUIOutput.h>
-#include <VornLEDController.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <new>
 #include <tuple>
 #include <type_traits>
+#include <utility>
+
+#include "vorn_testing/Operations.h"
 
 namespace vorn_testing::checks {
 
 namespace {
-
-using namespace VornDeviceAbstractionLayer;
 
 // Answers, and what of them is text.
 
@@ -82,12 +79,11 @@ Texts answer(Object& object, Member<Object, Answer, Parameters...> member,
 }
 
 template <class Object, class Answer, class... Parameters>
-Operation operation(int slot, const char* name, const char* adapter,
-                    Member<Object, Answer, Parameters...> member) {
+Operation operation(const vorn_testing::Operation& listed, Member<Object, Answer, Parameters...> member) {
   Operation made;
-  made.name = name;
-  made.slot = slot;
-  made.adapter = adapter;
+  made.name = listed.name;
+  made.slot = listed.slot;
+  made.adapter = listed.adapter;
   made.ofPlayer = std::is_same_v<Object, Player>;
   made.takesTexts = (kIsText<std::decay_t<Parameters>> || ...);
   made.takesNumbers = (kIsNumber<std::decay_t<Parameters>> || ...);
@@ -118,9 +114,9 @@ Operation operation(int slot, const char* name, const char* adapter,
 }
 
 template <class Adapter, class Answer, class AdapterAnswer, class... Parameters>
-Operation locked(int slot, const char* name, const char* adapter, Member<Host, Answer, Parameters...> member,
+Operation locked(const vorn_testing::Operation& listed, Member<Host, Answer, Parameters...> member,
                  Member<Adapter, AdapterAnswer, Parameters...> through) {
-  Operation made = operation(slot, name, adapter, member);
+  Operation made = operation(listed, member);
   made.locked = true;
   made.prepare = [direct = made.prepare, through](Given given, int which) {
     using Values = std::tuple<std::decay_t<Parameters>...>;
@@ -134,6 +130,35 @@ Operation locked(int slot, const char* name, const char* adapter, Member<Host, A
   return made;
 }
 
+/// The host's operations of the list by slot, then its player's.
+struct Collected : OperationVisitor {
+  std::vector<Operation> operations;
+
+  Collected() {
+    visitOperations(*this);
+    const auto place = [](const Operation& one) { return std::make_pair(one.ofPlayer, one.slot); };
+    std::sort(operations.begin(), operations.end(),
+              [&](const Operation& left, const Operation& right) { return place(left) < place(right); });
+  }
+
+  template <class Answer, class... Parameters, class Through>
+  void down(const vorn_testing::Operation& listed, Member<Host, Answer, Parameters...> member,
+            Through through) {
+    operations.push_back(listed.guard == Guard::kMutex ? locked(listed, member, through)
+                                                       : operation(listed, member));
+  }
+
+  template <class Answer, class... Parameters, class Through>
+  void down(const vorn_testing::Operation& listed, Member<Player, Answer, Parameters...> member, Through) {
+    operations.push_back(operation(listed, member));
+  }
+
+  template <class OfHost>
+  void hostOnly(const vorn_testing::Operation& listed, OfHost member) {
+    operations.push_back(operation(listed, member));
+  }
+};
+
 }  // namespace
 
 std::string Operation::place() const {
@@ -142,99 +167,7 @@ std::string Operation::place() const {
 }
 
 const std::vector<Operation>& operations() {
-  using Result = std::pair<bool, std::string>;
-  static const auto* const kOperations = new std::vector<Operation>{
-      operation(3, "alexaStateChanged", "VornAlexaState", &Host::alexaStateChanged),
-      operation(4, "dialogUXStateChanged", "VornAlexaState", &Host::dialogUXStateChanged),
-      operation(5, "notifyMainAppInitialized", "VornAlexaState", &Host::notifyMainAppInitialized),
-      operation(6, "requestAudioFocus", "VornAudioFocus", &Host::requestAudioFocus),
-      operation(7, "releaseAudioFocus", "VornAudioFocus", &Host::releaseAudioFocus),
-      operation(8, "startStreamingAudioData", "VornAudioIn", &Host::startStreamingAudioData),
-      operation(9, "stopStreamingAudioData", "VornAudioIn", &Host::stopStreamingAudioData),
-      operation(10, "isMicrophoneAvailable", "VornAudioIn", &Host::isMicrophoneAvailable),
-      operation(11, "setAlexaHandsFreeState", "VornAudioIn", &Host::setAlexaHandsFreeState),
-      operation(12, "notifyAlexaInvocationDetected", "VornAudioIn", &Host::notifyAlexaInvocationDetected),
-      locked(13, "getVolume", "VornDeviceInfo", &Host::getVolume, &VornDeviceInfo::getVolume),
-      locked(14, "getMuteStatus", "VornDeviceInfo", &Host::getMuteStatus, &VornDeviceInfo::getMuteStatus),
-      locked(15, "getTimezone", "VornDeviceInfo", &Host::getTimezone, &VornDeviceInfo::getTimezone),
-      locked(16, "getDeviceLocale", "VornDeviceInfo", &Host::getDeviceLocale,
-             &VornDeviceInfo::getDeviceLocale),
-      locked(17, "changeAlexaLocale", "VornDeviceInfo", &Host::changeAlexaLocale,
-             &VornDeviceInfo::changeAlexaLocale),
-      locked(18, "getDeviceInformation", "VornDeviceInfo", &Host::getDeviceInformation,
-             &VornDeviceInfo::getDeviceInformation),
-      locked(19, "getNetworkConnectionStatus", "VornDeviceInfo", &Host::getNetworkConnectionStatus,
-             &VornDeviceInfo::getNetworkConnectionStatus),
-      locked(20, "updateInternetConnectionStatus", "VornDeviceInfo", &Host::updateInternetConnectionStatus,
-             &VornDeviceInfo::updateInternetConnectionStatus),
-      locked(21, "getConfigData", "VornDeviceInfo", &Host::getConfigData, &VornDeviceInfo::getConfigData),
-      operation(22, "getSystemSetting", "VornDeviceInfo", &Host::getSystemSetting),
-      locked(23, "setSystemSetting", "VornDeviceInfo", &Host::setSystemSetting,
-             &VornDeviceInfo::setSystemSetting),
-      operation(24, "getVSKCapabilities", "VornDeviceInfo", &Host::getVSKCapabilities),
-      operation(25, "open", "VornStorage", &Host::open),
-      operation(26, "readKeyValue", "VornStorage", &Host::readKeyValue),
-      operation(27, "writeKeyValue", "VornStorage", &Host::writeKeyValue),
-      operation(28, "removeKeyValue", "VornStorage", &Host::removeKeyValue),
-      operation(29, "clear", "VornStorage", &Host::clear),
-      operation(30, "onLogEmitted", "VornLoggerObserver", &Host::onLogEmitted),
-      operation(31, "sendCBLInfo", "VornOOBE", &Host::sendCBLInfo),
-      operation(32, "alexaAuthStatusChanged", "VornOOBE", &Host::alexaAuthStatusChanged),
-      operation(33, "getEMPAdapter", "VornEMPAdapterControl", &Host::getEMPAdapter),
-      locked(34, "sendAppMessage", "VornAppMessaging", &Host::sendAppMessage,
-             &VornAppMessaging::sendAppMessage),
-      locked(35, "setAnimation", "VornLEDController", &Host::setAnimation, &VornLEDController::setAnimation),
-      operation(36, "onChangeChannel", "VornDeviceCapabilities", &Host::onChangeChannel),
-      operation(37, "onInputChange", "VornDeviceCapabilities", &Host::onInputChange),
-      operation(38, "onSkipChannel", "VornDeviceCapabilities", &Host::onSkipChannel),
-      operation(39, "onSendKeystroke", "VornDeviceCapabilities", &Host::onSendKeystroke),
-      operation(40, "onChangePlaybackPlay", "VornDeviceCapabilities", &Host::onChangePlaybackPlay),
-      operation(41, "onChangePlaybackPause", "VornDeviceCapabilities", &Host::onChangePlaybackPause),
-      operation(42, "onChangePlaybackStop", "VornDeviceCapabilities", &Host::onChangePlaybackStop),
-      operation(43, "onChangePlaybackStartOver", "VornDeviceCapabilities", &Host::onChangePlaybackStartOver),
-      operation(44, "onChangePlaybackPrevious", "VornDeviceCapabilities", &Host::onChangePlaybackPrevious),
-      operation(45, "onChangePlaybackNext", "VornDeviceCapabilities", &Host::onChangePlaybackNext),
-      operation(46, "onChangePlaybackRewind", "VornDeviceCapabilities", &Host::onChangePlaybackRewind),
-      operation(47, "onChangePlaybackFastForward", "VornDeviceCapabilities",
-                &Host::onChangePlaybackFastForward),
-      operation(48, "onSearchAndPlay", "VornDeviceCapabilities", &Host::onSearchAndPlay),
-      operation(49, "onSearchAndDisplayResults", "VornDeviceCapabilities", &Host::onSearchAndDisplayResults),
-      operation(50, "onSetMode", "VornDeviceCapabilities", &Host::onSetMode),
-      operation(51, "onAdjustMode", "VornDeviceCapabilities", &Host::onAdjustMode),
-      operation(52, "onSetPowerState", "VornDeviceCapabilities",
-                static_cast<Result (Host::*)(bool)>(&Host::onSetPowerState)),
-      operation(53, "onSetPowerState", "VornDeviceCapabilities",
-                static_cast<Result (Host::*)(bool, std::string)>(&Host::onSetPowerState)),
-      operation(54, "onSetRangeValue", "VornDeviceCapabilities", &Host::onSetRangeValue),
-      operation(55, "onAdjustRangeValue", "VornDeviceCapabilities", &Host::onAdjustRangeValue),
-      operation(56, "onSetToggleState", "VornDeviceCapabilities", &Host::onSetToggleState),
-      operation(57, "onLaunchTarget", "VornDeviceCapabilities", &Host::onLaunchTarget),
-      operation(58, "onStartRecording", "VornDeviceCapabilities", &Host::onStartRecording),
-      operation(59, "onStopRecording", "VornDeviceCapabilities", &Host::onStopRecording),
-      operation(60, "onAdjustSeekPosition", "VornDeviceCapabilities", &Host::onAdjustSeekPosition),
-      operation(61, "onSetVolume", "VornDeviceCapabilities", &Host::onSetVolume),
-      operation(62, "onAdjustVolume", "VornDeviceCapabilities", &Host::onAdjustVolume),
-      operation(63, "onMute", "VornDeviceCapabilities", &Host::onMute),
-      locked(64, "clearGUICard", "VornGUIOutput", &Host::clearGUICard, &VornGUIOutput::clearGUICard),
-      locked(65, "renderGUICard", "VornGUIOutput", &Host::renderGUICard, &VornGUIOutput::renderGUICard),
-      locked(66, "onCommsStateChanged", "VornCommsManager", &Host::onCommsStateChanged,
-             &VornCommsManager::onCommsStateChanged),
-      operation(3, "login", "VornEMPAdapterControl", &Player::login),
-      operation(4, "logout", "VornEMPAdapterControl", &Player::logout),
-      operation(5, "launchAndPlay", "VornEMPAdapterControl", &Player::launchAndPlay),
-      operation(6, "nextTrack", "VornEMPAdapterControl", &Player::nextTrack),
-      operation(7, "previousTrack", "VornEMPAdapterControl", &Player::previousTrack),
-      operation(8, "restartCurrentTrack", "VornEMPAdapterControl", &Player::restartCurrentTrack),
-      operation(9, "setShuffleOn", "VornEMPAdapterControl", &Player::setShuffleOn),
-      operation(10, "setShuffleOff", "VornEMPAdapterControl", &Player::setShuffleOff),
-      operation(11, "resume", "VornEMPAdapterControl", &Player::resume),
-      operation(12, "pause", "VornEMPAdapterControl", &Player::pause),
-      operation(13, "stop", "VornEMPAdapterControl", &Player::stop),
-      operation(14, "skipForward", "VornEMPAdapterControl", &Player::skipForward),
-      operation(15, "setRepeatAll", "VornEMPAdapterControl", &Player::setRepeatAll),
-      operation(16, "setRepeatNone", "VornEMPAdapterControl", &Player::setRepeatNone),
-      operation(17, "setRepeatOne", "VornEMPAdapterControl", &Player::setRepeatOne),
-      operation(18, "getPlaybackState", "VornEMPAdapterControl", &Player::getPlaybackState)};
+  static const auto* const kOperations = new std::vector<Operation>(Collected().operations);
   return *kOperations;
 }
 
