@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vorn_testing/Call.h>
+#include <vorn_testing/Operations.h>
 
 #include <cstdint>
 #include <memory>
@@ -87,12 +88,14 @@ std::vector<std::string> spellAll(const std::vector<const void*>& addresses, boo
   return {spellAt<std::decay_t<P>>(addresses.at(I), secrets)...};
 }
 
-/// Describes a member function of an adapter: the types of its parameters come from its declaration, their
-/// names from `names`.
+/// Describes a member function of an adapter: the types of its parameters come from its declaration, the rest
+/// from the kit's list.
 template <class Adapter, class Result, class... P>
-Operation member(Caller caller, const char* adapter, const char* name, Result (Adapter::*function)(P...),
-                 const char* target, int slot, const std::vector<const char*>& names) {
-  Operation made{adapter, name, caller, {}, {}, target, slot};
+Operation member(const vorn_testing::Operation& listed, Result (Adapter::*function)(P...)) {
+  const Caller caller =
+      listed.direction == vorn_testing::Direction::kUp ? Caller::kFirmware : Caller::kAssistant;
+  Operation made{listed.adapter, listed.name, caller, {}, {}, listed.target, listed.slot};
+  const std::vector<std::string> names = parameterNames(listed);
   [[maybe_unused]] std::size_t index = 0;
   (made.parameters.push_back({names.at(index++), describe<std::decay_t<P>>(), kWrites<P>}), ...);
   made.bind = [caller, function, parameters = made.parameters](const std::vector<Token>& arguments) {

@@ -39,7 +39,7 @@ struct Operation {
   std::string fullName() const { return adapter + "." + name; }
 };
 
-/// Every operation of both sides, in the order of the adapters' creation.
+/// Every operation of both sides, in the order of the kit's list.
 const std::vector<Operation>& operations();
 
 /// The rows among them that players and containers take part in.
