@@ -1,8 +1,8 @@
 #include "VornAudioIn.h"
 
 #include <DeviceAbstractionLayer/AudioIn.h>
-#include <DeviceAbstractionLayer/AuthorizationStates.h>
-#include <DeviceAbstractionLayer/InvocationTypes.h>
+#include <DeviceAbstractionLayer/AuthorizationStates.h>  // puts copies of its texts here: contract
+#include <DeviceAbstractionLayer/InvocationTypes.h>      // puts copies of its texts here: contract
 #include "VornDALImplIF.h"
 #include "internal/Lifecycle.h"
 #include "internal/Trace.h"

@@ -1,7 +1,7 @@
 #include "VornDeviceInfo.h"
 
 #include <DeviceAbstractionLayer/DeviceInfo.h>
-#include <DeviceAbstractionLayer/DeviceInfoConstants.h>
+#include <DeviceAbstractionLayer/DeviceInfoConstants.h>  // puts copies of its texts here: contract
 #include "VornDALImplIF.h"
 #include "internal/HotPath.h"
 #include "internal/Lifecycle.h"

@@ -1,6 +1,6 @@
 #include "VornOOBE.h"
 
-#include <DeviceAbstractionLayer/AuthorizationStates.h>
+#include <DeviceAbstractionLayer/AuthorizationStates.h>  // puts copies of its texts here: contract
 #include <DeviceAbstractionLayer/OOBE.h>
 #include "VornDALImplIF.h"
 #include "internal/HotPath.h"
