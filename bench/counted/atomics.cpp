@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Calls.h"
-#include "Company.h"
+#include "../Calls.h"
+#include "../Company.h"
 
 namespace {
 

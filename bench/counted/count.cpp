@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <string>
 
-#include "Calls.h"
-#include "Company.h"
+#include "../Calls.h"
+#include "../Company.h"
 #include "counters.h"
 
 namespace {
