@@ -3,6 +3,20 @@
 
 include(CheckCXXCompilerFlag)
 
+# VORN_INSTRUMENTED: what the flags put into every program, as a list of thread, address, undefined, fuzzer and coverage;
+# empty in a normal build. The only place that looks at the flags: everything that an instrumented build leaves out asks it.
+set(VORN_INSTRUMENTED "")
+foreach(kind thread address undefined fuzzer)
+  if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,-]*${kind}")
+    list(APPEND VORN_INSTRUMENTED ${kind})
+  endif()
+endforeach()
+if(CMAKE_CXX_FLAGS MATCHES "-fprofile|--coverage")
+  list(APPEND VORN_INSTRUMENTED coverage)
+endif()
+set(VORN_SANITIZED ${VORN_INSTRUMENTED})
+list(REMOVE_ITEM VORN_SANITIZED coverage)
+
 add_library(VornFlags INTERFACE)
 add_library(Vorn::Flags ALIAS VornFlags)
 target_compile_options(VornFlags INTERFACE
@@ -28,7 +42,7 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
   target_compile_options(VornHardening INTERFACE -mbranch-protection=pac-ret)
 endif()
 target_compile_definitions(VornHardening INTERFACE _GLIBCXX_ASSERTIONS)
-if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+if(NOT VORN_SANITIZED)
   target_compile_options(VornHardening INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
