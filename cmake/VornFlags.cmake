@@ -16,6 +16,7 @@ if(CMAKE_CXX_FLAGS MATCHES "-fprofile|--coverage")
 endif()
 set(VORN_SANITIZED ${VORN_INSTRUMENTED})
 list(REMOVE_ITEM VORN_SANITIZED coverage)
+string(REGEX MATCH "-stdlib=[^ ]+" VORN_OTHER_STDLIB "${CMAKE_CXX_FLAGS}")  # packaged libraries are built with another
 
 add_library(VornFlags INTERFACE)
 add_library(Vorn::Flags ALIAS VornFlags)
