@@ -6,7 +6,7 @@
 #include <map>
 #include <thread>
 
-#include "contract/trace_file.h"
+#include "support/trace_file.h"
 
 namespace {
 
