@@ -7,17 +7,16 @@
 
 #include <condition_variable>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <set>
 #include <thread>
 
-#include "support/rows.h"
+#include "support/everything.h"
 #include "support/watchdog.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
 enum class State { kNeverCreated, kLive, kLiveOnASecondHost, kShutDown, kUnloading };
@@ -31,15 +30,6 @@ constexpr Neighbour kNeighbours[] = {Neighbour::kReturns, Neighbour::kThrowsExce
 constexpr Logger kLoggers[] = {Logger::kAbsent, Logger::kOff, Logger::kOn};
 constexpr const char* kStateNames[] = {"never created", "live", "live on a second host", "shut down",
                                        "unloading"};
-
-constexpr char kTrace[] = "/tmp/xAppLog.txt";
-
-std::vector<std::string> trace() {
-  std::vector<std::string> lines;
-  std::ifstream file(kTrace);
-  for (std::string line; std::getline(file, line);) lines.push_back(line);
-  return lines;
-}
 
 /// Opens once, for whoever waits.
 class Gate {
@@ -66,24 +56,24 @@ class Life {
  public:
   explicit Life(State state) : m_state(state), m_recorder(m_first.recorder), m_assistant(m_recorder) {
     settleAudio();
-    for (const Adapter& each : adapters()) {
-      if (each.name == std::string("FileLogger")) continue;
-      std::shared_ptr<void>& object = m_objects[each.name];
+    for (const Adapter* const each : classes()) {
+      if (each->name == "FileLogger") continue;
+      std::shared_ptr<void>& object = m_objects[each];
       if (state == State::kNeverCreated) {
-        object = each.bare(m_first);
+        object = each->construct(m_first);
         continue;
       }
-      object = each.create(m_first);
+      object = each->create(m_first);
       if (state == State::kLive || state == State::kUnloading) continue;
-      each.shutdown();
-      if (state == State::kLiveOnASecondHost) m_anew.push_back(each.create(m_second));
+      each->shutdown();
+      if (state == State::kLiveOnASecondHost) m_anew.push_back(each->create(m_second));
     }
   }
 
   /// All cases; how many there were.
   std::size_t play() {
     std::size_t cases = 0;
-    for (const Row& row : rows()) {
+    for (const Row& row : m_rows) {
       if (testing::Test::HasFailure()) break;  // One operation's failures are enough to read.
       for (const Logger logger : kLoggers) {
         for (const Neighbour neighbour : kNeighbours) {
@@ -104,18 +94,19 @@ class Life {
   }
 
   void play(const Row& row, Neighbour neighbour, Logger logger) {
-    const std::unique_ptr<Invocation> call = row.prepare(m_objects[row.adapter].get(), m_first);
+    const std::unique_ptr<Invocation> call = row.with(Sample::kUsual);
+    m_object = m_objects[row.adapter].get();
     m_first.recorder->clear();
     m_second.recorder->clear();
     FileLogger::Shutdown();
-    unlink(kTrace);
+    unlink(trace_file::kPath);
     if (logger != Logger::kAbsent) FileLogger::CreateInstance(logger == Logger::kOn);
 
-    const std::vector<std::string> expected = row.sees(live());
-    const std::vector<std::string> lines = row.lines(live());
+    const std::vector<std::string> expected = row.reaches(call->outcome.given, live());
+    const std::vector<std::string> lines = row.delivered(live()) ? row.lines : row.lostLines;
     switch (neighbour) {
       case Neighbour::kReturns:
-        call->invoke();
+        call->make(m_object);
         break;
       case Neighbour::kThrowsException:
         throws(*call, expected, std::runtime_error("the neighbour's own"));
@@ -132,25 +123,25 @@ class Life {
     const bool returned =
         expected.empty() || neighbour == Neighbour::kReturns || neighbour == Neighbour::kBlocks;
     if (returned) {
-      EXPECT_EQ(call->result(), live() || row.seesLive.empty() ? row.answer : row.fallback);
-      EXPECT_EQ(seen(*m_recorder), expected);
+      EXPECT_EQ(Row::told(call->outcome), row.tells(call->outcome, live()));
+      EXPECT_EQ(seen(m_recorder->calls()), expected);
       expectReferences(*call);
     } else {
-      EXPECT_EQ(seen(*m_recorder), std::vector<std::string>{expected.front()});
+      EXPECT_EQ(seen(m_recorder->calls()), std::vector<std::string>{expected.front()});
     }
     EXPECT_TRUE(m_second.recorder->calls().empty()) << "the second host was called";
-    if (std::mutex* const mutex = mutexOf(row)) {
-      EXPECT_TRUE(free(*mutex));
+    if (std::mutex* const mutex = row.mutex()) {
+      EXPECT_FALSE(isHeld(*mutex));
     }
-    EXPECT_EQ(trace(), logger == Logger::kOn ? lines : std::vector<std::string>{});
+    EXPECT_EQ(trace_file::lines(), logger == Logger::kOn ? lines : std::vector<std::string>{});
   }
 
   template <class Exception>
   void throws(Invocation& call, const std::vector<std::string>& expected, Exception exception) {
     m_recorder->onCall([exception](const vorn_testing::Call&) { throw exception; });
-    if (expected.empty()) return call.invoke();
+    if (expected.empty()) return call.make(m_object);
     try {
-      call.invoke();
+      call.make(m_object);
       ADD_FAILURE() << "nothing was thrown";
     } catch (const Exception& caught) {
       EXPECT_EQ(what(caught), what(exception));
@@ -162,49 +153,43 @@ class Life {
 
   /// While the neighbour holds the call, the mutex is held where the row says so and nowhere else.
   void blocks(const Row& row, Invocation& call, const std::vector<std::string>& expected) {
-    if (expected.empty()) return call.invoke();
+    if (expected.empty()) return call.make(m_object);
     Gate inside;
     Gate release;
     m_recorder->onCall([&](const vorn_testing::Call&) {
       inside.open();
       release.wait();
     });
-    std::thread caller([&] { call.invoke(); });
+    std::thread caller([&] { call.make(m_object); });
     EXPECT_TRUE(inside.wait());
-    if (row.adapter != std::string("FileLogger")) {
-      EXPECT_EQ(!free(mutexOf(row.adapter)), row.guard == Guard::kLocked);
-      if (row.adapter == std::string("VornAppMessaging")) {
-        EXPECT_EQ(!free(mutexOf(row.adapter, "m_dalMutex")), row.guard == Guard::kDalMutex);
-      }
+    EXPECT_EQ(isHeld(mutexOf(row.adapter->name)), row.guard == Guard::kMutex);
+    if (row.adapter->name == "VornAppMessaging") {
+      EXPECT_EQ(isHeld(mutexOf(row.adapter->name, "m_dalMutex")), row.guard == Guard::kDalMutex);
     }
-    EXPECT_TRUE(free(mutexOf("FileLogger")));
+    EXPECT_FALSE(isHeld(mutexOf("FileLogger")));
     release.open();
     caller.join();
   }
 
   void expectReferences(const Invocation& call) const {
-    const std::vector<const void*> references = call.references();
+    const Outcome& outcome = call.outcome;
     const std::vector<vorn_testing::Call> calls = m_recorder->calls();
     if (calls.empty()) return;
     const vorn_testing::Call& last = calls.back();
-    for (std::size_t i = 0; i < references.size() && i < last.addresses.size(); ++i) {
-      if (!references[i]) continue;
-      EXPECT_EQ(last.addresses[i], references[i]) << "argument " << i << " was copied";
+    for (std::size_t i = 0; i < outcome.addresses.size() && i < last.addresses.size(); ++i) {
+      if (!outcome.reference[i]) continue;
+      EXPECT_EQ(last.addresses[i], outcome.addresses[i]) << "argument " << i << " was copied";
     }
   }
 
-  static bool free(std::mutex& mutex) {
-    if (!mutex.try_lock()) return false;
-    mutex.unlock();
-    return true;
-  }
-
   const State m_state;
-  World m_first;
-  World m_second;
+  Firmware m_first;
+  Firmware m_second;
+  const std::vector<Row> m_rows = everyRow(m_first);
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
   vorn_testing::FakeAssistant m_assistant;
-  std::map<std::string, std::shared_ptr<void>> m_objects;
+  std::map<const Adapter*, std::shared_ptr<void>> m_objects;
+  void* m_object = nullptr;  ///< The one called.
   std::vector<std::shared_ptr<void>> m_anew;
 };
 
@@ -248,54 +233,18 @@ std::size_t casesOf(State state) {
 }
 
 TEST(OperationMatrix, HoldsForEveryOperationStateNeighbourAndLogger) {
+  Firmware firmware;
+  const std::size_t operations = everyRow(firmware).size();
   std::size_t cases = 0;
   for (const State state : kStates) {
     const std::size_t now = casesOf(state);
-    ASSERT_EQ(now, rows().size() * std::size(kNeighbours) * std::size(kLoggers))
+    ASSERT_EQ(now, operations * std::size(kNeighbours) * std::size(kLoggers))
         << kStateNames[static_cast<int>(state)];
     cases += now;
   }
-  std::cout << "operation matrix: " << rows().size() << " operations, " << cases << " cases\n";
-  EXPECT_EQ(cases, rows().size() * std::size(kStates) * std::size(kNeighbours) * std::size(kLoggers));
+  std::cout << "operation matrix: " << operations << " operations, " << cases << " cases\n";
+  EXPECT_EQ(cases, operations * std::size(kStates) * std::size(kNeighbours) * std::size(kLoggers));
   EXPECT_GE(cases, 6000U);
-}
-
-TEST(OperationMatrix, ReachesEverySlotOfBothHostInterfaces) {
-  std::set<int> host;
-  std::set<int> player;
-  for (const Row& row : rows())
-    for (const std::string& call : row.seesLive)
-      (row.adapter == std::string("VornEMPAdapterControl") && std::stoi(call) != 33 ? player : host)
-          .insert(std::stoi(call));
-  for (int slot = 3; slot <= 66; ++slot) EXPECT_EQ(host.count(slot), 1U) << "host slot " << slot;
-  for (int slot = 3; slot <= 18; ++slot) EXPECT_EQ(player.count(slot), 1U) << "player slot " << slot;
-}
-
-/// The upward operations once more, without an assistant.
-TEST(OperationMatrix, UpwardOperationsDropTheNewsWithoutAnAssistant) {
-  World world;
-  const std::map<std::string, std::string> fallbacks = {{"SendMessageToxApp", "false"},
-                                                        {"notifyPlaybackControllerAction", "false"},
-                                                        {"sendAudioData", "|[480 samples]"}};
-  const std::string lost =
-      " Time: void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null";
-  for (const Row& row : rows()) {
-    if (row.seesAlways.empty() || row.adapter == std::string("VornMediaPlayerFactory") ||
-        row.adapter == std::string("VornAttachmentReaderContainerFactory"))
-      continue;
-    SCOPED_TRACE(row.name());
-    const std::shared_ptr<void> object = adapter(row.adapter).bare(world);
-    const std::unique_ptr<Invocation> call = row.prepare(object.get(), world);
-    FileLogger::Shutdown();
-    FileLogger::CreateInstance(row.operation != std::string("sendAudioData"));
-    unlink(kTrace);
-    call->invoke();
-    const auto fallback = fallbacks.find(row.operation);
-    EXPECT_EQ(call->result(), fallback == fallbacks.end() ? "" : fallback->second);
-    EXPECT_EQ(trace(), row.operation == std::string("notifyOOBEInitiated") ? std::vector<std::string>{lost}
-                                                                           : std::vector<std::string>{});
-  }
-  FileLogger::Shutdown();
 }
 
 }  // namespace

@@ -1,20 +1,17 @@
 // Random sequences of lives and calls against a small model of the contract.
 
-#include <FileLogger.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <random>
 
-#include "support/rows.h"
-#include "support/watchdog.h"
+#include "support/everything.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
 /// What the contract says of one adapter: whether there is an instance, and whose host each object has.
@@ -29,13 +26,6 @@ struct Kept {
   int host;
 };
 
-std::size_t traceLines() {
-  std::size_t lines = 0;
-  std::ifstream file("/tmp/xAppLog.txt");
-  for (std::string line; std::getline(file, line);) ++lines;
-  return lines;
-}
-
 class Property : public testing::Test {
  protected:
   static void SetUpTestSuite() { watchdog::feed(); }
@@ -43,37 +33,37 @@ class Property : public testing::Test {
   /// One sequence; false and a printed history when the library and the model disagree.
   bool play(unsigned seed, int steps) {
     std::mt19937 random(seed);
-    World worlds[2];
-    vorn_testing::FakeAssistant assistant(worlds[0].recorder);
-    std::map<std::string, Model> models;
-    std::map<std::string, std::vector<Kept>> kept;
+    Firmware firmwares[2];
+    const std::vector<Row> rows[] = {everyRow(firmwares[0]), everyRow(firmwares[1])};
+    vorn_testing::FakeAssistant assistant(firmwares[0].recorder);
+    std::map<const Adapter*, Model> models;
+    std::map<const Adapter*, std::vector<Kept>> kept;
     std::string history;
     const auto pick = [&](std::size_t below) {
       return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
     };
-    for (const Adapter& each : adapters()) each.shutdown();
+    for (const Adapter* const each : classes()) each->shutdown();
     FileLogger::CreateInstance(true);
 
     const auto fail = [&](const std::string& what) {
       ADD_FAILURE() << "seed " << seed << ": " << what << " after\n" << history;
-      for (const Adapter& each : adapters()) each.shutdown();
+      for (const Adapter* const each : classes()) each->shutdown();
       return false;
     };
     for (int step = 0; step < steps; ++step) {
-      const Row& row = rows()[pick(rows().size())];
-      const std::string name = row.adapter;
-      if (row.operation == std::string("sendAudioData"))
-        continue;  // Stays with the first assistant of the process.
+      const std::size_t chosenRow = pick(rows[0].size());
+      const Adapter& life = *rows[0][chosenRow].adapter;
+      const std::string& name = life.name;
+      if (rows[0][chosenRow].keepsAssistant()) continue;  // Stays with the first assistant of the process.
       if (name == "FileLogger" || name == "VornAttachmentReaderContainerFactory") continue;
-      const Adapter& life = adapter(name);
       const bool rebinds = name == "VornMediaPlayerFactory";
-      Model& model = models[name];
-      std::vector<Kept>& objects = kept[name];
+      Model& model = models[&life];
+      std::vector<Kept>& objects = kept[&life];
       switch (pick(6)) {
         case 0: {
           const int host = static_cast<int>(pick(2));
           history += name + " create " + std::to_string(host) + "\n";
-          const std::shared_ptr<void> made = life.create(worlds[host]);
+          const std::shared_ptr<void> made = life.create(firmwares[host]);
           if (!model.live || rebinds) model.host = host;
           model.live = true;
           if (life.get() != made) return fail("getInstance() is not what was created");
@@ -94,32 +84,31 @@ class Property : public testing::Test {
         default: {
           if (objects.empty()) break;
           const Kept& chosen = objects[pick(objects.size())];
+          const Row& row = rows[chosen.host][chosenRow];
           history += row.name() + " on host " + std::to_string(chosen.host) + "\n";
-          const std::unique_ptr<Invocation> call = row.prepare(chosen.object.get(), worlds[chosen.host]);
-          worlds[0].recorder->clear();
-          worlds[1].recorder->clear();
-          unlink("/tmp/xAppLog.txt");
-          call->invoke();
-          if (call->result() != (model.live || row.seesLive.empty() ? row.answer : row.fallback))
-            return fail("a wrong result");
+          firmwares[0].recorder->clear();
+          firmwares[1].recorder->clear();
+          unlink(trace_file::kPath);
+          const Outcome outcome = row.run(chosen.object.get());
+          if (Row::told(outcome) != row.tells(outcome, model.live)) return fail("a wrong result");
           // Up goes to the assistant, which writes to the first recorder; down to the object's own host.
-          const bool ownRecorder = rebinds;
-          const std::vector<std::string> live = model.live ? row.seesLive : std::vector<std::string>{};
-          std::vector<std::string> first =
-              ownRecorder && chosen.host == 1 ? std::vector<std::string>{} : row.seesAlways;
-          std::vector<std::string> second =
-              ownRecorder && chosen.host == 1 ? row.seesAlways : std::vector<std::string>{};
-          std::vector<std::string>& own = chosen.host == 0 ? first : second;
-          own.insert(own.end(), live.begin(), live.end());
-          if (seen(*worlds[0].recorder) != first || seen(*worlds[1].recorder) != second)
+          // What a table's player hears is recorded on the table's side.
+          std::vector<std::string> calls[2];
+          for (const std::string& call : row.reaches(outcome.given, model.live)) {
+            const bool up = row.direction == Direction::kUp && call.find("VornDALImplIF ") != 0;
+            calls[up ? 0 : chosen.host].push_back(call);
+          }
+          if (seen(firmwares[0].recorder->calls()) != calls[0] ||
+              seen(firmwares[1].recorder->calls()) != calls[1])
             return fail("wrong calls");
-          if (traceLines() != row.lines(model.live).size()) return fail("wrong lines");
+          if (trace_file::lines() != (row.delivered(model.live) ? row.lines : row.lostLines))
+            return fail("wrong lines");
           break;
         }
       }
     }
-    for (const Adapter& each : adapters()) each.shutdown();
-    unlink("/tmp/xAppLog.txt");
+    for (const Adapter* const each : classes()) each->shutdown();
+    unlink(trace_file::kPath);
     return true;
   }
 };

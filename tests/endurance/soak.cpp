@@ -17,12 +17,11 @@
 #include <fstream>
 #include <iostream>
 
-#include "support/rows.h"
-#include "support/watchdog.h"
+#include "support/everything.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
 // What memory may still grow by once a tenth has run. Sanitizers keep what was freed; an emulator keeps the code
@@ -100,12 +99,12 @@ class Soak : public testing::Test {
     }
   }
 
-  World m_world;
+  Firmware m_firmware;
 };
 
 TEST_F(Soak, SamplesFlowAndTheCounterComesRound) {
   FileLogger::CreateInstance(false);
-  VornDeviceAbstractionLayer::VornAudioIn adapter(m_world.host);
+  VornDeviceAbstractionLayer::VornAudioIn adapter(m_firmware.host);
   std::vector<short> none;
   std::vector<short> samples(480);
   const unsigned long buffers = full() ? 10'000'000'000UL / samples.size() + 1 : 1'000'000UL;
@@ -130,34 +129,34 @@ TEST_F(Soak, SamplesFlowAndTheCounterComesRound) {
 }
 
 TEST_F(Soak, MixedCallsLoseNone) {
-  vorn_testing::FakeAssistant assistant(m_world.recorder);
+  vorn_testing::FakeAssistant assistant(m_firmware.recorder);
   FileLogger::Shutdown();
   FileLogger::CreateInstance(false);
-  std::map<std::string, std::shared_ptr<void>> objects;
-  for (const Adapter& each : adapters())
-    if (each.name != std::string("FileLogger")) objects[each.name] = each.create(m_world);
+  const std::vector<Row> rows = everyRow(m_firmware);
+  std::map<const Adapter*, std::shared_ptr<void>> objects;
+  for (const Adapter* const each : classes())
+    if (each->name != "FileLogger") objects[each] = each->create(m_firmware);
   unsigned long sent = 0;
   unsigned long arrived = 0;
   soak("calls", full() ? 1'000'000UL : 20'000UL, [&](unsigned long i) {
-    const Row& row = rows()[i % rows().size()];
-    if (row.operation == std::string("sendAudioData")) return;
-    row.prepare(objects[row.adapter].get(), m_world)->invoke();
-    sent += row.sees(true).size();
+    const Row& row = rows[i % rows.size()];
+    if (row.keepsAssistant()) return;
+    sent += row.reaches(row.run(objects[row.adapter].get()).given, true).size();
     if (i % 1000 == 999) {
-      arrived += m_world.recorder->calls().size();
-      m_world.recorder->clear();
+      arrived += m_firmware.recorder->calls().size();
+      m_firmware.recorder->clear();
     }
   });
-  EXPECT_EQ(arrived + m_world.recorder->calls().size() + g_audio->presses, sent);
-  for (const Adapter& each : adapters()) each.shutdown();
+  EXPECT_EQ(arrived + m_firmware.recorder->calls().size() + g_audio->presses, sent);
+  for (const Adapter* const each : classes()) each->shutdown();
 }
 
 TEST_F(Soak, LivesLeaveNothing) {
   FileLogger::CreateInstance(false);
   soak("lives", full() ? 100'000UL : 5'000UL, [&](unsigned long) {
-    for (const Adapter& each : adapters()) {
-      each.create(m_world);
-      each.shutdown();
+    for (const Adapter* const each : classes()) {
+      each->create(m_firmware);
+      each->shutdown();
     }
     unlink("/tmp/xAppLog.txt");
   });

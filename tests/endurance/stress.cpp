@@ -1,6 +1,5 @@
 // The trace where it cannot be written, is not what it was, or is wanted by all at once.
 
-#include <FileLogger.h>
 #include <VornDeviceCapabilities.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,26 +14,17 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <thread>
 
-#include "support/rows.h"
-#include "support/watchdog.h"
+#include "support/everything.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
-constexpr char kTrace[] = "/tmp/xAppLog.txt";
-
-std::vector<std::string> trace() {
-  std::vector<std::string> lines;
-  std::ifstream file(kTrace);
-  for (std::string line; std::getline(file, line);) lines.push_back(line + (file.eof() ? " (torn)" : ""));
-  return lines;
-}
+using trace_file::kPath;
 
 /// Whether the mounts of this process are its own: the launcher says so by a namespace unlike its parent's.
 bool mountsAreOurs() {
@@ -63,48 +53,27 @@ class Mounted {
   bool m_done;
 };
 
-class Stress : public testing::Test {
+class Stress : public Everything {
  protected:
-  Stress() : m_assistant(m_world.recorder) {
-    watchdog::feed();
-    unlink(kTrace);
-    FileLogger::Shutdown();
-    FileLogger::CreateInstance(true);
-    for (const Adapter& each : adapters())
-      if (each.name != std::string("FileLogger")) m_objects[each.name] = each.create(m_world);
-    unlink(kTrace);  // The constructors' lines.
-  }
-
-  ~Stress() override {
-    for (const Adapter& each : adapters()) each.shutdown();
-    remove(kTrace);
-  }
-
   /// All operations answer as ever, whatever the trace is.
   void expectUndisturbed() {
-    m_world.recorder->clear();
-    for (const Row& row : rows()) {
-      if (row.operation == std::string("sendAudioData")) continue;
-      const std::unique_ptr<Invocation> call = row.prepare(m_objects[row.adapter].get(), m_world);
-      m_world.recorder->clear();
-      call->invoke();
-      EXPECT_EQ(call->result(), row.answer) << row.name();
-      EXPECT_EQ(seen(*m_world.recorder), row.sees(true)) << row.name();
+    for (const Row& row : m_rows) {
+      if (row.keepsAssistant()) continue;
+      m_firmware.recorder->clear();
+      const Outcome outcome = call(row);
+      EXPECT_EQ(outcome.result, row.answer) << row.name();
+      EXPECT_EQ(seen(m_firmware.recorder->calls()), row.reaches(outcome.given, true)) << row.name();
     }
   }
 
   /// The next good moment writes again: one line, whole.
   void expectWritesAgain() {
-    const std::size_t before = trace().size();
+    const std::size_t before = trace_file::lines().size();
     FileLogger::getInstance()->logMessage("written again");
-    const std::vector<std::string> lines = trace();
+    const std::vector<std::string> lines = trace_file::lines();
     ASSERT_EQ(lines.size(), before + 1);
-    EXPECT_EQ(lines.back(), " Time: written again");
+    EXPECT_EQ(lines.back(), "written again");
   }
-
-  World m_world;
-  vorn_testing::FakeAssistant m_assistant;
-  std::map<std::string, std::shared_ptr<void>> m_objects;
 };
 
 TEST_F(Stress, AFullDiskLosesLinesAndNothingElse) {
@@ -118,7 +87,7 @@ TEST_F(Stress, AFullDiskLosesLinesAndNothingElse) {
   close(probe);
   expectUndisturbed();
   unlink("/tmp/filler");
-  unlink(kTrace);
+  unlink(kPath);
   expectWritesAgain();
 }
 
@@ -127,41 +96,41 @@ TEST_F(Stress, AReadOnlyFolderLosesLinesAndNothingElse) {
   if (!disk) GTEST_SKIP() << "no mount of our own over /tmp: " << std::strerror(errno);
   ASSERT_EQ(mount(nullptr, "/tmp", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
   expectUndisturbed();
-  EXPECT_NE(access(kTrace, F_OK), 0);
+  EXPECT_NE(access(kPath, F_OK), 0);
   ASSERT_EQ(mount(nullptr, "/tmp", nullptr, MS_REMOUNT, nullptr), 0);
   expectWritesAgain();
 }
 
 TEST_F(Stress, AFolderThatVanishesAndComesBackLosesLinesAndNothingElse) {
   ASSERT_EQ(mkdir("/tmp/folder", 0700), 0);
-  ASSERT_EQ(symlink("/tmp/folder/trace", kTrace), 0);
+  ASSERT_EQ(symlink("/tmp/folder/trace", kPath), 0);
   expectWritesAgain();
   ASSERT_EQ(rename("/tmp/folder", "/tmp/elsewhere"), 0);
   expectUndisturbed();
   ASSERT_EQ(rename("/tmp/elsewhere", "/tmp/folder"), 0);
   expectWritesAgain();
-  EXPECT_EQ(trace().size(), 2U);
+  EXPECT_EQ(trace_file::lines().size(), 2U);
   unlink("/tmp/folder/trace");
   rmdir("/tmp/folder");
 }
 
 TEST_F(Stress, ADirectoryInItsPlaceLosesLinesAndNothingElse) {
-  ASSERT_EQ(mkdir(kTrace, 0700), 0);
+  ASSERT_EQ(mkdir(kPath, 0700), 0);
   expectUndisturbed();
-  ASSERT_EQ(rmdir(kTrace), 0);
+  ASSERT_EQ(rmdir(kPath), 0);
   expectWritesAgain();
 }
 
 TEST_F(Stress, ADanglingLinkIntoAMissingFolderLosesLinesAndNothingElse) {
-  ASSERT_EQ(symlink("/tmp/missing/trace", kTrace), 0);
+  ASSERT_EQ(symlink("/tmp/missing/trace", kPath), 0);
   expectUndisturbed();
-  ASSERT_EQ(unlink(kTrace), 0);
+  ASSERT_EQ(unlink(kPath), 0);
   expectWritesAgain();
 }
 
 TEST_F(Stress, AFifoWithAReaderGetsEveryLineWhole) {
-  ASSERT_EQ(mkfifo(kTrace, 0600), 0);
-  const int keep = open(kTrace, O_RDWR);
+  ASSERT_EQ(mkfifo(kPath, 0600), 0);
+  const int keep = open(kPath, O_RDWR);
   ASSERT_GE(keep, 0);
   std::string read;
   std::thread reader([&] {
@@ -177,7 +146,7 @@ TEST_F(Stress, AFifoWithAReaderGetsEveryLineWhole) {
   reader.join();
   close(keep);
   EXPECT_EQ(read.compare(0, 7, " Time: "), 0);
-  ASSERT_EQ(unlink(kTrace), 0);
+  ASSERT_EQ(unlink(kPath), 0);
   expectWritesAgain();
 }
 
@@ -192,7 +161,7 @@ TEST_F(Stress, RunningOutOfDescriptorsLosesLinesAndNothingElse) {
   setrlimit(RLIMIT_NOFILE, &few);
   expectUndisturbed();
   setrlimit(RLIMIT_NOFILE, &before);
-  EXPECT_NE(access(kTrace, F_OK), 0);
+  EXPECT_NE(access(kPath, F_OK), 0);
   expectWritesAgain();
 }
 
@@ -210,10 +179,10 @@ TEST_F(Stress, SignalsDuringTheWriteTearNoLine) {
     FileLogger::getInstance()->logMessage(message);
     ++lines;
     if (lines % 200 == 0) {
-      const std::vector<std::string> written = trace();
+      const std::vector<std::string> written = trace_file::lines();
       ASSERT_EQ(written.size(), 200U);
-      for (const std::string& line : written) ASSERT_EQ(line, " Time: " + message);
-      unlink(kTrace);
+      for (const std::string& line : written) ASSERT_EQ(line, message);
+      unlink(kPath);
     }
   }
   const itimerval never{};
@@ -254,12 +223,11 @@ TEST_F(Stress, SixtyFourThreadsInEachOfEightProcessesTearNoLine) {
     EXPECT_EQ(status, 0);
   }
   std::map<int, int> next;
-  for (const std::string& line : trace()) {
-    ASSERT_EQ(line.compare(0, 7, " Time: "), 0) << line.substr(0, 60);
+  for (const std::string& line : trace_file::lines()) {
     std::size_t used = 0;
-    const int writer = std::stoi(line.substr(7), &used);
+    const int writer = std::stoi(line, &used);
     const int number = next[writer]++;
-    ASSERT_EQ(line.substr(7 + used),
+    ASSERT_EQ(line.substr(used),
               " " + std::to_string(number) + std::string(static_cast<std::size_t>(number * 211 % 5000), 'x'));
   }
   EXPECT_EQ(next.size(), static_cast<std::size_t>(kProcesses * kThreads));

@@ -8,62 +8,38 @@
 #include <iostream>
 #include <thread>
 
-#include "support/rows.h"
-#include "support/watchdog.h"
+#include "support/everything.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 25;
 
-bool isAudio(const Row& row) { return row.operation == std::string("sendAudioData"); }
-
-/// "slot operation", which tells overloads and interfaces apart well enough to count.
+/// "interface slot operation".
 std::string key(const std::string& call) { return call.substr(0, call.find('(')); }
 
 using Counts = std::map<std::string, long>;
 
-class Threads : public testing::Test {
+class Threads : public Everything {
  protected:
-  Threads() : m_assistant(m_world.recorder) {
-    watchdog::feed();
-    settleAudio();
-    FileLogger::Shutdown();
-    FileLogger::CreateInstance(true);
-    for (const Adapter& each : adapters())
-      if (!isLogger(each)) m_objects[each.name] = each.create(m_world);
-    m_objects["FileLogger"];
-    m_world.recorder->clear();
-  }
-
-  ~Threads() override {
-    for (const Adapter& each : adapters()) each.shutdown();
-    unlink("/tmp/xAppLog.txt");
-  }
-
-  static bool isLogger(const Adapter& adapter) { return adapter.name == std::string("FileLogger"); }
-
   /// Plays every row kRounds times in each of kThreads; the audio in the first only, as one thread delivers it.
-  /// Returns the calls that must have reached a neighbour.
+  /// Returns the calls that must have reached the other side.
   Counts play(bool always) {
     std::vector<Counts> sent(kThreads);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&, thread] {
         for (int round = 0; round < kRounds; ++round) {
-          for (const Row& row : rows()) {
-            if (isAudio(row) && thread != 0) continue;
-            const std::unique_ptr<Invocation> call = row.prepare(m_objects.at(row.adapter).get(), m_world);
-            call->invoke();
-            const std::string result = call->result();
-            const bool delivered =
-                always || row.seesLive.empty() || (result == row.answer && row.answer != row.fallback);
-            EXPECT_TRUE(result == row.answer || (!always && result == row.fallback))
-                << row.name() << ": " << result;
-            for (const std::string& seen : row.sees(delivered))
+          for (const Row& row : m_rows) {
+            if (row.keepsAssistant() && thread != 0) continue;
+            const Outcome outcome = call(row);
+            const bool delivered = always || (outcome.result == row.answer && row.answer != row.fallback);
+            EXPECT_TRUE(outcome.result == row.answer || (!always && outcome.result == row.fallback))
+                << row.name() << ": " << outcome.result;
+            for (const std::string& seen : row.reaches(outcome.given, delivered))
               ++sent[static_cast<std::size_t>(thread)][key(seen)];
           }
         }
@@ -78,13 +54,9 @@ class Threads : public testing::Test {
 
   Counts arrived() const {
     Counts all;
-    for (const std::string& call : seen(*m_world.recorder)) ++all[key(call)];
+    for (const std::string& call : seen(m_firmware.recorder->calls())) ++all[key(call)];
     return all;
   }
-
-  World m_world;
-  vorn_testing::FakeAssistant m_assistant;
-  std::map<std::string, std::shared_ptr<void>> m_objects;
 };
 
 TEST_F(Threads, NoCallIsLostOrDoubled) {
@@ -92,20 +64,20 @@ TEST_F(Threads, NoCallIsLostOrDoubled) {
   EXPECT_EQ(arrived(), sent);
   long calls = 0;
   for (const auto& [call, number] : sent) calls += number;
-  std::cout << "threads: " << kThreads << " threads, " << calls << " calls to neighbours\n";
+  std::cout << "threads: " << kThreads << " threads, " << calls << " calls to the other sides\n";
 }
 
 TEST_F(Threads, InstancesThatComeAndGoLoseNoAnswer) {
   std::atomic<bool> stop{false};
   std::atomic<long> lives{0};
-  std::vector<std::thread> gods;
-  for (int god = 0; god < 2; ++god) {
-    gods.emplace_back([&] {
+  std::vector<std::thread> creators;
+  for (int thread = 0; thread < 2; ++thread) {
+    creators.emplace_back([&] {
       while (!stop) {
-        for (const Adapter& each : adapters()) {
-          each.shutdown();
-          each.create(m_world);
-          each.get();
+        for (const Adapter* const each : classes()) {
+          each->shutdown();
+          each->create(m_firmware);
+          each->get();
           ++lives;
         }
       }
@@ -113,20 +85,18 @@ TEST_F(Threads, InstancesThatComeAndGoLoseNoAnswer) {
   }
   const Counts sent = play(false);
   stop = true;
-  for (std::thread& god : gods) god.join();
+  for (std::thread& creator : creators) creator.join();
 
   // An answer that is no default has been given by exactly one call. Calls without such an answer may have
   // found no instance.
   Counts came = arrived();
-  for (const Row& row : rows()) {
-    if (row.answer == row.fallback && !row.seesLive.empty()) continue;
-    for (const std::string& call : row.sees(true)) {
-      if (call == "33 getEMPAdapter()" ||
-          (row.operation == std::string("notifyAlexaButtonPress") && call == row.seesLive.front()))
-        continue;
-      const auto it = sent.find(key(call));
-      EXPECT_EQ(came[key(call)], it == sent.end() ? 0 : it->second) << call;
-    }
+  for (const Row& row : m_rows) {
+    const bool down = row.direction == Direction::kDown;
+    if (down && row.answer == row.fallback) continue;
+    for (const std::string& call : row.reaches(row.with(Sample::kUsual)->outcome.given, down))
+      if (call != "VornDALImplIF 33 getEMPAdapter()") {
+        EXPECT_EQ(came[key(call)], sent.at(key(call))) << call;
+      }
   }
   std::cout << "threads: " << lives << " lives while they ran\n";
 }

@@ -1,32 +1,28 @@
 // Every operation, with each thing that can fail in it failing in turn: once, and once from there on.
 
-#include <FileLogger.h>
-#include <VornAudioIn.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <new>
 #include <optional>
 #include <system_error>
 
+#include "support/everything.h"
 #include "support/faults.h"
-#include "support/rows.h"
-#include "support/watchdog.h"
 
 namespace {
 
-using namespace fault;
+using namespace operations;
+using trace_file::kPath;
+using Lines = std::vector<std::string>;
 using VornDeviceAbstractionLayer::FileLogger;
 
-constexpr char kTrace[] = "/tmp/xAppLog.txt";
-
-/// What a neighbour throws. Known again by its number.
+/// What the other side throws. Known again by its number.
 struct Refused {
   int number;
 };
@@ -34,47 +30,40 @@ constexpr int kNumber = 4711;
 
 enum class Logger { kAbsent, kOff, kOn };
 
-std::vector<std::string> trace() {
-  std::vector<std::string> lines;
-  std::ifstream file(kTrace);
-  for (std::string line; std::getline(file, line);) lines.push_back(line + (file.eof() ? " (torn)" : ""));
-  return lines;
-}
-
 /// What came out of one run.
-enum class Outcome { kReturned, kBadAlloc, kSystemError, kRefused, kOther };
+enum class End { kReturned, kBadAlloc, kSystemError, kRefused, kOther };
 
 template <class Action>
-Outcome run(Action& action, std::size_t failing, bool lasting) {
-  Outcome outcome = Outcome::kReturned;
+End run(Action& action, std::size_t failing, bool lasting) {
+  End end = End::kReturned;
   faults::arm(failing, lasting);
   try {
     action();
   } catch (const std::bad_alloc&) {
-    outcome = Outcome::kBadAlloc;
+    end = End::kBadAlloc;
   } catch (const std::system_error&) {
-    outcome = Outcome::kSystemError;
+    end = End::kSystemError;
   } catch (const Refused& refused) {
-    outcome = refused.number == kNumber ? Outcome::kRefused : Outcome::kOther;
+    end = refused.number == kNumber ? End::kRefused : End::kOther;
   } catch (...) {
-    outcome = Outcome::kOther;
+    end = End::kOther;
   }
   faults::disarm();
-  return outcome;
+  return end;
 }
 
 /// The first failure that the contract lets through decides. Files that fail cost the line and nothing else.
-Outcome expected(bool swallowsAllocations = false) {
+End expected(bool swallowsAllocations = false) {
   bool lockFailed = false;
   for (const faults::Kind kind : faults::failed()) {
     // The text of a std::system_error needs memory: without, it becomes a std::bad_alloc.
-    if (kind == faults::kAllocation && (lockFailed || !swallowsAllocations)) return Outcome::kBadAlloc;
+    if (kind == faults::kAllocation && (lockFailed || !swallowsAllocations)) return End::kBadAlloc;
     if (lockFailed) break;
     lockFailed = kind == faults::kLock;
-    if (kind == faults::kCall) return Outcome::kRefused;
+    if (kind == faults::kCall) return End::kRefused;
   }
-  if (lockFailed) return Outcome::kSystemError;
-  return Outcome::kReturned;
+  if (lockFailed) return End::kSystemError;
+  return End::kReturned;
 }
 
 void expectLocksFree() {
@@ -122,28 +111,28 @@ class TorturedAudio : public testing::Test {
 
   /// Delivers one buffer with a failure, then one without; in a child.
   static Verdict deliver(bool assistantReady, std::size_t failing, bool lasting) {
-    World world;
-    vorn_testing::FakeAssistant assistant(world.recorder);
+    Firmware firmware;
+    vorn_testing::FakeAssistant assistant(firmware.recorder);
     if (!assistantReady) assistant.remove(vorn_testing::FakeAssistant::kAudioIn);
     FileLogger::CreateInstance(true);
-    VornDeviceAbstractionLayer::VornAudioIn adapter(world.host);
-    world.recorder->onCall([](const vorn_testing::Call&) {
+    VornDeviceAbstractionLayer::VornAudioIn adapter(firmware.host);
+    firmware.recorder->onCall([](const vorn_testing::Call&) {
       if (faults::point(faults::kCall)) throw Refused{kNumber};
     });
     std::vector<short> samples(480);
     auto send = [&] { adapter.sendAudioData(samples); };
-    const Outcome outcome = run(send, failing, lasting);
+    const End end = run(send, failing, lasting);
     if (faults::failed().empty()) return kNothingFailed;
-    bool right = outcome == expected() && faults::held() == 0 && faults::othersGetThem();
+    bool right = end == expected() && faults::held() == 0 && faults::othersGetThem();
 
     // The number in the next line tells whether the first buffer was counted.
-    const std::string number = outcome == Outcome::kReturned ? "2" : "1";
+    const std::string number = end == End::kReturned ? "2" : "1";
     send();
     const std::string last = assistantReady ? "calling xApp API count=" + number : "dalInstance is NULL";
     const std::string search = "calling AudioInHelper getInstance " + number;
-    const std::vector<std::string> lines = trace();
-    const auto endsWith = [](const std::string& line, const std::string& end) {
-      return line.size() > end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0;
+    const std::vector<std::string> lines = trace_file::lines();
+    const auto endsWith = [](const std::string& line, const std::string& tail) {
+      return line.size() > tail.size() && line.compare(line.size() - tail.size(), tail.size(), tail) == 0;
     };
     right = right && !lines.empty() && endsWith(lines.back(), last);
     // A search that could not be traced has not been made: the next call makes it.
@@ -155,7 +144,7 @@ class TorturedAudio : public testing::Test {
   }
 
   static Verdict inChild(bool assistantReady, std::size_t failing, bool lasting) {
-    unlink(kTrace);
+    unlink(kPath);
     std::cout.flush();
     const pid_t child = fork();
     if (child == 0) _exit(deliver(assistantReady, failing, lasting));
@@ -180,7 +169,7 @@ TEST_F(TorturedAudio, CountsABufferExactlyWhenTheCallReturned) {
       }
     }
   }
-  unlink(kTrace);
+  unlink(kPath);
 }
 
 class Torture : public testing::Test {
@@ -195,7 +184,7 @@ class Torture : public testing::Test {
   template <class Prepare, class After>
   void tryEveryPoint(Prepare prepare, After after) {
     auto counted = prepare();
-    ASSERT_EQ(run(*counted, 0, false), Outcome::kReturned);
+    ASSERT_EQ(run(*counted, 0, false), End::kReturned);
     counted.reset();
     const std::size_t points = faults::points();
     count(2);
@@ -204,92 +193,89 @@ class Torture : public testing::Test {
         SCOPED_TRACE("point " + std::to_string(failing) + " of " + std::to_string(points) +
                      (lasting ? ", from there on" : ", once"));
         auto action = prepare();
-        const Outcome outcome = run(*action, failing, lasting);
+        const End end = run(*action, failing, lasting);
         expectLocksFree();
-        after(*action, outcome);
+        after(std::move(action), end);
       }
     }
   }
 };
 
+/// A call of an operation whose failures end where the operation does.
 struct Call {
+  Call(const Row& row, void* called) : invocation(row.with(Sample::kUsual)), object(called) {
+    invocation->copies = true;
+    invocation->returned = faults::disarm;
+  }
+
   std::unique_ptr<Invocation> invocation;
-  void operator()() { invocation->invoke(); }
+  void* const object;
+  void operator()() { invocation->make(object); }
 };
 
 class TorturedOperation : public Torture {
  protected:
-  TorturedOperation() : m_assistant(m_world.recorder) {}
+  TorturedOperation() : m_assistant(m_firmware.recorder) {}
 
   void torture(const Row& row, bool live, Logger logger) {
-    const Adapter& life = adapter(row.adapter);
+    const Adapter& life = *row.adapter;
     const std::shared_ptr<void> object =
-        live && row.adapter != std::string("FileLogger") ? life.create(m_world) : life.bare(m_world);
-    m_world.recorder->onCall([](const vorn_testing::Call&) {
+        live && life.name != "FileLogger" ? life.create(m_firmware) : life.construct(m_firmware);
+    m_firmware.recorder->onCall([](const vorn_testing::Call&) {
       if (faults::point(faults::kCall)) throw Refused{kNumber};
     });
     setLogger(logger);
-    once(row, object)->invocation->invoke();  // What is made on first use, and kept, is made now.
+    Call(row, object.get())();  // What is made on first use, and kept, is made now.
 
     const long references = object.use_count();
     long living = 0;
-    const std::string answer = live || row.seesLive.empty() ? row.answer : row.fallback;
-    const std::vector<std::string> sees = row.sees(live);
-    const std::vector<std::string> lines =
-        logger == Logger::kOn ? row.lines(live) : std::vector<std::string>{};
+    const Lines lines = logger != Logger::kOn ? Lines() : row.delivered(live) ? row.lines : row.lostLines;
+    const auto expectAnswer = [&](const Outcome& outcome) {
+      EXPECT_EQ(Row::told(outcome), row.tells(outcome, live));
+      EXPECT_EQ(seen(m_firmware.recorder->calls()), row.reaches(outcome.given, live));
+    };
 
     const auto settle = [&] {
       if (logger == Logger::kAbsent) FileLogger::Shutdown();
-      unlink(kTrace);
-      m_world.recorder->clear();
+      unlink(kPath);
+      m_firmware.recorder->clear();
     };
-    if (std::mutex* const mutex = mutexOf(row)) {
-      const auto call = once(row, object);
-      run(*call, 0, false);
+    if (std::mutex* const mutex = row.mutex()) {
+      Call call(row, object.get());
+      run(call, 0, false);
       EXPECT_EQ(faults::firstAsked(), mutex->native_handle()) << "the lock does not come first";
     }
 
     tryEveryPoint(
         [&] {
           settle();
-          auto call = std::make_unique<Call>();
           living = faults::living();
-          call->invocation = row.prepare(object.get(), m_world);
-          return call;
+          return std::make_unique<Call>(row, object.get());
         },
-        [&](Call& call, Outcome outcome) {
-          EXPECT_EQ(outcome, expected());
-          if (outcome == Outcome::kReturned) {
-            EXPECT_EQ(call.invocation->result(), answer);
-            EXPECT_EQ(seen(*m_world.recorder), sees);
-          }
-          call.invocation.reset();
-          for (const std::string& line : trace()) EXPECT_EQ(line, lines.empty() ? "(none)" : lines.front());
+        [&](std::unique_ptr<Call> call, End end) {
+          EXPECT_EQ(end, expected());
+          if (end == End::kReturned) expectAnswer(call->invocation->outcome);
+          call.reset();
+          for (const std::string& line : trace_file::lines())
+            EXPECT_EQ(line, lines.empty() ? "(none)" : lines.front());
           settle();
           EXPECT_EQ(faults::living(), living) << "leaked";
           EXPECT_EQ(object.use_count(), references);
 
-          const auto again = once(row, object);
-          (*again)();
-          EXPECT_EQ(again->invocation->result(), answer);
-          EXPECT_EQ(seen(*m_world.recorder), sees);
-          EXPECT_EQ(trace(), lines);
+          expectAnswer(row.run(object.get()));
+          EXPECT_EQ(trace_file::lines(), lines);
         });
     setLogger(Logger::kAbsent);
-    unlink(kTrace);
+    unlink(kPath);
     life.shutdown();
   }
 
-  std::unique_ptr<Call> once(const Row& row, const std::shared_ptr<void>& object) {
-    return std::make_unique<Call>(Call{row.prepare(object.get(), m_world)});
-  }
-
-  World m_world;
+  Firmware m_firmware;
   vorn_testing::FakeAssistant m_assistant;
 };
 
 TEST_F(TorturedOperation, ComesOutOfEveryFailureAsPromised) {
-  for (const Row& row : rows()) {
+  for (const Row& row : everyRow(m_firmware)) {
     for (const bool live : {true, false}) {
       for (const Logger logger : {Logger::kAbsent, Logger::kOff, Logger::kOn}) {
         SCOPED_TRACE(row.name() + (live ? ", live" : ", not live") + ", logger " +
@@ -334,12 +320,12 @@ class TorturedKit : public Torture {
     tryEveryPoint(
         [&] {
           settle();
-          auto action = std::make_unique<Use>(Use{use});
           living = faults::living();
-          return action;
+          return std::make_unique<Use>(Use{use});
         },
-        [&](Use&, Outcome outcome) {
-          EXPECT_EQ(outcome, expected());
+        [&](std::unique_ptr<Use> used, End end) {
+          EXPECT_EQ(end, expected());
+          used.reset();
           settle();
           EXPECT_EQ(faults::living(), living) << "leaked";
           use();
@@ -347,12 +333,12 @@ class TorturedKit : public Torture {
         });
   }
 
-  World m_world;
+  Firmware m_firmware;
 };
 
 TEST_F(TorturedKit, RecordsAndForgetsWithoutLosingALockOrAByte) {
-  m_world.host.setAnimation({"a name that has to be copied", "and another one"});
-  const std::shared_ptr<vorn_testing::Recorder> recorder = m_world.recorder;
+  m_firmware.host.setAnimation({"a name that has to be copied", "and another one"});
+  const std::shared_ptr<vorn_testing::Recorder> recorder = m_firmware.recorder;
   torture([&] { recorder->calls(); });
   torture([&] { recorder->signatures(); });
   torture([&] { recorder->count("the operation that nobody calls"); });
@@ -371,7 +357,7 @@ TEST_F(TorturedKit, TheAssistantComesAndGoesWhole) {
             made.reset();
             vorn_testing::FakeAssistant();  // Takes away what could not be taken without a lock.
           });
-  vorn_testing::FakeAssistant assistant(m_world.recorder);
+  vorn_testing::FakeAssistant assistant(m_firmware.recorder);
   for (int area = 0; area < vorn_testing::FakeAssistant::kAreas; ++area)
     torture([&] { assistant.create(static_cast<vorn_testing::FakeAssistant::Area>(area)); });
 }
@@ -380,35 +366,36 @@ class TorturedLife : public Torture {
  protected:
   struct Creation {
     const Adapter& life;
-    World& world;
+    Firmware& firmware;
     std::shared_ptr<void> made;
-    void operator()() { made = life.create(world); }
+    void operator()() { made = life.create(firmware); }
   };
 
-  World m_world;
+  Firmware m_firmware;
 };
 
 /// An operation reaches its host exactly while there is an instance.
 void expectLive(const Adapter& life, bool live) {
-  World world;
-  const std::shared_ptr<void> object = life.bare(world);
+  Firmware firmware;
+  const std::shared_ptr<void> object = life.construct(firmware);
   for (const Row& row : rows()) {
-    if (row.adapter != std::string(life.name) || row.seesLive.empty() || !row.seesAlways.empty()) continue;
-    row.prepare(object.get(), world)->invoke();
-    EXPECT_EQ(!world.recorder->calls().empty(), live) << row.name() << ", after a failure, has it wrong";
+    if (row.adapter != &life || row.direction != Direction::kDown) continue;
+    row.run(object.get());
+    EXPECT_EQ(!firmware.recorder->calls().empty(), live) << row.name() << ", after a failure, has it wrong";
     return;
   }
 }
 
 TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
-  for (const Adapter& life : adapters()) {
-    const bool isLogger = life.name == std::string("FileLogger");
+  for (const Adapter* const each : classes()) {
+    const Adapter& life = *each;
+    const bool isLogger = life.name == "FileLogger";
     for (const Logger logger : {Logger::kAbsent, Logger::kOff, Logger::kOn}) {
-      if (life.name == std::string("VornAttachmentReaderContainerFactory")) continue;  // Made once for all.
+      if (life.name == "VornAttachmentReaderContainerFactory") continue;  // Made once for all.
       if (isLogger && logger != Logger::kAbsent) continue;
       SCOPED_TRACE(life.name + std::string(", logger ") + std::to_string(static_cast<int>(logger)));
       setLogger(logger);
-      life.create(m_world).reset();
+      life.create(m_firmware).reset();
       life.shutdown();
       if (logger == Logger::kAbsent) FileLogger::Shutdown();
       long living = 0;
@@ -421,21 +408,21 @@ TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
       tryEveryPoint(
           [&] {
             settle();
-            auto creation = std::make_unique<Creation>(Creation{life, m_world, nullptr});
+            auto creation = std::make_unique<Creation>(Creation{life, m_firmware, nullptr});
             living = faults::living();
             return creation;
           },
-          [&](Creation& creation, Outcome outcome) {
-            EXPECT_EQ(outcome, expected(isLogger));
-            const bool made = creation.made != nullptr;
-            const bool mayBeEmpty = outcome != Outcome::kReturned || (isLogger && !faults::failed().empty());
+          [&](std::unique_ptr<Creation> creation, End end) {
+            EXPECT_EQ(end, expected(isLogger));
+            const bool made = creation->made != nullptr;
+            const bool mayBeEmpty = end != End::kReturned || (isLogger && !faults::failed().empty());
             EXPECT_TRUE(made || mayBeEmpty);
-            if (outcome != Outcome::kReturned) expectLive(life, false);
-            told = told || (isLogger && outcome == Outcome::kReturned && !made);
-            creation.made.reset();
+            if (end != End::kReturned) expectLive(life, false);
+            told = told || (isLogger && end == End::kReturned && !made);
+            creation->made.reset();
             settle();
             EXPECT_EQ(faults::living(), living) << "leaked";
-            EXPECT_NE(life.create(m_world), nullptr);
+            EXPECT_NE(life.create(m_firmware), nullptr);
           });
       if (isLogger) {
         EXPECT_TRUE(told);
@@ -445,20 +432,21 @@ TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
     }
   }
   FileLogger::Shutdown();
-  unlink(kTrace);
+  unlink(kPath);
 }
 
 TEST_F(TorturedLife, TakesTheMutexOfItsClassOnceForEachStep) {
   FileLogger::CreateInstance(false);
-  for (const Adapter& life : adapters()) {
+  for (const Adapter* const each : classes()) {
+    const Adapter& life = *each;
     SCOPED_TRACE(life.name);
     void* const mutex = mutexOf(life.name).native_handle();
-    const bool isFactory = life.name == std::string("VornMediaPlayerFactory");  // Created, then fetched.
-    const bool isLogger = life.name == std::string("FileLogger");
-    const bool hasNoEnd = life.name == std::string("VornAttachmentReaderContainerFactory");
+    const bool isFactory = life.name == "VornMediaPlayerFactory";  // Created, then fetched.
+    const bool isLogger = life.name == "FileLogger";
+    const bool hasNoEnd = life.name == "VornAttachmentReaderContainerFactory";
     life.shutdown();
     faults::arm();
-    const std::shared_ptr<void> made = life.create(m_world);
+    const std::shared_ptr<void> made = life.create(m_firmware);
     faults::disarm();
     EXPECT_EQ(faults::asked(mutex), isFactory ? 2U : 1U);
     // The object, and its count; the logger's lines have texts as well.
@@ -475,7 +463,7 @@ TEST_F(TorturedLife, TakesTheMutexOfItsClassOnceForEachStep) {
     EXPECT_EQ(faults::asked(mutex), hasNoEnd ? 0U : 1U);
   }
   FileLogger::Shutdown();
-  unlink("/tmp/xAppLog.txt");
+  unlink(kPath);
 }
 
 TEST_F(TorturedLife, ThatFailsToBeginOrEndLeavesTheInstanceAsItWas) {
@@ -488,32 +476,33 @@ TEST_F(TorturedLife, ThatFailsToBeginOrEndLeavesTheInstanceAsItWas) {
     void operator()() { life.get(); }
   };
   FileLogger::CreateInstance(true);
-  for (const Adapter& life : adapters()) {
+  for (const Adapter* const each : classes()) {
+    const Adapter& life = *each;
     SCOPED_TRACE(life.name);
     tryEveryPoint(
         [&] {
-          life.create(m_world);
+          life.create(m_firmware);
           return std::make_unique<Fetch>(Fetch{life});
         },
-        [&](Fetch&, Outcome outcome) {
-          EXPECT_EQ(outcome, expected());
+        [&](std::unique_ptr<Fetch>, End end) {
+          EXPECT_EQ(end, expected());
           EXPECT_NE(life.get(), nullptr);
         });
     tryEveryPoint(
         [&] {
-          life.create(m_world);
+          life.create(m_firmware);
           return std::make_unique<Shutdown>(Shutdown{life});
         },
-        [&](Shutdown&, Outcome outcome) {
-          EXPECT_EQ(outcome, expected());
-          EXPECT_NE(outcome, Outcome::kReturned) << "a lock that failed went unnoticed";
+        [&](std::unique_ptr<Shutdown>, End end) {
+          EXPECT_EQ(end, expected());
+          EXPECT_NE(end, End::kReturned) << "a lock that failed went unnoticed";
           EXPECT_NE(life.get(), nullptr) << "a Shutdown() that threw took the instance";
           expectLive(life, true);
         });
     life.shutdown();
   }
   FileLogger::Shutdown();
-  unlink(kTrace);
+  unlink(kPath);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "constants_symbols.h"
 #include "support/lock_watch.h"
+#include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -104,7 +105,7 @@ TEST_F(AudioCounter, TheSearchIsTracedBeforeItIsMade) {
 
 TEST_F(AudioCounter, SteadyBuffersPassWhileTheAdapterIsLocked) {
   send(6);
-  std::mutex& mutex = lock_watch::mutex("_ZN26VornDeviceAbstractionLayer11VornAudioIn7m_mutexE");
+  std::mutex& mutex = operations::mutexOf("VornAudioIn");
   EXPECT_TRUE(lock_watch::passes(mutex, [this] { send(100); }));
   EXPECT_EQ(g_assistant->buffers, 106);
   EXPECT_EQ(g_assistant->last, &samples);

@@ -16,13 +16,15 @@
 #include <future>
 
 #include "support/lock_watch.h"
+#include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
 
 using namespace VornDeviceAbstractionLayer;
 using lock_watch::eventually;
-using lock_watch::held;
+using operations::isHeld;
+using operations::mutexOf;
 
 class LockWhileTracing : public trace_file::Traced {
  protected:
@@ -44,11 +46,6 @@ class LockWhileTracing : public trace_file::Traced {
     Traced::TearDown();
   }
 
-  static std::mutex& mutexOf(const std::string& name, const std::string& member = "7m_mutex") {
-    return lock_watch::mutex(
-        ("_ZN26VornDeviceAbstractionLayer" + std::to_string(name.size()) + name + member + "E").c_str());
-  }
-
   /// From now on a writer stops when it opens the trace.
   static void stopWriters() {
     forget();
@@ -68,7 +65,7 @@ class LockWhileTracing : public trace_file::Traced {
 
   /// Whether a thread has come to the trace: from there on only a reader moves it.
   bool writerCame() {
-    return eventually([this] { return held(logger); });
+    return eventually([this] { return isHeld(logger); });
   }
 
   std::mutex& logger = mutexOf("FileLogger");
@@ -87,7 +84,7 @@ TEST_F(LockWhileTracing, IsTheLoggersOwn) {
   EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 1; }));
   letPass();
   writing.wait();
-  EXPECT_TRUE(eventually([this] { return !held(logger); }));
+  EXPECT_TRUE(eventually([this] { return !isHeld(logger); }));
 }
 
 TEST_F(LockWhileTracing, IsNoneForALoggerThatIsSwitchedOff) {
@@ -104,13 +101,13 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenCapabilitiesAreCreated) {
   stopWriters();
   start([this] { VornDeviceCapabilities::CreateInstance(host); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutex));
+  EXPECT_TRUE(isHeld(mutex));
   lock_watch::watch(mutex);
   auto& shutdown = start([] { VornDeviceCapabilities::Shutdown(); });
   EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 1; }));
   letPass();
   shutdown.wait();
-  EXPECT_FALSE(held(mutex));
+  EXPECT_FALSE(isHeld(mutex));
 }
 
 TEST_F(LockWhileTracing, IsTheClassesOwnWhenCapabilitiesAreCreatedAgain) {
@@ -118,7 +115,7 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenCapabilitiesAreCreatedAgain) {
   stopWriters();
   start([this] { VornDeviceCapabilities::CreateInstance(host); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutexOf("VornDeviceCapabilities")));
+  EXPECT_TRUE(isHeld(mutexOf("VornDeviceCapabilities")));
 }
 
 TEST_F(LockWhileTracing, IsNoneWhenAVolumeIsSet) {
@@ -126,14 +123,14 @@ TEST_F(LockWhileTracing, IsNoneWhenAVolumeIsSet) {
   stopWriters();
   start([capabilities] { capabilities->onSetVolume(1); });
   ASSERT_TRUE(writerCame());
-  EXPECT_FALSE(held(mutexOf("VornDeviceCapabilities")));
+  EXPECT_FALSE(isHeld(mutexOf("VornDeviceCapabilities")));
 }
 
 TEST_F(LockWhileTracing, IsNoneWhenTheExternalPlayerIsFetched) {
   stopWriters();
   start([] { VornEMPAdapterControl::getInstance(); });
   ASSERT_TRUE(writerCame());
-  EXPECT_FALSE(held(mutexOf("VornEMPAdapterControl")));
+  EXPECT_FALSE(isHeld(mutexOf("VornEMPAdapterControl")));
 }
 
 TEST_F(LockWhileTracing, IsNoneWhenACommandIsGiven) {
@@ -141,7 +138,7 @@ TEST_F(LockWhileTracing, IsNoneWhenACommandIsGiven) {
   stopWriters();
   start([control] { control->pause("kitchen"); });
   ASSERT_TRUE(writerCame());
-  EXPECT_FALSE(held(mutexOf("VornEMPAdapterControl")));
+  EXPECT_FALSE(isHeld(mutexOf("VornEMPAdapterControl")));
 }
 
 TEST_F(LockWhileTracing, IsNoneWhenTheExternalPlayersCreationBeginsAndItsOwnWhenTheObjectIsMade) {
@@ -149,12 +146,12 @@ TEST_F(LockWhileTracing, IsNoneWhenTheExternalPlayersCreationBeginsAndItsOwnWhen
   mutex.lock();
   start([this] { VornEMPAdapterControl::CreateInstance(host); });
   EXPECT_TRUE(eventually([] { return !trace_file::bytes().empty(); }));  // Although the lock is taken.
-  EXPECT_TRUE(eventually([this] { return !held(logger); }));
+  EXPECT_TRUE(eventually([this] { return !isHeld(logger); }));
   EXPECT_EQ(trace_file::lines().size(), 1U);
   stopWriters();
   mutex.unlock();
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutex));
+  EXPECT_TRUE(isHeld(mutex));
 }
 
 TEST_F(LockWhileTracing, IsTheClassesOwnWhenACallStateArrives) {
@@ -162,7 +159,7 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenACallStateArrives) {
   stopWriters();
   start([comms] { comms->onCommsStateChanged({}); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutexOf("VornCommsManager")));
+  EXPECT_TRUE(isHeld(mutexOf("VornCommsManager")));
   EXPECT_TRUE(host.recorder->calls().empty());
 }
 
@@ -172,7 +169,7 @@ TEST_F(LockWhileTracing, IsNoneWhenACallActionLeaves) {
   stopWriters();
   auto& action = start([comms] { comms->notifyCallAction({}); });
   ASSERT_TRUE(writerCame());
-  EXPECT_FALSE(held(mutexOf("VornCommsManager")));
+  EXPECT_FALSE(isHeld(mutexOf("VornCommsManager")));
   letPass();
   action.wait();
 }
@@ -183,8 +180,8 @@ TEST_F(LockWhileTracing, IsTheUpwardOneWhenAMessageLeavesAndMessagesStillArrive)
   stopWriters();
   auto& up = start([messaging] { messaging->SendMessageToxApp("a", "b", "c"); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutexOf("VornAppMessaging", "10m_dalMutex")));
-  EXPECT_FALSE(held(mutexOf("VornAppMessaging")));
+  EXPECT_TRUE(isHeld(mutexOf("VornAppMessaging", "m_dalMutex")));
+  EXPECT_FALSE(isHeld(mutexOf("VornAppMessaging")));
   messaging->sendAppMessage("x", "y", "z");
   EXPECT_EQ(host.recorder->count("sendAppMessage"), 1U);
   letPass();
@@ -198,7 +195,7 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenAPlayerIsAskedFor) {
   stopWriters();
   auto& request = start([factory] { factory->createDalMediaPlayer(nullptr, true, "any", true); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutexOf("VornMediaPlayerFactory")));
+  EXPECT_TRUE(isHeld(mutexOf("VornMediaPlayerFactory")));
   letPass();
   request.wait();
 }
@@ -208,7 +205,7 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenThePlayersTableIsBound) {
   stopWriters();
   auto& creation = start([&none] { VornMediaPlayerFactory::CreateInstance(none); });
   ASSERT_TRUE(writerCame());
-  EXPECT_TRUE(held(mutexOf("VornMediaPlayerFactory")));
+  EXPECT_TRUE(isHeld(mutexOf("VornMediaPlayerFactory")));
   letPass();
   creation.wait();
 }

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "support/lock_watch.h"
+#include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -33,8 +34,8 @@ class AppMessages : public trace_file::Traced {
 
   Lines heard() const { return host.recorder->signatures(); }
 
-  std::mutex& downMutex = lock_watch::mutex("_ZN26VornDeviceAbstractionLayer16VornAppMessaging7m_mutexE");
-  std::mutex& upMutex = lock_watch::mutex("_ZN26VornDeviceAbstractionLayer16VornAppMessaging10m_dalMutexE");
+  std::mutex& downMutex = operations::mutexOf("VornAppMessaging");
+  std::mutex& upMutex = operations::mutexOf("VornAppMessaging", "m_dalMutex");
   vorn_testing::RecordingHost host;
   FakeAssistant assistant{host.recorder};
   std::shared_ptr<VornAppMessaging> messaging;
@@ -80,8 +81,8 @@ TEST_F(AppMessages, UpHoldTheirOwnLockDuringDelivery) {
   bool up = false, down = true;
   host.recorder->onCall([&](const Call&) {
     std::async(std::launch::async, [&] {
-      up = lock_watch::held(upMutex);
-      down = lock_watch::held(downMutex);
+      up = operations::isHeld(upMutex);
+      down = operations::isHeld(downMutex);
     }).wait();
   });
   messaging->SendMessageToxApp("a", "b", "c");
@@ -92,7 +93,7 @@ TEST_F(AppMessages, UpHoldTheirOwnLockDuringDelivery) {
 TEST_F(AppMessages, UpReleaseTheirLockWhenTheAssistantThrows) {
   host.recorder->onCall([](const Call&) { throw std::runtime_error("refused"); });
   EXPECT_THROW(messaging->SendMessageToxApp("a", "b", "c"), std::runtime_error);
-  EXPECT_FALSE(lock_watch::held(upMutex));
+  EXPECT_FALSE(operations::isHeld(upMutex));
   EXPECT_EQ(FakeAssistant::references(FakeAssistant::kAppMessaging), 0);
 }
 

@@ -5,7 +5,7 @@
 
 #include <map>
 
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ class OperationArguments : public OperationTest {
     return {};
   }
 
-  const std::shared_ptr<void> object = row.adapter->create(host.recording);
+  const std::shared_ptr<void> object = row.adapter->create(firmware.host);
 };
 
 TEST_P(OperationArguments, ArriveAsTheyAre) {

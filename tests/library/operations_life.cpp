@@ -4,7 +4,7 @@
 
 #include "support/blocks.h"
 #include "support/mutexes.h"
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -18,48 +18,48 @@ class Life : public testing::TestWithParam<Adapter> {
 
   /// The hosts that one downward operation of the object reaches.
   Lines reachedBy(const std::shared_ptr<void>& object) {
-    first.recording.recorder->clear();
-    second.recording.recorder->clear();
+    first.recorder->clear();
+    second.recorder->clear();
     for (const Row& row : rows())
       if (row.adapter->name == adapter.name && row.direction == Direction::kDown) {
         row.call(object.get());
         break;
       }
     Lines names;
-    if (!first.recording.recorder->calls().empty()) names.push_back("first");
-    if (!second.recording.recorder->calls().empty()) names.push_back("second");
+    if (!first.recorder->calls().empty()) names.push_back("first");
+    if (!second.recorder->calls().empty()) names.push_back("second");
     return names;
   }
 
   const Adapter& adapter = GetParam();
-  Host first, second;
+  Firmware first, second;
 };
 
 TEST_P(Life, HasNoInstanceBeforeItsCreation) { EXPECT_EQ(adapter.get(), nullptr); }
 
 TEST_P(Life, IsCreatedOnceAndKeepsItsFirstHost) {
-  const auto object = adapter.create(first.recording);
-  EXPECT_EQ(adapter.create(second.recording), object);
+  const auto object = adapter.create(first.host);
+  EXPECT_EQ(adapter.create(second.host), object);
   EXPECT_EQ(adapter.get(), object);
   EXPECT_EQ(reachedBy(object), Lines{"first"});
 }
 
 TEST_P(Life, EndsWithShutdownForEverybodyElse) {
-  adapter.create(first.recording);
+  adapter.create(first.host);
   adapter.shutdown();
   EXPECT_EQ(adapter.get(), nullptr);
 }
 
 TEST_P(Life, EndsTwiceAndWithoutBeginningWithoutHarm) {
   adapter.shutdown();
-  adapter.create(first.recording);
+  adapter.create(first.host);
   adapter.shutdown();
   adapter.shutdown();
   EXPECT_EQ(adapter.get(), nullptr);
 }
 
 TEST_P(Life, GoesOnForAKeptPointerAndForNothingElse) {
-  auto kept = adapter.create(first.recording);
+  auto kept = adapter.create(first.host);
   const std::weak_ptr<void> object = kept;
   EXPECT_EQ(kept.use_count(), 2);
   adapter.shutdown();
@@ -69,9 +69,9 @@ TEST_P(Life, GoesOnForAKeptPointerAndForNothingElse) {
 }
 
 TEST_P(Life, BeginsAgainWithANewObjectAndItsOwnHost) {
-  const auto kept = adapter.create(first.recording);
+  const auto kept = adapter.create(first.host);
   adapter.shutdown();
-  const auto fresh = adapter.create(second.recording);
+  const auto fresh = adapter.create(second.host);
   EXPECT_NE(fresh, kept);
   EXPECT_EQ(reachedBy(fresh), Lines{"second"});
   EXPECT_EQ(reachedBy(kept), Lines{"first"});
@@ -80,7 +80,7 @@ TEST_P(Life, BeginsAgainWithANewObjectAndItsOwnHost) {
 TEST_P(Life, TakesTheAllocationsThatTheTableTells) {
   const auto logger = VornDeviceAbstractionLayer::FileLogger::getInstance();
   const blocks::Watch watch;
-  auto object = adapter.create(first.recording);
+  auto object = adapter.create(first.host);
   EXPECT_EQ(watch.at(object.get()), adapter.oneBlock ? 0 : adapter.size);
   EXPECT_EQ(watch.live(), adapter.oneBlock ? 1U : 2U);
   adapter.shutdown();
@@ -95,7 +95,7 @@ TEST_P(Life, DoesNotBeginWhenAnAllocationFails) {
     const blocks::Watch watch;
     blocks::fail(failures + 1);
     try {
-      created = adapter.create(first.recording) != nullptr;
+      created = adapter.create(first.host) != nullptr;
     } catch (const std::bad_alloc&) {
       ++failures;
     }
@@ -109,7 +109,7 @@ TEST_P(Life, DoesNotBeginWhenAnAllocationFails) {
 }
 
 TEST_P(Life, HoldsNoLockInside) {
-  adapter.create(first.recording);
+  adapter.create(first.host);
   EXPECT_FALSE(isHeld(mutexOf(adapter.name)));
   adapter.get();
   EXPECT_FALSE(isHeld(mutexOf(adapter.name)));
@@ -139,28 +139,28 @@ class TracedLife : public Life {
 TEST_P(TracedLife, LeavesTheLinesOfCreationAndOfConstructionOnce) {
   Lines both = adapter.createLines;
   both.insert(both.end(), adapter.constructLines.begin(), adapter.constructLines.end());
-  adapter.create(first.recording);
+  adapter.create(first.host);
   EXPECT_EQ(lines(), both);
-  adapter.create(first.recording);
+  adapter.create(first.host);
   EXPECT_EQ(lines(), adapter.createLines);
 }
 
 TEST_P(TracedLife, LeavesTheLinesOfAnObjectMadeOtherwise) {
-  adapter.construct(first.recording);
+  adapter.construct(first.host);
   EXPECT_EQ(lines(), adapter.constructLines);
 }
 
 TEST_P(TracedLife, LeavesTheLinesOfAFetchWithAndWithoutAnInstance) {
   adapter.get();
   EXPECT_EQ(lines(), adapter.getLines);
-  adapter.create(first.recording);
+  adapter.create(first.host);
   lines();
   adapter.get();
   EXPECT_EQ(lines(), adapter.getLines);
 }
 
 TEST_P(TracedLife, LeavesNothingAtShutdown) {
-  adapter.create(first.recording);
+  adapter.create(first.host);
   lines();
   adapter.shutdown();
   adapter.shutdown();

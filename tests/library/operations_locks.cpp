@@ -5,7 +5,7 @@
 
 #include "support/lock_watch.h"
 #include "support/mutexes.h"
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 
 namespace {
 
@@ -63,7 +63,7 @@ class HeldUp : public OperationTest {
   }
 
   const Adapter& adapter = *row.adapter;
-  const std::shared_ptr<void> object = adapter.create(host.recording);
+  const std::shared_ptr<void> object = adapter.create(firmware.host);
 
  private:
   std::mutex m_gate;
@@ -76,7 +76,7 @@ class HeldUp : public OperationTest {
 std::vector<Row> guarded(bool locked) {
   std::vector<Row> some;
   for (const Row& row : rows())
-    if ((row.guard != Guard::kUnlocked) == locked) some.push_back(row);
+    if (row.locked() == locked) some.push_back(row);
   return some;
 }
 
@@ -124,7 +124,7 @@ TEST_P(LockedOperation, KeepsTheOthersOfItsMutexOut) {
     if (other.adapter == row.adapter && other.guard == row.guard)
       works.push_back([this, &other] { other.call(object.get()); });
   if (row.guard == Guard::kMutex) {
-    works.push_back([this] { adapter.create(host.recording); });
+    works.push_back([this] { adapter.create(firmware.host); });
     works.push_back([this] { adapter.get(); });
     works.push_back([this] { adapter.shutdown(); });
   }
@@ -153,7 +153,7 @@ TEST_P(UnlockedOperation, LetsEverythingPass) {
       EXPECT_TRUE(ends([&] { other.call(object.get()); })) << other.name();
     }
   EXPECT_TRUE(ends([&] {
-    EXPECT_EQ(adapter.create(host.recording), object);
+    EXPECT_EQ(adapter.create(firmware.host), object);
     EXPECT_EQ(adapter.get(), object);
     adapter.shutdown();
   }));
@@ -165,11 +165,11 @@ class Lifecycle : public testing::TestWithParam<Adapter> {};
 
 TEST_P(Lifecycle, WaitsForTheLockInEachOfItsThreeOperations) {
   const Adapter& adapter = GetParam();
-  Host host;
+  Firmware firmware;
   std::mutex& mutex = mutexOf(adapter.name);
   lock_watch::watch(mutex);
   std::unique_lock<std::mutex> lock(mutex);
-  const Runner create([&] { adapter.create(host.recording); });
+  const Runner create([&] { adapter.create(firmware.host); });
   const Runner get([&] { adapter.get(); });
   const Runner shutdown([&] { adapter.shutdown(); });
   EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 3; }));

@@ -6,7 +6,7 @@
 #include <map>
 #include <sstream>
 
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 #include "support/reference.h"
 
 namespace {
@@ -41,15 +41,17 @@ class Reference : public testing::TestWithParam<Row> {
 };
 
 TEST_P(Reference, TellsDirectionAndLock) {
-  const std::map<Guard, std::string> locks = {
-      {Guard::kUnlocked, "unlocked"}, {Guard::kMutex, "m_mutex"}, {Guard::kDalMutex, "m_dalMutex"}};
+  const std::map<Guard, std::string> locks = {{Guard::kUnlocked, "unlocked"},
+                                              {Guard::kOneThread, "unlocked"},
+                                              {Guard::kMutex, "m_mutex"},
+                                              {Guard::kDalMutex, "m_dalMutex"}};
   EXPECT_EQ(fields()["direction"], GetParam().direction == Direction::kDown ? "down" : "up");
   EXPECT_EQ(fields()["lock"], locks.at(GetParam().guard));
 }
 
 TEST_P(Reference, TellsWhoseThreadsCall) {
   const std::string side = GetParam().direction == Direction::kDown ? "assistant" : "firmware";
-  EXPECT_EQ(fields()["caller"], GetParam().keepsAssistant ? side + ", one thread" : side);
+  EXPECT_EQ(fields()["caller"], GetParam().keepsAssistant() ? side + ", one thread" : side);
 }
 
 TEST_P(Reference, TellsWhatIsReached) {
@@ -68,7 +70,7 @@ TEST_P(Reference, TellsTheDefault) {
 
 TEST_P(Reference, TellsTheLines) {
   const Row& row = GetParam();
-  if (row.keepsAssistant) {  // Its lines depend on what went before; their texts and times are told apart.
+  if (row.keepsAssistant()) {  // Its lines depend on what went before; their texts and times are told apart.
     EXPECT_EQ(split(fields()["logs"], " ;; ").size(), 3U);
     return;
   }

@@ -15,7 +15,7 @@
 #include <utility>
 
 #include "support/blocks.h"
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 
 namespace {
 
@@ -15,20 +15,20 @@ using vorn_testing::FakeAssistant;
 class Operations : public OperationTest {};
 
 TEST_P(Operations, ReachTheOtherSideOnceAndReturnItsAnswer) {
-  const auto object = row.adapter->create(host.recording);
+  const auto object = row.adapter->create(firmware.host);
   const Outcome outcome = row.run(object.get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, true, true));
   EXPECT_EQ(outcome.result, row.answer);
 }
 
 TEST_P(Operations, LeaveReferencesAsTheOtherSideWroteThem) {
-  const Outcome outcome = row.run(row.adapter->create(host.recording).get(), Sample::kUsual);
-  EXPECT_EQ(references(outcome, outcome.afterwards),
-            row.written.empty() ? references(outcome, outcome.given) : row.written);
+  const Outcome outcome = row.run(row.adapter->create(firmware.host).get(), Sample::kUsual);
+  EXPECT_EQ(outcome.references(outcome.afterwards),
+            row.written.empty() ? outcome.references(outcome.given) : row.written);
 }
 
 TEST_P(Operations, StayOnTheCallersThread) {
-  row.call(row.adapter->create(host.recording).get());
+  row.call(row.adapter->create(firmware.host).get());
   for (const Call& call : recorder->calls()) EXPECT_EQ(call.thread, std::this_thread::get_id());
 }
 
@@ -41,14 +41,14 @@ TEST_P(Operations, ReturnAnAnswerThatLooksLikeADefaultToo) {
 }
 
 TEST_P(Operations, WithoutAnInstanceReachOnlyTheAssistantSide) {
-  const auto object = row.adapter->construct(host.recording);
+  const auto object = row.adapter->construct(firmware.host);
   const Outcome outcome = row.run(object.get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, false, true));
   EXPECT_EQ(outcome.result, row.delivered(false, true) ? row.answer : row.fallback);
 }
 
 TEST_P(Operations, AfterShutdownReachOnlyTheAssistantSideThroughAKeptPointer) {
-  const auto kept = row.adapter->create(host.recording);
+  const auto kept = row.adapter->create(firmware.host);
   row.adapter->shutdown();
   const Outcome outcome = row.run(kept.get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, false, true));
@@ -56,24 +56,23 @@ TEST_P(Operations, AfterShutdownReachOnlyTheAssistantSideThroughAKeptPointer) {
 }
 
 TEST_P(Operations, OfAKeptObjectCallItsOwnHostOnceThereIsANewOne) {
-  Host second;
-  const auto kept = row.adapter->create(host.recording);
+  Firmware second;
+  const auto kept = row.adapter->create(firmware.host);
   row.adapter->shutdown();
-  const auto fresh = row.adapter->create(second.recording);
+  const auto fresh = row.adapter->create(second.host);
   ASSERT_NE(kept, fresh);
   const Outcome outcome = row.run(kept.get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, true, true));
-  EXPECT_TRUE(second.recording.recorder->calls().empty());
+  EXPECT_TRUE(second.recorder->calls().empty());
 }
 
 TEST_P(Operations, OfTheNewObjectCallTheNewHost) {
-  Host second;
-  second.recording.recorder = recorder;
-  const auto kept = row.adapter->create(host.recording);
+  Firmware second(recorder);
+  const auto kept = row.adapter->create(firmware.host);
   row.adapter->shutdown();
-  const Outcome outcome = row.run(row.adapter->create(second.recording).get(), Sample::kUsual);
+  const Outcome outcome = row.run(row.adapter->create(second.host).get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, true, true));
-  for (const Call& call : recorder->calls()) EXPECT_NE(call.object, &host.recording);
+  for (const Call& call : recorder->calls()) EXPECT_NE(call.object, &firmware.host);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, Operations, testing::ValuesIn(rows()), nameOf);
@@ -87,18 +86,18 @@ class OperationsWithoutAssistant : public OperationTest {
 };
 
 TEST_P(OperationsWithoutAssistant, ReachOnlyTheHost) {
-  const auto object = row.adapter->create(host.recording);
+  const auto object = row.adapter->create(firmware.host);
   const Outcome outcome = row.run(object.get(), Sample::kUsual);
   EXPECT_EQ(calls(), row.reaches(outcome.given, true, false));
   EXPECT_EQ(outcome.result, row.delivered(true, false) ? row.answer : row.fallback);
 }
 
 TEST_P(OperationsWithoutAssistant, AndWithoutAnInstanceReachNobody) {
-  const auto object = row.adapter->construct(host.recording);
+  const auto object = row.adapter->construct(firmware.host);
   const Outcome outcome = row.run(object.get(), Sample::kUsual);
   EXPECT_EQ(calls(), std::vector<std::string>());
   EXPECT_EQ(outcome.result, row.fallback);
-  EXPECT_EQ(references(outcome, outcome.afterwards), references(outcome, outcome.given));
+  EXPECT_EQ(outcome.references(outcome.afterwards), outcome.references(outcome.given));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, OperationsWithoutAssistant, testing::ValuesIn(withoutAudio()), nameOf);

@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "support/mutexes.h"
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ class ThrowingOperations : public OperationTest {
     });
   }
 
-  const std::shared_ptr<void> object = row.adapter->create(host.recording);
+  const std::shared_ptr<void> object = row.adapter->create(firmware.host);
   /// How many calls of the other sides one call makes.
   const std::size_t steps = row.reaches({}, true, true).size();
 };

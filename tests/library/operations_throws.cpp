@@ -20,7 +20,7 @@
 #include <system_error>
 
 #include "support/faults.h"
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 #include "support/reference.h"
 
 // The assistant side, without an allocation or a lock of its own. A program's definitions come before those of the

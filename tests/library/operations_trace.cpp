@@ -2,7 +2,7 @@
 
 #include <locale>
 
-#include "support/operations_param.h"
+#include "support/operation_test.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -39,17 +39,17 @@ class TracedOperations : public OperationTest {
 };
 
 TEST_P(TracedOperations, LeaveTheirLinesWhenDelivered) {
-  EXPECT_EQ(linesOf(row.adapter->create(host.recording)), row.lines);
+  EXPECT_EQ(linesOf(row.adapter->create(firmware.host)), row.lines);
 }
 
 TEST_P(TracedOperations, LeaveTheLinesOfALostCallOtherwise) {
   if (row.direction == Direction::kUp) removeAssistant();
-  EXPECT_EQ(linesOf(row.adapter->construct(host.recording)), row.lostLines);
+  EXPECT_EQ(linesOf(row.adapter->construct(firmware.host)), row.lostLines);
 }
 
 TEST_P(TracedOperations, LeaveTheLinesOfALostCallAfterShutdown) {
   if (row.direction == Direction::kUp) removeAssistant();
-  const auto kept = row.adapter->create(host.recording);
+  const auto kept = row.adapter->create(firmware.host);
   row.adapter->shutdown();
   EXPECT_EQ(linesOf(kept), row.lostLines);
 }
@@ -57,12 +57,12 @@ TEST_P(TracedOperations, LeaveTheLinesOfALostCallAfterShutdown) {
 TEST_P(TracedOperations, LeaveThemWhetherOrNotTheSideThatIsNotAskedIsThere) {
   const bool up = row.direction == Direction::kUp;
   if (!up) removeAssistant();
-  const auto object = up ? row.adapter->construct(host.recording) : row.adapter->create(host.recording);
+  const auto object = up ? row.adapter->construct(firmware.host) : row.adapter->create(firmware.host);
   EXPECT_EQ(linesOf(object), row.lines);
 }
 
 TEST_P(TracedOperations, LeaveThemBeforeTheOtherSideIsCalled) {
-  const auto object = row.adapter->create(host.recording);
+  const auto object = row.adapter->create(firmware.host);
   Lines before;
   recorder->onCall([&](const Call&) {
     if (recorder->calls().size() == 1) before = trace_file::lines();
@@ -72,7 +72,7 @@ TEST_P(TracedOperations, LeaveThemBeforeTheOtherSideIsCalled) {
 }
 
 TEST_P(TracedOperations, LeaveThemWhenTheOtherSideThrows) {
-  const auto object = row.adapter->create(host.recording);
+  const auto object = row.adapter->create(firmware.host);
   recorder->onCall([](const Call&) { throw 42; });
   std::filesystem::remove(trace_file::kPath);
   EXPECT_THROW(row.call(object.get()), int);
@@ -97,12 +97,12 @@ class TracedOperationsAbroad : public TracedOperations {
 };
 
 TEST_P(TracedOperationsAbroad, LeaveTheSameLines) {
-  EXPECT_EQ(linesOf(row.adapter->create(host.recording)), row.lines);
+  EXPECT_EQ(linesOf(row.adapter->create(firmware.host)), row.lines);
 }
 
 TEST_P(TracedOperationsAbroad, LeaveTheSameLinesOfALostCall) {
   if (row.direction == Direction::kUp) removeAssistant();
-  EXPECT_EQ(linesOf(row.adapter->construct(host.recording)), row.lostLines);
+  EXPECT_EQ(linesOf(row.adapter->construct(firmware.host)), row.lostLines);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, TracedOperationsAbroad, testing::ValuesIn(withoutAudio()), nameOf);

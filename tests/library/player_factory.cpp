@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "support/lock_watch.h"
+#include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -60,7 +61,7 @@ class PlayerFactory : public trace_file::Traced {
     return VornMediaPlayerFactory::getInstance()->createDalMediaPlayer(nullptr, true, name, false);
   }
 
-  std::mutex& mutex = lock_watch::mutex("_ZN26VornDeviceAbstractionLayer22VornMediaPlayerFactory7m_mutexE");
+  std::mutex& mutex = operations::mutexOf("VornMediaPlayerFactory");
   std::shared_ptr<Player> kitchen = std::make_shared<Player>();
   std::shared_ptr<Player> fallback = std::make_shared<Player>();
   Table players = {{"kitchen", kitchen}, {"DefaultMediaPlayer", fallback}};
@@ -192,7 +193,7 @@ TEST_F(PlayerFactory, StaysBoundWhenRebindingFails) {
 TEST_F(PlayerFactory, LetsExceptionsOfAPlayerPassAndReleasesItsLock) {
   kitchen->meanwhile = [] { throw std::runtime_error("refused"); };
   EXPECT_THROW(ask("kitchen"), std::runtime_error);
-  EXPECT_FALSE(lock_watch::held(mutex));
+  EXPECT_FALSE(operations::isHeld(mutex));
   EXPECT_EQ(lines(), Lines{requested("kitchen")});
 }
 
@@ -215,7 +216,7 @@ TEST_F(PlayerFactory, LetsEveryoneWaitWhileAPlayerConfigures) {
   auto fetch = std::async(std::launch::async, VornMediaPlayerFactory::getInstance);
   auto end = std::async(std::launch::async, VornMediaPlayerFactory::Shutdown);
   EXPECT_TRUE(lock_watch::eventually([] { return lock_watch::waiting() == 2; }));
-  EXPECT_TRUE(lock_watch::held(mutex));
+  EXPECT_TRUE(operations::isHeld(mutex));
   resume.set_value();
   EXPECT_EQ(first.get(), kitchen);
   end.get();

@@ -1,6 +1,7 @@
 // What a line costs the system, and what happens when the system refuses.
 
 #include "support/lock_watch.h"
+#include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
@@ -40,7 +41,7 @@ TEST_F(FileLoggerCosts, NothingWhenSwitchedOff) {
 }
 
 TEST_F(FileLoggerCosts, NoWaitingWhenSwitchedOff) {
-  std::mutex& mutex = lock_watch::mutex("_ZN26VornDeviceAbstractionLayer10FileLogger7m_mutexE");
+  std::mutex& mutex = operations::mutexOf("FileLogger");
   EXPECT_TRUE(lock_watch::passes(mutex, [] { FileLogger(false).logMessage("any"); }));
 }
 

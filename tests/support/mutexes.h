@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 
-#include <future>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -18,14 +17,11 @@ inline std::mutex& mutexOf(const std::string& adapter, const std::string& member
   return *static_cast<std::mutex*>(found);
 }
 
-/// Whether some thread holds it, asked from a thread that does not.
+/// Whether some thread holds it.
 inline bool isHeld(std::mutex& mutex) {
-  return std::async(std::launch::async,
-                    [&] {
-                      const std::unique_lock<std::mutex> attempt(mutex, std::try_to_lock);
-                      return !attempt.owns_lock();
-                    })
-      .get();
+  if (!mutex.try_lock()) return true;
+  mutex.unlock();
+  return false;
 }
 
 }  // namespace operations

@@ -19,13 +19,14 @@ inline std::string bytes() {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The texts of the records, without what stands before each. Not for messages that hold line feeds.
+/// The texts of the records, without what stands before each; the last is marked when it has no end. Not for messages
+/// that hold line feeds.
 inline std::vector<std::string> lines() {
   std::vector<std::string> texts;
   std::ifstream file(kPath, std::ios::binary);
   for (std::string line; std::getline(file, line);) {
-    EXPECT_EQ(line.substr(0, 7), " Time: ");
-    texts.push_back(line.substr(7));
+    EXPECT_EQ(line.substr(0, 7), " Time: ") << line.substr(0, 60);
+    texts.push_back(line.substr(7) + (file.eof() ? " (torn)" : ""));
   }
   return texts;
 }

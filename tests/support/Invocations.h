@@ -16,7 +16,7 @@
 
 #include "support/Operations.h"
 
-/// How a member function becomes a Row's with(): its arguments by type, its result as text.
+/// How a member function becomes a Row's with(): its arguments by type and place, its result as text.
 namespace operations::erased {
 
 using CallAction = DeviceAbstractionLayer::CommsControllerInterface::CallAction;
@@ -30,6 +30,29 @@ std::string render(const T& value) {
 }
 inline std::string render(CallAction value) { return vorn_testing::text(static_cast<int>(value)); }
 inline std::string render(const CommsStateInfo& value) { return value.state; }
+
+// Longer than what a text object holds, so that every copy can fail; all different, so that none can be taken for
+// another.
+inline const std::string kTexts[] = {"alpha is the first of five texts", "bravo is the second of five texts",
+                                     "charlie is the third of five texts",
+                                     "delta is the fourth of five texts", "echo is the fifth of five texts"};
+
+/// The usual argument of a type at the place-th parameter, from 0.
+template <class T>
+T usual(std::size_t place) {
+  if constexpr (std::is_same_v<T, std::string>) return kTexts[place];
+  if constexpr (std::is_same_v<T, CommsStateInfo>) return {kTexts[place]};
+  if constexpr (std::is_same_v<T, Texts>) return {kTexts[2], kTexts[0], kTexts[2]};
+  if constexpr (std::is_same_v<T, Map>) return {{kTexts[1], kTexts[0]}, {kTexts[0], kTexts[2]}};
+  if constexpr (std::is_same_v<T, std::vector<short>>) return std::vector<short>(160);
+  if constexpr (std::is_same_v<T, std::chrono::milliseconds>)
+    return T(-3600000 + 2400000 * static_cast<int>(place));
+  if constexpr (std::is_same_v<T, bool>) return true;
+  if constexpr (std::is_same_v<T, int>) return -1234567;
+  if constexpr (std::is_same_v<T, std::int64_t>) return std::int64_t{1} << 40;
+  if constexpr (std::is_same_v<T, double>) return -0.1;
+  if constexpr (std::is_same_v<T, CallAction>) return CallAction{3};
+}
 
 inline std::string sampled(Sample sample, const std::string& usual) {
   switch (sample) {
@@ -128,7 +151,7 @@ class Call final : public Invocation {
 
   void make(void* object) override {
     const auto call = [&](auto&... own) -> Result {
-      return (static_cast<Class*>(object)->*m_operation)(static_cast<P&&>(own)...);
+      return (static_cast<Class*>(object)->*m_operation)(passed<P>(own)...);
     };
     if constexpr (std::is_void_v<Result>) {
       std::apply(call, m_arguments);
@@ -142,6 +165,14 @@ class Call final : public Invocation {
   }
 
  private:
+  template <class Parameter>
+  Parameter passed(std::decay_t<Parameter>& own) const {
+    if constexpr (std::is_reference_v<Parameter>)
+      return own;
+    else
+      return copies ? Parameter(own) : Parameter(std::move(own));
+  }
+
   Texts rendered() const {
     return std::apply([](const auto&... own) { return Texts{render(own)...}; }, m_arguments);
   }
@@ -150,12 +181,19 @@ class Call final : public Invocation {
   std::tuple<std::decay_t<P>...> m_arguments;
 };
 
-template <class Class, class Result, class... P>
-std::function<std::unique_ptr<Invocation>(Sample)> preparer(Result (Class::*operation)(P...),
-                                                            std::decay_t<P>... usual) {
-  return [=]([[maybe_unused]] Sample sample) {
-    return std::make_unique<Call<Class, Result, P...>>(operation, sampled(sample, usual)...);
+template <class Class, class Result, class... P, std::size_t... Place>
+std::function<std::unique_ptr<Invocation>(Sample)> prepare(Result (Class::*operation)(P...),
+                                                           std::index_sequence<Place...>) {
+  return [operation]([[maybe_unused]] Sample sample) {
+    return std::make_unique<Call<Class, Result, P...>>(operation,
+                                                       sampled(sample, usual<std::decay_t<P>>(Place))...);
   };
+}
+
+/// Makes calls of a member function.
+template <class Class, class Result, class... P>
+std::function<std::unique_ptr<Invocation>(Sample)> preparer(Result (Class::*operation)(P...)) {
+  return prepare(operation, std::index_sequence_for<P...>());
 }
 
 }  // namespace operations::erased

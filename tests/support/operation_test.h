@@ -4,8 +4,7 @@
 #include <vorn_testing/FakeAssistant.h>
 #include <vorn_testing/Recorder.h>
 
-#include "support/AnsweringHost.h"
-#include "support/Operations.h"
+#include "Operations.h"
 
 namespace operations {
 
@@ -24,15 +23,13 @@ inline std::string adapterName(const testing::TestParamInfo<Adapter>& info) { re
 inline std::vector<Row> withoutAudio() {
   std::vector<Row> all;
   for (const Row& row : rows())
-    if (!row.keepsAssistant) all.push_back(row);
+    if (!row.keepsAssistant()) all.push_back(row);
   return all;
 }
 
 /// Both sides present, recording in one order; no adapter has an instance.
 class OperationTest : public testing::TestWithParam<Row> {
  protected:
-  OperationTest() { host.recording.recorder = recorder; }
-
   ~OperationTest() override {
     row.adapter->shutdown();
     recorder->onCall(nullptr);
@@ -47,18 +44,9 @@ class OperationTest : public testing::TestWithParam<Row> {
 
   std::vector<std::string> calls() const { return seen(recorder->calls()); }
 
-  /// Of the rendered arguments, those that were passed by reference.
-  static std::vector<std::string> references(const Outcome& outcome,
-                                             const std::vector<std::string>& rendered) {
-    std::vector<std::string> some;
-    for (std::size_t i = 0; i < rendered.size(); ++i)
-      if (outcome.reference[i]) some.push_back(rendered[i]);
-    return some;
-  }
-
   const Row& row = GetParam();
   const std::shared_ptr<vorn_testing::Recorder> recorder = shared();
-  Host host;
+  Firmware firmware{recorder};
   vorn_testing::FakeAssistant assistant{recorder};
 };
 
