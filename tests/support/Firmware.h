@@ -1,120 +1,107 @@
 #pragma once
 
 #include <VornDalMediaPlayerInterfaceImpl.h>
+#include <vorn_testing/AroundHost.h>
 #include <vorn_testing/ForwardingHost.h>
 #include <vorn_testing/NullHost.h>
 #include <vorn_testing/RecordingHost.h>
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <unordered_map>
 
 namespace operations {
 
-/// What AnsweringHost answers where a text is asked for: unlike any default, and too long for the text object.
-inline std::string answerOf(const std::string& operation) { return "what the host answers to " + operation; }
+using vorn_testing::Operation;
 
-/// An external media player whose answers differ from what a command answers without an instance.
-class AnsweringPlayer : public vorn_testing::NullPlayer {
- public:
-  using Ms = std::chrono::milliseconds;
+/// A text unlike any default, and too long for the text object.
+inline std::string answerText(const Operation& operation) {
+  return std::string("what the host answers to ") + operation.name + ", slot " +
+         std::to_string(operation.slot);
+}
 
-  bool login(const std::string&, const std::string&, bool, Ms, std::string) override { return true; }
-  bool logout(std::string) override { return true; }
-  bool launchAndPlay(std::string, Ms, std::string) override { return true; }
-  bool nextTrack(std::string) override { return true; }
-  bool previousTrack(std::string) override { return true; }
-  bool restartCurrentTrack(std::string) override { return true; }
-  bool setShuffleOn(std::string) override { return true; }
-  bool setShuffleOff(std::string) override { return true; }
-  bool resume(std::string) override { return true; }
-  bool pause(std::string) override { return true; }
-  bool stop(std::string) override { return true; }
-  bool skipForward(Ms, std::string) override { return true; }
-  bool setRepeatAll(std::string) override { return true; }
-  bool setRepeatNone(std::string) override { return true; }
-  bool setRepeatOne(std::string) override { return true; }
-  std::string getPlaybackState(std::string) override { return answerOf("getPlaybackState"); }
+/// What an AnsweringHost answers: unlike what the adapter answers without an instance. Numbers are the slot.
+template <class Result>
+Result answerOf(const Operation& operation) {
+  if constexpr (std::is_same_v<Result, bool>) return std::string(operation.name) != "onInputChange";
+  if constexpr (std::is_same_v<Result, int>) return operation.slot;
+  if constexpr (std::is_same_v<Result, std::string>) return answerText(operation);
+  if constexpr (std::is_same_v<Result, std::map<std::string, std::string>>)
+    return {{"key", answerText(operation)}};
+  if constexpr (std::is_same_v<Result, std::pair<bool, std::string>>) return {false, answerText(operation)};
+}
+
+/// Whether a parameter is there to be written to.
+template <class Parameter>
+constexpr bool kWritten =
+    std::is_lvalue_reference_v<Parameter> && !std::is_const_v<std::remove_reference_t<Parameter>>;
+
+/// What an AnsweringHost writes there.
+template <class Value>
+Value writtenTo(const Operation& operation, int place) {
+  if constexpr (std::is_same_v<Value, std::string>)
+    return answerText(operation) + ", in place " + std::to_string(place);
+  if constexpr (std::is_same_v<Value, std::int64_t>) return INT64_MIN + place;
+}
+
+template <class Type>
+struct Tag {
+  using type = Type;
 };
 
-/// A host whose answers differ from what an adapter answers without an instance: texts name the
-/// operation, numbers are its slot, directives fail, and references are written to.
-class AnsweringHost : public vorn_testing::NullHost {
- public:
-  using Map = std::map<std::string, std::string>;
-  using Result = std::pair<bool, std::string>;
+/// The work of both doubles below.
+template <class Result, class... Parameters>
+Result answer(const Operation& operation, std::remove_reference_t<Parameters>&... arguments) {
+  [[maybe_unused]] const auto write = [&operation](auto parameter, auto& argument, int place) {
+    if constexpr (kWritten<typename decltype(parameter)::type>)
+      argument = writtenTo<std::decay_t<decltype(argument)>>(operation, place);
+  };
+  [[maybe_unused]] int place = 0;
+  (write(Tag<Parameters>(), arguments, place++), ...);
+  return answerOf<Result>(operation);
+}
 
-  bool requestAudioFocus() override { return true; }
-  bool releaseAudioFocus() override { return true; }
-  bool startStreamingAudioData() override { return true; }
-  bool isMicrophoneAvailable() override { return true; }
-  int getVolume() override { return 13; }
-  bool getMuteStatus() override { return true; }
-  std::string getTimezone() override { return answerOf("getTimezone"); }
-  std::string getDeviceLocale() override { return answerOf("getDeviceLocale"); }
-  Map getDeviceInformation() override { return {{"key", answerOf("getDeviceInformation")}}; }
-  bool getNetworkConnectionStatus() override { return true; }
-  std::string getConfigData(std::string) override { return answerOf("getConfigData"); }
-  bool getSystemSetting(std::string, std::string& value) override {
-    value = answerOf("getSystemSetting");
-    return true;
+/// An external media player that answers so.
+class AnsweringPlayer : public vorn_testing::AroundPlayer<AnsweringPlayer> {
+ public:
+  AnsweringPlayer() : AroundPlayer(m_nobody) {}
+
+  template <class Result, class Interface, class... Parameters>
+  Result around(const Operation& operation, const vorn_testing::Onward<Interface, Result, Parameters...>&,
+                std::remove_reference_t<Parameters>&... arguments) {
+    return answer<Result, Parameters...>(operation, arguments...);
   }
-  bool setSystemSetting(std::string, std::string) override { return true; }
-  std::string getVSKCapabilities() override { return answerOf("getVSKCapabilities"); }
-  bool open() override { return true; }
-  Map readKeyValue(const std::string&) override { return {{"key", answerOf("readKeyValue")}}; }
-  bool writeKeyValue(Map) override { return true; }
-  bool removeKeyValue(const std::vector<std::string>&) override { return true; }
-  bool clear() override { return true; }
-  void sendCBLInfo(std::string& first, std::string& second, std::int64_t& number) override {
-    first = answerOf("sendCBLInfo");
-    second = answerOf("sendCBLInfo, again");
-    number = INT64_MIN;
-  }
-  VornDeviceAbstractionLayer::VornEMPAdapterIF* getEMPAdapter() override { return &m_player; }
-  int setAnimation(std::vector<std::string>) override { return 35; }
-  Result onChangeChannel(std::string) override { return {false, answerOf("onChangeChannel")}; }
-  bool onInputChange(const std::string&) override { return false; }
-  Result onSkipChannel(int) override { return {false, answerOf("onSkipChannel")}; }
-  Result onSendKeystroke(std::string) override { return {false, answerOf("onSendKeystroke")}; }
-  Result onChangePlaybackPlay(std::string) override { return {false, answerOf("onChangePlaybackPlay")}; }
-  Result onChangePlaybackPause(std::string) override { return {false, answerOf("onChangePlaybackPause")}; }
-  Result onChangePlaybackStop(std::string) override { return {false, answerOf("onChangePlaybackStop")}; }
-  Result onChangePlaybackStartOver(std::string) override {
-    return {false, answerOf("onChangePlaybackStartOver")};
-  }
-  Result onChangePlaybackPrevious(std::string) override {
-    return {false, answerOf("onChangePlaybackPrevious")};
-  }
-  Result onChangePlaybackNext(std::string) override { return {false, answerOf("onChangePlaybackNext")}; }
-  Result onChangePlaybackRewind(std::string) override { return {false, answerOf("onChangePlaybackRewind")}; }
-  Result onChangePlaybackFastForward(std::string) override {
-    return {false, answerOf("onChangePlaybackFastForward")};
-  }
-  Result onSearchAndPlay(std::string) override { return {false, answerOf("onSearchAndPlay")}; }
-  Result onSearchAndDisplayResults(std::string) override {
-    return {false, answerOf("onSearchAndDisplayResults")};
-  }
-  Result onSetMode(std::string, std::string) override { return {false, answerOf("onSetMode")}; }
-  Result onAdjustMode(std::string, int) override { return {false, answerOf("onAdjustMode")}; }
-  Result onSetPowerState(bool) override { return {false, answerOf("onSetPowerState")}; }
-  Result onSetPowerState(bool, std::string) override {
-    return {false, answerOf("onSetPowerState of a target")};
-  }
-  Result onSetRangeValue(double) override { return {false, answerOf("onSetRangeValue")}; }
-  Result onAdjustRangeValue(double) override { return {false, answerOf("onAdjustRangeValue")}; }
-  Result onSetToggleState(std::string, std::string) override { return {false, answerOf("onSetToggleState")}; }
-  Result onLaunchTarget(std::string) override { return {false, answerOf("onLaunchTarget")}; }
-  Result onStartRecording() override { return {false, answerOf("onStartRecording")}; }
-  Result onStopRecording() override { return {false, answerOf("onStopRecording")}; }
-  Result onAdjustSeekPosition(int) override { return {false, answerOf("onAdjustSeekPosition")}; }
-  Result onSetVolume(int) override { return {false, answerOf("onSetVolume")}; }
-  Result onAdjustVolume(int) override { return {false, answerOf("onAdjustVolume")}; }
-  Result onMute(bool) override { return {false, answerOf("onMute")}; }
-  bool clearGUICard() override { return true; }
-  bool renderGUICard(const std::string&) override { return true; }
 
  private:
+  vorn_testing::NullPlayer m_nobody;
+};
+
+/// A host that answers so.
+class AnsweringHost : public vorn_testing::AroundHost<AnsweringHost> {
+ public:
+  AnsweringHost() : AroundHost(m_nobody) {}
+
+  template <class Result, class Interface, class... Parameters>
+  Result around(const Operation& operation,
+                const vorn_testing::Onward<Interface, Result, Parameters...>& onward,
+                std::remove_reference_t<Parameters>&... arguments) {
+    if constexpr (std::is_pointer_v<Result>)
+      return onward(arguments...);
+    else
+      return answer<Result, Parameters...>(operation, arguments...);
+  }
+
+ protected:
+  VornDeviceAbstractionLayer::VornEMPAdapterIF* front(
+      VornDeviceAbstractionLayer::VornEMPAdapterIF*) override {
+    return &m_player;
+  }
+
+ private:
+  vorn_testing::NullHost m_nobody;
   AnsweringPlayer m_player;
 };
 

@@ -13,27 +13,16 @@ namespace {
 using namespace VornDeviceAbstractionLayer;
 using erased::Texts;
 using vorn_testing::Constructor;
-using vorn_testing::Operation;
 
 const std::string kNamespace = "VornDeviceAbstractionLayer::";
 
 // What an operation does that its types do not tell.
 
-struct Exception {
-  std::string answer;
-  std::string fallback;
-};
-
-const std::map<std::string, Exception> kAnswers = {
-    {"sendAppMessage", {"true", "true"}},  // The host answers nothing.
-    {"onInputChange", {"false", "true"}},
-    {"getVSKCapabilities", {answerOf("getVSKCapabilities"), "[]"}},
-    {"getAlexaAuthStatus", {"AUTHORIZED", ""}},
-};
-
-const std::map<std::string, Texts> kWritten = {
-    {"getSystemSetting", {answerOf("getSystemSetting")}},
-    {"sendCBLInfo", {answerOf("sendCBLInfo"), answerOf("sendCBLInfo, again"), "-9223372036854775808"}},
+const std::map<std::string, void (*)(Row&)> kExceptions = {
+    {"sendAppMessage", [](Row& row) { row.fallback = "true"; }},  // The host's has no answer.
+    {"onInputChange", [](Row& row) { row.fallback = "true"; }},
+    {"getVSKCapabilities", [](Row& row) { row.fallback = "[]"; }},
+    {"getAlexaAuthStatus", [](Row& row) { row.answer = "AUTHORIZED"; }},
 };
 
 enum class When { kDelivered, kLost, kAlways };
@@ -100,17 +89,26 @@ std::string commandLine(const Row& row, const Operation& operation, const char* 
   return line;
 }
 
-/// What a host or the assistant side answers, and what stands for it; both by type.
+/// What stands for an answer that is missing, by type.
 template <class Result>
-Exception answered(const Operation& operation) {
-  const std::string text =
-      answerOf(std::string(operation.name) + (operation.slot == 53 ? " of a target" : ""));
-  if constexpr (std::is_same_v<Result, bool>) return {"true", "false"};
-  if constexpr (std::is_same_v<Result, int>) return {std::to_string(operation.slot), "0"};
-  if constexpr (std::is_same_v<Result, std::string>) return {text, ""};
-  if constexpr (std::is_same_v<Result, erased::Map>) return {"{key=" + text + "}", "{}"};
-  if constexpr (std::is_same_v<Result, std::pair<bool, std::string>>) return {"false " + text, "true"};
-  return {};
+std::string defaultOf() {
+  if constexpr (std::is_same_v<Result, bool>) return "false";
+  if constexpr (std::is_same_v<Result, int>) return "0";
+  if constexpr (std::is_same_v<Result, erased::Map>) return "{}";
+  if constexpr (std::is_same_v<Result, std::pair<bool, std::string>>) return "true";
+  return "";
+}
+
+template <class... P, std::size_t... Place>
+Texts written([[maybe_unused]] const Operation& operation, std::index_sequence<Place...>) {
+  Texts all;
+  [[maybe_unused]] const auto add = [&](auto parameter, int place) {
+    using Parameter = typename decltype(parameter)::type;
+    if constexpr (kWritten<Parameter>)
+      all.push_back(erased::render(writtenTo<std::decay_t<Parameter>>(operation, place)));
+  };
+  (add(Tag<P>(), static_cast<int>(Place)), ...);
+  return all;
 }
 
 /// The adapters that leave a line when constructed; of those, which do when created, and when fetched.
@@ -145,22 +143,19 @@ struct Adapters : vorn_testing::OperationVisitor {
 struct Rows : vorn_testing::OperationVisitor {
   template <class OfHost, class Class, class Result, class... P>
   void down(const Operation& operation, OfHost, Result (Class::*member)(P...)) {
-    add(operation, member);
+    add<true>(operation, member);
   }
 
   template <class Class, class Result, class... P>
   void up(const Operation& operation, Result (Class::*member)(P...)) {
-    add(operation, member);
+    add<false>(operation, member);
   }
 
   std::vector<Row> made;
 
  private:
-  template <class Class, class Result, class... P>
+  template <bool OfHost, class Class, class Result, class... P>
   void add(const Operation& operation, Result (Class::*member)(P...)) {
-    const auto exception = kAnswers.find(operation.name);
-    const auto [answer, fallback] =
-        exception == kAnswers.end() ? answered<Result>(operation) : exception->second;
     Row row{};
     for (const Adapter& adapter : adapters())
       if (adapter.name == operation.adapter) row.adapter = &adapter;
@@ -170,9 +165,11 @@ struct Rows : vorn_testing::OperationVisitor {
     row.guard = operation.guard;
     row.target = operation.target;
     row.slot = operation.slot;
-    row.answer = answer;
-    row.fallback = fallback;
-    if (kWritten.count(row.operation)) row.written = kWritten.at(row.operation);
+    if constexpr (!std::is_void_v<Result>) row.answer = erased::render(answerOf<Result>(operation));
+    row.fallback = defaultOf<Result>();
+    const auto exception = kExceptions.find(row.operation);
+    if (exception != kExceptions.end()) exception->second(row);
+    if constexpr (OfHost) row.written = written<P...>(operation, std::index_sequence_for<P...>());
     row.with = erased::preparer(member);
     const auto line = kLines.find(row.operation);
     if (line != kLines.end()) {
