@@ -1,4 +1,4 @@
-// Every operation, in five states of life, beside four kinds of neighbour, with the trace absent, off and on.
+// Every operation, in five states of life, beside four kinds of other side, with the trace absent, off and on.
 
 #include <FileLogger.h>
 #include <gtest/gtest.h>
@@ -20,13 +20,13 @@ using namespace operations;
 using VornDeviceAbstractionLayer::FileLogger;
 
 enum class State { kNeverCreated, kLive, kLiveOnASecondHost, kShutDown, kUnloading };
-enum class Neighbour { kReturns, kThrowsException, kThrowsInt, kBlocks };
+enum class OtherSide { kReturns, kThrowsException, kThrowsInt, kBlocks };
 enum class Logger { kAbsent, kOff, kOn };
 
 constexpr State kStates[] = {State::kNeverCreated, State::kLive, State::kLiveOnASecondHost, State::kShutDown,
                              State::kUnloading};
-constexpr Neighbour kNeighbours[] = {Neighbour::kReturns, Neighbour::kThrowsException, Neighbour::kThrowsInt,
-                                     Neighbour::kBlocks};
+constexpr OtherSide kOtherSides[] = {OtherSide::kReturns, OtherSide::kThrowsException, OtherSide::kThrowsInt,
+                                     OtherSide::kBlocks};
 constexpr Logger kLoggers[] = {Logger::kAbsent, Logger::kOff, Logger::kOn};
 constexpr const char* kStateNames[] = {"never created", "live", "live on a second host", "shut down",
                                        "unloading"};
@@ -76,11 +76,11 @@ class Life {
     for (const Row& row : m_rows) {
       if (testing::Test::HasFailure()) break;  // One operation's failures are enough to read.
       for (const Logger logger : kLoggers) {
-        for (const Neighbour neighbour : kNeighbours) {
-          SCOPED_TRACE(row.name() + ", " + kStateNames[static_cast<int>(m_state)] + ", neighbour " +
-                       std::to_string(static_cast<int>(neighbour)) + ", logger " +
+        for (const OtherSide otherSide : kOtherSides) {
+          SCOPED_TRACE(row.name() + ", " + kStateNames[static_cast<int>(m_state)] + ", other side " +
+                       std::to_string(static_cast<int>(otherSide)) + ", logger " +
                        std::to_string(static_cast<int>(logger)));
-          play(row, neighbour, logger);
+          play(row, otherSide, logger);
           ++cases;
         }
       }
@@ -93,7 +93,7 @@ class Life {
     return m_state == State::kLive || m_state == State::kLiveOnASecondHost || m_state == State::kUnloading;
   }
 
-  void play(const Row& row, Neighbour neighbour, Logger logger) {
+  void play(const Row& row, OtherSide otherSide, Logger logger) {
     const std::unique_ptr<Invocation> call = row.with(Sample::kUsual);
     m_object = m_objects[row.adapter].get();
     m_first.recorder->clear();
@@ -104,24 +104,24 @@ class Life {
 
     const std::vector<std::string> expected = row.reaches(call->outcome.given, live());
     const std::vector<std::string> lines = row.delivered(live()) ? row.lines : row.lostLines;
-    switch (neighbour) {
-      case Neighbour::kReturns:
+    switch (otherSide) {
+      case OtherSide::kReturns:
         call->make(m_object);
         break;
-      case Neighbour::kThrowsException:
-        throws(*call, expected, std::runtime_error("the neighbour's own"));
+      case OtherSide::kThrowsException:
+        throws(*call, expected, std::runtime_error("the other side's own"));
         break;
-      case Neighbour::kThrowsInt:
+      case OtherSide::kThrowsInt:
         throws(*call, expected, 4711);
         break;
-      case Neighbour::kBlocks:
+      case OtherSide::kBlocks:
         blocks(row, *call, expected);
         break;
     }
     m_recorder->onCall(nullptr);
 
     const bool returned =
-        expected.empty() || neighbour == Neighbour::kReturns || neighbour == Neighbour::kBlocks;
+        expected.empty() || otherSide == OtherSide::kReturns || otherSide == OtherSide::kBlocks;
     if (returned) {
       EXPECT_EQ(Row::told(call->outcome), row.tells(call->outcome, live()));
       EXPECT_EQ(seen(m_recorder->calls()), expected);
@@ -151,7 +151,7 @@ class Life {
   static std::string what(const std::exception& exception) { return exception.what(); }
   static std::string what(int number) { return std::to_string(number); }
 
-  /// While the neighbour holds the call, the mutex is held where the row says so and nowhere else.
+  /// While the other side holds the call, the mutex is held where the row says so and nowhere else.
   void blocks(const Row& row, Invocation& call, const std::vector<std::string>& expected) {
     if (expected.empty()) return call.make(m_object);
     Gate inside;
@@ -232,18 +232,18 @@ std::size_t casesOf(State state) {
   return status == 0 ? cases : 0;
 }
 
-TEST(OperationMatrix, HoldsForEveryOperationStateNeighbourAndLogger) {
+TEST(OperationMatrix, HoldsForEveryOperationStateOtherSideAndLogger) {
   Firmware firmware;
   const std::size_t operations = everyRow(firmware).size();
   std::size_t cases = 0;
   for (const State state : kStates) {
     const std::size_t now = casesOf(state);
-    ASSERT_EQ(now, operations * std::size(kNeighbours) * std::size(kLoggers))
+    ASSERT_EQ(now, operations * std::size(kOtherSides) * std::size(kLoggers))
         << kStateNames[static_cast<int>(state)];
     cases += now;
   }
   std::cout << "operation matrix: " << operations << " operations, " << cases << " cases\n";
-  EXPECT_EQ(cases, operations * std::size(kStates) * std::size(kNeighbours) * std::size(kLoggers));
+  EXPECT_EQ(cases, operations * std::size(kStates) * std::size(kOtherSides) * std::size(kLoggers));
   EXPECT_GE(cases, 6000U);
 }
 

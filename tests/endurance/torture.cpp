@@ -13,7 +13,7 @@
 #include <system_error>
 
 #include "support/everything.h"
-#include "support/faults.h"
+#include "support/interposed.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ enum class End { kReturned, kBadAlloc, kSystemError, kRefused, kOther };
 template <class Action>
 End run(Action& action, std::size_t failing, bool lasting) {
   End end = End::kReturned;
-  faults::arm(failing, lasting);
+  interposed::arm(failing, lasting);
   try {
     action();
   } catch (const std::bad_alloc&) {
@@ -48,27 +48,27 @@ End run(Action& action, std::size_t failing, bool lasting) {
   } catch (...) {
     end = End::kOther;
   }
-  faults::disarm();
+  interposed::disarm();
   return end;
 }
 
 /// The first failure that the contract lets through decides. Files that fail cost the line and nothing else.
 End expected(bool swallowsAllocations = false) {
   bool lockFailed = false;
-  for (const faults::Kind kind : faults::failed()) {
+  for (const interposed::Kind kind : interposed::failed()) {
     // The text of a std::system_error needs memory: without, it becomes a std::bad_alloc.
-    if (kind == faults::kAllocation && (lockFailed || !swallowsAllocations)) return End::kBadAlloc;
+    if (kind == interposed::kAllocation && (lockFailed || !swallowsAllocations)) return End::kBadAlloc;
     if (lockFailed) break;
-    lockFailed = kind == faults::kLock;
-    if (kind == faults::kCall) return End::kRefused;
+    lockFailed = kind == interposed::kLock;
+    if (kind == interposed::kCall) return End::kRefused;
   }
   if (lockFailed) return End::kSystemError;
   return End::kReturned;
 }
 
 void expectLocksFree() {
-  EXPECT_EQ(faults::held(), 0) << "a lock is still held";
-  EXPECT_TRUE(faults::othersGetThem()) << "another thread does not get every lock";
+  EXPECT_EQ(interposed::held(), 0) << "a lock is still held";
+  EXPECT_TRUE(interposed::othersGetThem()) << "another thread does not get every lock";
 }
 
 void setLogger(Logger logger) {
@@ -76,7 +76,7 @@ void setLogger(Logger logger) {
   if (logger != Logger::kAbsent) FileLogger::CreateInstance(logger == Logger::kOn);
 }
 
-std::size_t g_tried[faults::kKinds];
+std::size_t g_tried[interposed::kKinds];
 
 /// What was tried, for the record and as a floor: a change that fails fewer points has lost some.
 class Floor : public testing::Environment {
@@ -84,8 +84,8 @@ class Floor : public testing::Environment {
 
   void TearDown() override {
     std::size_t all = 0;
-    for (int kind = 0; kind < faults::kKinds; ++kind) {
-      std::cout << "torture," << faults::kNames[kind] << "," << g_tried[kind] << "\n";
+    for (int kind = 0; kind < interposed::kKinds; ++kind) {
+      std::cout << "torture," << interposed::kNames[kind] << "," << g_tried[kind] << "\n";
       all += g_tried[kind];
     }
     std::cout << "torture,all," << all << "\n";
@@ -99,8 +99,8 @@ class Floor : public testing::Environment {
 const testing::Environment* const g_floor = testing::AddGlobalTestEnvironment(new Floor);
 
 void count(int runs) {
-  for (int kind = 0; kind < faults::kKinds; ++kind)
-    g_tried[kind] += static_cast<std::size_t>(runs) * faults::points(static_cast<faults::Kind>(kind));
+  for (int kind = 0; kind < interposed::kKinds; ++kind)
+    g_tried[kind] += static_cast<std::size_t>(runs) * interposed::points(static_cast<interposed::Kind>(kind));
 }
 
 /// The audio path keeps its counter and its object for the life of the process: each try has one of its own.
@@ -117,13 +117,13 @@ class TorturedAudio : public testing::Test {
     FileLogger::CreateInstance(true);
     VornDeviceAbstractionLayer::VornAudioIn adapter(firmware.host);
     firmware.recorder->onCall([](const vorn_testing::Call&) {
-      if (faults::point(faults::kCall)) throw Refused{kNumber};
+      if (interposed::point(interposed::kCall)) throw Refused{kNumber};
     });
     std::vector<short> samples(480);
     auto send = [&] { adapter.sendAudioData(samples); };
     const End end = run(send, failing, lasting);
-    if (faults::failed().empty()) return kNothingFailed;
-    bool right = end == expected() && faults::held() == 0 && faults::othersGetThem();
+    if (interposed::failed().empty()) return kNothingFailed;
+    bool right = end == expected() && interposed::held() == 0 && interposed::othersGetThem();
 
     // The number in the next line tells whether the first buffer was counted.
     const std::string number = end == End::kReturned ? "2" : "1";
@@ -165,7 +165,7 @@ TEST_F(TorturedAudio, CountsABufferExactlyWhenTheCallReturned) {
         }
         EXPECT_EQ(verdict, kAsPromised)
             << "assistant " << assistantReady << ", point " << failing << ", from there on " << lasting;
-        ++g_tried[faults::kCall];
+        ++g_tried[interposed::kCall];
       }
     }
   }
@@ -177,7 +177,7 @@ class Torture : public testing::Test {
   static void SetUpTestSuite() {
     watchdog::feed();
     settleAudio();
-    faults::othersGetThem();  // Makes the other thread now, or it would count as a leak.
+    interposed::othersGetThem();  // Makes the other thread now, or it would count as a leak.
   }
 
   /// Tries `action` with every point failing; `after` looks at the state after each.
@@ -186,7 +186,7 @@ class Torture : public testing::Test {
     auto counted = prepare();
     ASSERT_EQ(run(*counted, 0, false), End::kReturned);
     counted.reset();
-    const std::size_t points = faults::points();
+    const std::size_t points = interposed::points();
     count(2);
     for (const bool lasting : {false, true}) {
       for (std::size_t failing = 1; failing <= points; ++failing) {
@@ -205,7 +205,7 @@ class Torture : public testing::Test {
 struct Call {
   Call(const Row& row, void* called) : invocation(row.with(Sample::kUsual)), object(called) {
     invocation->copies = true;
-    invocation->returned = faults::disarm;
+    invocation->returned = interposed::disarm;
   }
 
   std::unique_ptr<Invocation> invocation;
@@ -222,7 +222,7 @@ class TorturedOperation : public Torture {
     const std::shared_ptr<void> object =
         live && life.name != "FileLogger" ? life.create(m_firmware) : life.construct(m_firmware);
     m_firmware.recorder->onCall([](const vorn_testing::Call&) {
-      if (faults::point(faults::kCall)) throw Refused{kNumber};
+      if (interposed::point(interposed::kCall)) throw Refused{kNumber};
     });
     setLogger(logger);
     Call(row, object.get())();  // What is made on first use, and kept, is made now.
@@ -243,13 +243,13 @@ class TorturedOperation : public Torture {
     if (std::mutex* const mutex = row.mutex()) {
       Call call(row, object.get());
       run(call, 0, false);
-      EXPECT_EQ(faults::firstAsked(), mutex->native_handle()) << "the lock does not come first";
+      EXPECT_EQ(interposed::firstAsked(), mutex->native_handle()) << "the lock does not come first";
     }
 
     tryEveryPoint(
         [&] {
           settle();
-          living = faults::living();
+          living = interposed::living();
           return std::make_unique<Call>(row, object.get());
         },
         [&](std::unique_ptr<Call> call, End end) {
@@ -259,7 +259,7 @@ class TorturedOperation : public Torture {
           for (const std::string& line : trace_file::lines())
             EXPECT_EQ(line, lines.empty() ? "(none)" : lines.front());
           settle();
-          EXPECT_EQ(faults::living(), living) << "leaked";
+          EXPECT_EQ(interposed::living(), living) << "leaked";
           EXPECT_EQ(object.use_count(), references);
 
           expectAnswer(row.run(object.get()));
@@ -320,14 +320,14 @@ class TorturedKit : public Torture {
     tryEveryPoint(
         [&] {
           settle();
-          living = faults::living();
+          living = interposed::living();
           return std::make_unique<Use>(Use{use});
         },
         [&](std::unique_ptr<Use> used, End end) {
           EXPECT_EQ(end, expected());
           used.reset();
           settle();
-          EXPECT_EQ(faults::living(), living) << "leaked";
+          EXPECT_EQ(interposed::living(), living) << "leaked";
           use();
           settle();
         });
@@ -409,19 +409,19 @@ TEST_F(TorturedLife, CreationLeavesNothingBehindWhenItFails) {
           [&] {
             settle();
             auto creation = std::make_unique<Creation>(Creation{life, m_firmware, nullptr});
-            living = faults::living();
+            living = interposed::living();
             return creation;
           },
           [&](std::unique_ptr<Creation> creation, End end) {
             EXPECT_EQ(end, expected(isLogger));
             const bool made = creation->made != nullptr;
-            const bool mayBeEmpty = end != End::kReturned || (isLogger && !faults::failed().empty());
+            const bool mayBeEmpty = end != End::kReturned || (isLogger && !interposed::failed().empty());
             EXPECT_TRUE(made || mayBeEmpty);
             if (end != End::kReturned) expectLive(life, false);
             told = told || (isLogger && end == End::kReturned && !made);
             creation->made.reset();
             settle();
-            EXPECT_EQ(faults::living(), living) << "leaked";
+            EXPECT_EQ(interposed::living(), living) << "leaked";
             EXPECT_NE(life.create(m_firmware), nullptr);
           });
       if (isLogger) {
@@ -445,22 +445,22 @@ TEST_F(TorturedLife, TakesTheMutexOfItsClassOnceForEachStep) {
     const bool isLogger = life.name == "FileLogger";
     const bool hasNoEnd = life.name == "VornAttachmentReaderContainerFactory";
     life.shutdown();
-    faults::arm();
+    interposed::arm();
     const std::shared_ptr<void> made = life.create(m_firmware);
-    faults::disarm();
-    EXPECT_EQ(faults::asked(mutex), isFactory ? 2U : 1U);
+    interposed::disarm();
+    EXPECT_EQ(interposed::asked(mutex), isFactory ? 2U : 1U);
     // The object, and its count; the logger's lines have texts as well.
     if (isLogger) {
-      EXPECT_EQ(faults::points(faults::kAllocation), 2U);
+      EXPECT_EQ(interposed::points(interposed::kAllocation), 2U);
     }
-    faults::arm();
+    interposed::arm();
     life.get();
-    faults::disarm();
-    EXPECT_EQ(faults::asked(mutex), 1U);
-    faults::arm();
+    interposed::disarm();
+    EXPECT_EQ(interposed::asked(mutex), 1U);
+    interposed::arm();
     life.shutdown();
-    faults::disarm();
-    EXPECT_EQ(faults::asked(mutex), hasNoEnd ? 0U : 1U);
+    interposed::disarm();
+    EXPECT_EQ(interposed::asked(mutex), hasNoEnd ? 0U : 1U);
   }
   FileLogger::Shutdown();
   unlink(kPath);

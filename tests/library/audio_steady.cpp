@@ -11,7 +11,8 @@
 #include <stdexcept>
 
 #include "constants_symbols.h"
-#include "support/lock_watch.h"
+#include "support/eventually.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/trace_file.h"
 
@@ -48,8 +49,8 @@ std::shared_ptr<DeviceAbstractionLayer::AudioIn> DeviceAbstractionLayer::AudioIn
 namespace {
 
 using namespace VornDeviceAbstractionLayer;
-using lock_watch::counts;
-using lock_watch::Counts;
+using interposed::counts;
+using interposed::Counts;
 using Lines = std::vector<std::string>;
 
 class AudioCounter : public trace_file::Traced {
@@ -106,7 +107,7 @@ TEST_F(AudioCounter, TheSearchIsTracedBeforeItIsMade) {
 TEST_F(AudioCounter, SteadyBuffersPassWhileTheAdapterIsLocked) {
   send(6);
   std::mutex& mutex = operations::mutexOf("VornAudioIn");
-  EXPECT_TRUE(lock_watch::passes(mutex, [this] { send(100); }));
+  EXPECT_TRUE(passes(mutex, [this] { send(100); }));
   EXPECT_EQ(g_assistant->buffers, 106);
   EXPECT_EQ(g_assistant->last, &samples);
 }
@@ -135,14 +136,14 @@ TEST_F(AudioCounter, AdvancesWithoutAnAssistantToo) {
 TEST_F(AudioCounter, StaysWhereItIsWhenALineFindsNoMemory) {
   int failures = 0;
   for (std::size_t nth = 1; g_assistant->buffers == 0; ++nth) {
-    lock_watch::failAllocation(nth);
+    interposed::failAllocation(nth);
     try {
       send();
     } catch (const std::bad_alloc&) {
       ++failures;
       EXPECT_EQ(count(), 1);
     }
-    lock_watch::failAllocation(0);
+    interposed::failAllocation(0);
   }
   EXPECT_GT(failures, 0);
   EXPECT_EQ(count(), 2);

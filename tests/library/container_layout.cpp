@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "support/lock_watch.h"
+#include "support/interposed.h"
 
 namespace {
 
@@ -74,19 +74,19 @@ TEST(ContainerLayout, KeepsOnlyTheBaseWhenTheSubscriptionEnds) {
 
 TEST(ContainerCosts, AreOneAllocationForContainerAndCount) {
   const auto factory = VornAttachmentReaderContainerFactory::getInstance();
-  const lock_watch::Counts before = lock_watch::counts();
+  const interposed::Counts before = interposed::counts();
   const auto container = factory->createAttachmentReaderContainer(nullptr);
-  EXPECT_EQ((lock_watch::counts() - before).allocations, 1U);
+  EXPECT_EQ((interposed::counts() - before).allocations, 1U);
 }
 
 TEST(ContainerCosts, AreNothingOnTheDataPath) {
   const auto container = make();
   std::size_t total = 0;
   container->Subscribe([&total](void*, std::size_t size) { total += size; }, [] {});
-  const lock_watch::Counts before = lock_watch::counts();
+  const interposed::Counts before = interposed::counts();
   for (int block = 0; block < 100; ++block) container->sendData(nullptr, 10);
   container->notifyEndOfStream();
-  EXPECT_TRUE(lock_watch::counts() - before == lock_watch::Counts{});
+  EXPECT_TRUE(interposed::counts() - before == interposed::Counts{});
   EXPECT_EQ(total, 1000U);
 }
 
@@ -94,9 +94,9 @@ TEST(ContainerCosts, LeaveNothingBehindWhenMemoryEnds) {
   const auto alive = std::make_shared<int>();
   const auto factory = VornAttachmentReaderContainerFactory::getInstance();
   std::function<void(std::string)> onClose = [alive](std::string) {};
-  lock_watch::failAllocation(1);
+  interposed::failAllocation(1);
   EXPECT_THROW(factory->createAttachmentReaderContainer(onClose), std::bad_alloc);
-  lock_watch::failAllocation(0);
+  interposed::failAllocation(0);
   onClose = nullptr;
   EXPECT_EQ(alive.use_count(), 1);
 }

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "support/lock_watch.h"
+#include "support/interposed.h"
 
 namespace {
 
@@ -183,9 +183,9 @@ TEST_F(AttachmentFactory, MakesIndependentContainers) {
 
 TEST_F(AttachmentFactory, MakesContainersWithoutItsLock) {
   const auto factory = VornAttachmentReaderContainerFactory::getInstance();
-  const lock_watch::Counts before = lock_watch::counts();
+  const interposed::Counts before = interposed::counts();
   const Container made = factory->createAttachmentReaderContainer(nullptr);
-  EXPECT_EQ((lock_watch::counts() - before).locks, 0U);
+  EXPECT_EQ((interposed::counts() - before).locks, 0U);
 }
 
 }  // namespace

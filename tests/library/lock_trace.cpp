@@ -15,14 +15,14 @@
 #include <deque>
 #include <future>
 
-#include "support/lock_watch.h"
+#include "support/eventually.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
 
 using namespace VornDeviceAbstractionLayer;
-using lock_watch::eventually;
 using operations::isHeld;
 using operations::mutexOf;
 
@@ -79,9 +79,9 @@ TEST_F(LockWhileTracing, IsTheLoggersOwn) {
   stopWriters();
   auto& writing = start([trace] { trace->logMessage("line"); });
   ASSERT_TRUE(writerCame());
-  lock_watch::watch(logger);
+  interposed::watch(logger);
   start([] { FileLogger::getInstance(); });
-  EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 1; }));
+  EXPECT_TRUE(eventually([] { return interposed::waiting() == 1; }));
   letPass();
   writing.wait();
   EXPECT_TRUE(eventually([this] { return !isHeld(logger); }));
@@ -102,9 +102,9 @@ TEST_F(LockWhileTracing, IsTheClassesOwnWhenCapabilitiesAreCreated) {
   start([this] { VornDeviceCapabilities::CreateInstance(host); });
   ASSERT_TRUE(writerCame());
   EXPECT_TRUE(isHeld(mutex));
-  lock_watch::watch(mutex);
+  interposed::watch(mutex);
   auto& shutdown = start([] { VornDeviceCapabilities::Shutdown(); });
-  EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 1; }));
+  EXPECT_TRUE(eventually([] { return interposed::waiting() == 1; }));
   letPass();
   shutdown.wait();
   EXPECT_FALSE(isHeld(mutex));

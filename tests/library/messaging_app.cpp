@@ -8,7 +8,7 @@
 #include <future>
 #include <stdexcept>
 
-#include "support/lock_watch.h"
+#include "support/eventually.h"
 #include "support/mutexes.h"
 #include "support/trace_file.h"
 
@@ -98,11 +98,11 @@ TEST_F(AppMessages, UpReleaseTheirLockWhenTheAssistantThrows) {
 }
 
 TEST_F(AppMessages, UpPassWhileAMessageDownIsHandled) {
-  EXPECT_TRUE(lock_watch::passes(downMutex, [this] { messaging->SendMessageToxApp("a", "b", "c"); }));
+  EXPECT_TRUE(passes(downMutex, [this] { messaging->SendMessageToxApp("a", "b", "c"); }));
 }
 
 TEST_F(AppMessages, DownPassWhileAMessageUpIsDelivered) {
-  EXPECT_TRUE(lock_watch::passes(upMutex, [this] { messaging->sendAppMessage("a", "b", "c"); }));
+  EXPECT_TRUE(passes(upMutex, [this] { messaging->sendAppMessage("a", "b", "c"); }));
   EXPECT_EQ(heard(), Lines{"sendAppMessage(a, b, c)"});
 }
 

@@ -2,7 +2,7 @@
 
 #include <FileLogger.h>
 
-#include "support/blocks.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/operation_test.h"
 #include "support/trace_file.h"
@@ -79,7 +79,7 @@ TEST_P(Life, BeginsAgainWithANewObjectAndItsOwnHost) {
 
 TEST_P(Life, TakesTheAllocationsThatTheTableTells) {
   const auto logger = VornDeviceAbstractionLayer::FileLogger::getInstance();
-  const blocks::Watch watch;
+  const interposed::Blocks watch;
   auto object = adapter.create(first.host);
   EXPECT_EQ(watch.at(object.get()), adapter.oneBlock ? 0 : adapter.size);
   EXPECT_EQ(watch.live(), adapter.oneBlock ? 1U : 2U);
@@ -92,14 +92,14 @@ TEST_P(Life, DoesNotBeginWhenAnAllocationFails) {
   const auto logger = VornDeviceAbstractionLayer::FileLogger::getInstance();
   std::size_t failures = 0;
   for (bool created = false; !created;) {
-    const blocks::Watch watch;
-    blocks::fail(failures + 1);
+    const interposed::Blocks watch;
+    interposed::failAllocation(failures + 1);
     try {
       created = adapter.create(first.host) != nullptr;
     } catch (const std::bad_alloc&) {
       ++failures;
     }
-    blocks::fail(0);
+    interposed::failAllocation(0);
     if (created) break;
     EXPECT_EQ(watch.live(), 0U);
     ASSERT_FALSE(isHeld(mutexOf(adapter.name)));

@@ -3,14 +3,14 @@
 #include <condition_variable>
 #include <thread>
 
-#include "support/lock_watch.h"
+#include "support/eventually.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/operation_test.h"
 
 namespace {
 
 using namespace operations;
-using lock_watch::eventually;
 using vorn_testing::Call;
 
 /// A thread that runs one thing.
@@ -101,10 +101,10 @@ class LockedOperation : public HeldUp {
  protected:
   /// Starts each work and returns whether all of them stand before the mutex.
   bool allWait(std::mutex& mutex, const std::vector<std::function<void()>>& works) {
-    lock_watch::watch(mutex);
+    interposed::watch(mutex);
     for (const auto& work : works) m_waiting.push_back(std::make_unique<Runner>(work));
     const int all = static_cast<int>(works.size());
-    return eventually([all] { return lock_watch::waiting() == all; });
+    return eventually([all] { return interposed::waiting() == all; });
   }
 
  private:
@@ -167,12 +167,12 @@ TEST_P(Lifecycle, WaitsForTheLockInEachOfItsThreeOperations) {
   const Adapter& adapter = GetParam();
   Firmware firmware;
   std::mutex& mutex = mutexOf(adapter.name);
-  lock_watch::watch(mutex);
+  interposed::watch(mutex);
   std::unique_lock<std::mutex> lock(mutex);
   const Runner create([&] { adapter.create(firmware.host); });
   const Runner get([&] { adapter.get(); });
   const Runner shutdown([&] { adapter.shutdown(); });
-  EXPECT_TRUE(eventually([] { return lock_watch::waiting() == 3; }));
+  EXPECT_TRUE(eventually([] { return interposed::waiting() == 3; }));
   lock.unlock();
   EXPECT_TRUE(eventually([&] { return create.done() && get.done() && shutdown.done(); }));
   adapter.shutdown();

@@ -14,7 +14,7 @@
 #include <typeinfo>
 #include <utility>
 
-#include "support/blocks.h"
+#include "support/interposed.h"
 #include "support/operation_test.h"
 
 namespace {
@@ -31,7 +31,7 @@ struct Reached {
   std::size_t copies;  ///< Texts of a megabyte made since the call began.
 };
 
-std::optional<blocks::Watch> g_watch;
+std::optional<interposed::Blocks> g_watch;
 bool g_assistant;
 
 // Whatever the operation's arguments and result are: this one leaves by throwing, and the caller of an

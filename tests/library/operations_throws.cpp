@@ -19,7 +19,7 @@
 #include <set>
 #include <system_error>
 
-#include "support/faults.h"
+#include "support/interposed.h"
 #include "support/operation_test.h"
 #include "support/reference.h"
 
@@ -110,39 +110,39 @@ using Words = std::set<std::string>;
 struct Refusal {};
 
 void mayRefuse() {
-  if (faults::point(faults::kCall)) throw Refusal();
+  if (interposed::point(interposed::kCall)) throw Refusal();
 }
 
 /// The work of one call, made ready anew for each failure.
 using Ready = std::function<std::function<void()>()>;
 
 /// What comes out when each point fails in turn. Ends with a run in which none did.
-Words thrownBy(const Ready& ready, const std::string& neighbour) {
+Words thrownBy(const Ready& ready, const std::string& caught) {
   Words words;
   for (std::size_t failing = 1;; ++failing) {
     const auto work = ready();
     std::string thrown;
     try {
-      faults::arm(failing);
+      interposed::arm(failing);
       work();
-      faults::disarm();
+      interposed::disarm();
     } catch (const std::bad_alloc&) {
       thrown = "bad_alloc";
     } catch (const std::system_error&) {
       thrown = "system_error";
     } catch (const Refusal&) {
-      thrown = neighbour;
+      thrown = caught;
     }
-    faults::disarm();
-    if (faults::failed().empty()) return words;
+    interposed::disarm();
+    if (interposed::failed().empty()) return words;
     if (!thrown.empty()) words.insert(thrown);
   }
 }
 
 // The operations of Operations.h.
 
-/// The neighbours' exceptions: that they pass is what operations_throw.cpp shows.
-Words neighbours(const operations::Row& row) {
+/// What the other sides throw: that they pass is what operations_throw.cpp shows.
+Words ofOtherSides(const operations::Row& row) {
   Words words;
   for (const std::string& place : row.reaches({}, true, true)) {
     const bool host = place.find("VornDALImplIF ") == 0 || place.find("VornEMPAdapterIF ") == 0;
@@ -152,7 +152,7 @@ Words neighbours(const operations::Row& row) {
 }
 
 Words thrownBy(const operations::Row& row) {
-  Words words = neighbours(row);
+  Words words = ofOtherSides(row);
   for (const bool present : {false, true}) {  // in this order: what the audio path found, it keeps
     vorn_testing::NullHost host;
     const auto object = present ? row.adapter->create(host) : row.adapter->construct(host);
@@ -160,7 +160,7 @@ Words thrownBy(const operations::Row& row) {
     words.merge(thrownBy(
         [&] {
           const std::shared_ptr<operations::Invocation> call = row.with(operations::Sample::kHuge);
-          call->returned = faults::disarm;
+          call->returned = interposed::disarm;
           return [call, &object] { call->make(object.get()); };
         },
         "nobody"));

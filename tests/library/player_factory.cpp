@@ -8,7 +8,8 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "support/lock_watch.h"
+#include "support/eventually.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/trace_file.h"
 
@@ -146,6 +147,14 @@ TEST_F(PlayerFactory, IsBoundToTheTableOfTheLastCreation) {
   EXPECT_EQ(ask("kitchen"), other);
 }
 
+TEST_F(PlayerFactory, IsReplacedAndTracedAgainByASecondCreationOnTheSameTable) {
+  const auto former = VornMediaPlayerFactory::getInstance();
+  VornMediaPlayerFactory::CreateInstance(players);
+  EXPECT_EQ(lines(), Lines{kConstructor});
+  EXPECT_NE(VornMediaPlayerFactory::getInstance(), former);
+  EXPECT_EQ(former.use_count(), 1);
+}
+
 TEST_F(PlayerFactory, KeepsItsTableWhenAnotherTakesItsPlace) {
   const auto kept = VornMediaPlayerFactory::getInstance();
   Table second;
@@ -176,16 +185,16 @@ TEST_F(PlayerFactory, StaysBoundWhenRebindingFails) {
   Table second;
   int failures = 0;
   for (std::size_t nth = 1; VornMediaPlayerFactory::getInstance() == kept; ++nth) {
-    lock_watch::failAllocation(nth);
+    interposed::failAllocation(nth);
     try {
       VornMediaPlayerFactory::CreateInstance(second);
     } catch (const std::bad_alloc&) {
       ++failures;
-      lock_watch::failAllocation(0);
+      interposed::failAllocation(0);
       ASSERT_EQ(VornMediaPlayerFactory::getInstance(), kept);
       EXPECT_EQ(ask("kitchen"), kitchen);
     }
-    lock_watch::failAllocation(0);
+    interposed::failAllocation(0);
   }
   EXPECT_GE(failures, 2);  // Factory and control block, and the text of its line.
 }
@@ -210,12 +219,12 @@ TEST_F(PlayerFactory, LetsEveryoneWaitWhileAPlayerConfigures) {
     configuring.set_value();
     resume.get_future().wait();
   };
-  lock_watch::watch(mutex);
+  interposed::watch(mutex);
   auto first = std::async(std::launch::async, ask, "kitchen");
   configuring.get_future().wait();
   auto fetch = std::async(std::launch::async, VornMediaPlayerFactory::getInstance);
   auto end = std::async(std::launch::async, VornMediaPlayerFactory::Shutdown);
-  EXPECT_TRUE(lock_watch::eventually([] { return lock_watch::waiting() == 2; }));
+  EXPECT_TRUE(eventually([] { return interposed::waiting() == 2; }));
   EXPECT_TRUE(operations::isHeld(mutex));
   resume.set_value();
   EXPECT_EQ(first.get(), kitchen);

@@ -1,13 +1,14 @@
 // What a line costs the system, and what happens when the system refuses.
 
-#include "support/lock_watch.h"
+#include "support/eventually.h"
+#include "support/interposed.h"
 #include "support/mutexes.h"
 #include "support/trace_file.h"
 
 namespace {
 
-using lock_watch::counts;
-using lock_watch::Counts;
+using interposed::counts;
+using interposed::Counts;
 using trace_file::bytes;
 using VornDeviceAbstractionLayer::FileLogger;
 
@@ -42,7 +43,7 @@ TEST_F(FileLoggerCosts, NothingWhenSwitchedOff) {
 
 TEST_F(FileLoggerCosts, NoWaitingWhenSwitchedOff) {
   std::mutex& mutex = operations::mutexOf("FileLogger");
-  EXPECT_TRUE(lock_watch::passes(mutex, [] { FileLogger(false).logMessage("any"); }));
+  EXPECT_TRUE(passes(mutex, [] { FileLogger(false).logMessage("any"); }));
 }
 
 TEST_F(FileLoggerCosts, AnExceptionButNeverTheLockWhenMemoryEnds) {
@@ -51,13 +52,13 @@ TEST_F(FileLoggerCosts, AnExceptionButNeverTheLockWhenMemoryEnds) {
   for (std::size_t nth = 1; nth <= 8; ++nth) {
     std::string copy = message;
     const auto logger = FileLogger::getInstance();
-    lock_watch::failAllocation(nth);
+    interposed::failAllocation(nth);
     try {
       logger->logMessage(std::move(copy));
     } catch (const std::bad_alloc&) {
       ++failures;
     }
-    lock_watch::failAllocation(0);
+    interposed::failAllocation(0);
   }
   EXPECT_GT(failures, 0);
   forget();
@@ -73,9 +74,9 @@ class FileLoggerWithoutMemory : public testing::TestWithParam<std::size_t> {
 
 TEST_P(FileLoggerWithoutMemory, TellsStandardErrorOnCreationAndAnswersEmpty) {
   testing::internal::CaptureStderr();
-  lock_watch::failAllocation(GetParam());
+  interposed::failAllocation(GetParam());
   const auto logger = FileLogger::CreateInstance(true);
-  lock_watch::failAllocation(0);
+  interposed::failAllocation(0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "FileLogger initialization failed due to an exception.\n");
   EXPECT_EQ(logger, nullptr);
@@ -83,9 +84,9 @@ TEST_P(FileLoggerWithoutMemory, TellsStandardErrorOnCreationAndAnswersEmpty) {
 
 TEST_P(FileLoggerWithoutMemory, CanBeCreatedLater) {
   testing::internal::CaptureStderr();
-  lock_watch::failAllocation(GetParam());
+  interposed::failAllocation(GetParam());
   FileLogger::CreateInstance(false);
-  lock_watch::failAllocation(0);
+  interposed::failAllocation(0);
   testing::internal::GetCapturedStderr();
 
   FileLogger::CreateInstance(true)->logMessage("written");
@@ -95,9 +96,9 @@ TEST_P(FileLoggerWithoutMemory, CanBeCreatedLater) {
 
 TEST_P(FileLoggerWithoutMemory, PassesTheFailureOnWhenOnlyFetched) {
   testing::internal::CaptureStderr();
-  lock_watch::failAllocation(GetParam());
+  interposed::failAllocation(GetParam());
   EXPECT_THROW(FileLogger::getInstance(), std::bad_alloc);
-  lock_watch::failAllocation(0);
+  interposed::failAllocation(0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   EXPECT_NE(FileLogger::getInstance(), nullptr);
 }

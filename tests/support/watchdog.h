@@ -26,7 +26,7 @@ inline void show(int) {
   g_shown = g_shown + 1;
 }
 
-inline void bark(int) {
+inline void showAllAndEnd(int) {
   const char title[] = "watchdog: deadlock; the stack of each thread:\n";
   static_cast<void>(!::write(STDERR_FILENO, title, sizeof title - 1));
   if (DIR* const tasks = opendir("/proc/self/task")) {
@@ -55,7 +55,7 @@ inline void feed(unsigned seconds = 300) {
   struct sigaction action {};
   action.sa_handler = detail::show;
   sigaction(SIGUSR2, &action, nullptr);
-  action.sa_handler = detail::bark;
+  action.sa_handler = detail::showAllAndEnd;
   sigaction(SIGALRM, &action, nullptr);
   const char* const shorter = std::getenv("VORN_WATCHDOG");
   alarm(shorter ? static_cast<unsigned>(std::atoi(shorter)) : seconds);

@@ -1,12 +1,13 @@
 // Definitions in a program come before those of the shared libraries that it loads: the library, and the
 // standard library below it, call these.
 
-#include "support/faults.h"
+#include "interposed.h"
 
 #include <dlfcn.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <sys/uio.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,16 +27,30 @@ struct Watch {
   bool lasting;
   std::size_t failing;
   std::size_t count;
-  std::size_t byKind[faults::kKinds];
-  faults::Kind failed[kMost];
+  std::size_t byKind[interposed::kKinds];
+  interposed::Kind failed[kMost];
   std::size_t failures;
   pthread_mutex_t* asked[kMost];
   std::size_t locks;
 };
 
+struct Block {
+  const void* address;
+  std::size_t size;
+};
+
+constexpr std::size_t kMostBlocks = 4096;
+
 thread_local Watch t_watch;
 thread_local int t_held;
+thread_local interposed::Counts t_counts;
+thread_local std::size_t t_failing;
+thread_local Block t_blocks[kMostBlocks];
+thread_local std::size_t t_used;
+thread_local bool t_watching;
 std::atomic<long> g_living;
+std::atomic<void*> g_watched;
+std::atomic<int> g_waiting;
 
 template <class Function>
 Function* next(const char* name) {
@@ -104,7 +119,36 @@ Result refused(int error, Result result) {
 
 }  // namespace
 
-namespace faults {
+namespace interposed {
+
+Counts counts() { return t_counts; }
+void failAllocation(std::size_t nth) { t_failing = nth; }
+
+void watch(std::mutex& mutex) {
+  g_watched = mutex.native_handle();
+  g_waiting = 0;
+}
+
+int waiting() { return g_waiting; }
+
+Blocks::Blocks() {
+  t_used = 0;
+  t_watching = true;
+}
+
+Blocks::~Blocks() { t_watching = false; }
+
+std::size_t Blocks::live(std::size_t size) const {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < t_used; ++i) count += t_blocks[i].size >= size;
+  return count;
+}
+
+std::size_t Blocks::at(const void* address) const {
+  for (std::size_t i = 0; i < t_used; ++i)
+    if (t_blocks[i].address == address) return t_blocks[i].size;
+  return 0;
+}
 
 void arm(std::size_t failing, bool lasting) {
   t_watch = Watch{};
@@ -145,21 +189,25 @@ bool othersGetThem() {
   return other().getsAll(asked);
 }
 
-}  // namespace faults
+}  // namespace interposed
 
-using faults::point;
+using interposed::point;
 
 void* operator new(std::size_t size) {
-  if (point(faults::kAllocation)) throw std::bad_alloc();
-  if (void* const memory = std::malloc(size ? size : 1)) {
-    ++g_living;
-    return memory;
-  }
-  throw std::bad_alloc();
+  ++t_counts.allocations;
+  if (t_failing && --t_failing == 0) throw std::bad_alloc();
+  if (point(interposed::kAllocation)) throw std::bad_alloc();
+  void* const memory = std::malloc(size ? size : 1);
+  if (!memory || (t_watching && t_used == kMostBlocks)) throw std::bad_alloc();
+  if (t_watching) t_blocks[t_used++] = {memory, size};
+  ++g_living;
+  return memory;
 }
 
 void operator delete(void* memory) noexcept {
   if (memory) --g_living;
+  for (std::size_t i = 0; t_watching && i < t_used; ++i)
+    if (t_blocks[i].address == memory) t_blocks[i] = t_blocks[--t_used];
   std::free(memory);
 }
 
@@ -172,12 +220,38 @@ extern "C" {
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   static const auto real = next<int(pthread_mutex_t*)>("pthread_mutex_lock");
+  ++t_counts.locks;
   if (t_watch.armed && t_watch.locks < kMost) t_watch.asked[t_watch.locks++] = mutex;
-  if (point(faults::kLock)) return EAGAIN;
+  if (point(interposed::kLock)) return EAGAIN;
+  const bool watched = g_watched == mutex;
+  if (watched) ++g_waiting;
   const int result = real(mutex);
+  if (watched) --g_waiting;
   if (result == 0) ++t_held;
   return result;
 }
+
+ssize_t write(int file, const void* bytes, size_t size) {
+  static const auto real = next<ssize_t(int, const void*, size_t)>("write");
+  ++t_counts.writes;
+  if (point(interposed::kWrite)) return refused<ssize_t>(ENOSPC, -1);
+  return real(file, bytes, size);
+}
+
+ssize_t writev(int file, const iovec* pieces, int count) {
+  static const auto real = next<ssize_t(int, const iovec*, int)>("writev");
+  ++t_counts.writes;
+  if (point(interposed::kWrite)) return refused<ssize_t>(ENOSPC, -1);
+  return real(file, pieces, count);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  static const auto real = next<int(clockid_t, timespec*)>("clock_gettime");
+  ++t_counts.clockReads;
+  return real(clock, time);
+}
+
+#ifndef __SANITIZE_THREAD__
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   static const auto real = next<int(pthread_mutex_t*)>("pthread_mutex_unlock");
@@ -194,33 +268,23 @@ int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
 
 FILE* fopen(const char* path, const char* mode) {
   static const auto real = next<FILE*(const char*, const char*)>("fopen");
-  if (point(faults::kOpen)) return refused<FILE*>(EMFILE, nullptr);
+  if (point(interposed::kOpen)) return refused<FILE*>(EMFILE, nullptr);
   return real(path, mode);
 }
 
 FILE* fopen64(const char* path, const char* mode) {
   static const auto real = next<FILE*(const char*, const char*)>("fopen64");
-  if (point(faults::kOpen)) return refused<FILE*>(EMFILE, nullptr);
+  if (point(interposed::kOpen)) return refused<FILE*>(EMFILE, nullptr);
   return real(path, mode);
-}
-
-ssize_t write(int file, const void* bytes, size_t size) {
-  static const auto real = next<ssize_t(int, const void*, size_t)>("write");
-  if (point(faults::kWrite)) return refused<ssize_t>(ENOSPC, -1);
-  return real(file, bytes, size);
-}
-
-ssize_t writev(int file, const iovec* pieces, int count) {
-  static const auto real = next<ssize_t(int, const iovec*, int)>("writev");
-  if (point(faults::kWrite)) return refused<ssize_t>(ENOSPC, -1);
-  return real(file, pieces, count);
 }
 
 int fclose(FILE* file) {
   static const auto real = next<int(FILE*)>("fclose");
-  const bool failing = point(faults::kClose);
+  const bool failing = point(interposed::kClose);
   const int result = real(file);  // A close that fails has closed.
   return failing ? refused(EIO, EOF) : result;
 }
+
+#endif
 
 }  // extern "C"
