@@ -88,23 +88,23 @@ struct Grouping : std::numpunct<char> {
   std::string do_truename() const override { return "yes"; }
 };
 
-class TracedOperationsAbroad : public TracedOperations {
+class TracedOperationsInAnotherLocale : public TracedOperations {
  protected:
-  ~TracedOperationsAbroad() override { std::locale::global(m_former); }
+  ~TracedOperationsInAnotherLocale() override { std::locale::global(m_former); }
 
  private:
   const std::locale m_former = std::locale::global(std::locale(std::locale::classic(), new Grouping));
 };
 
-TEST_P(TracedOperationsAbroad, LeaveTheSameLines) {
+TEST_P(TracedOperationsInAnotherLocale, LeaveTheSameLines) {
   EXPECT_EQ(linesOf(row.adapter->create(firmware.host)), row.lines);
 }
 
-TEST_P(TracedOperationsAbroad, LeaveTheSameLinesOfALostCall) {
+TEST_P(TracedOperationsInAnotherLocale, LeaveTheSameLinesOfALostCall) {
   if (row.direction == Direction::kUp) removeAssistant();
   EXPECT_EQ(linesOf(row.adapter->construct(firmware.host)), row.lostLines);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, TracedOperationsAbroad, testing::ValuesIn(withoutAudio()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Table, TracedOperationsInAnotherLocale, testing::ValuesIn(withoutAudio()), nameOf);
 
 }  // namespace
