@@ -3,17 +3,36 @@
 #   runtime  the library                                   dev    headers, CMake package, pkg-config file
 #   testing  the kit and the stand-in assistant side       tools  vorn-speaker, vorn-log, abi-check
 #
-# The default prefix is where devices keep it. Nothing installed names the prefix: the tree can be moved.
+# The default prefix, /opt/Vorn, is where devices keep it. Nothing installed names the prefix: the tree can be moved.
 
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
-if(CMAKE_INSTALL_PREFIX_INITIALIZED_TO_DEFAULT)
-  set(CMAKE_INSTALL_PREFIX /opt/Vorn CACHE PATH "Where cmake --install puts things" FORCE)
-endif()
 
-set(libdir lib64)
+# Where devices look for it, unless told otherwise; the package files then where every CMake and pkg-config look.
+if(DEFINED CMAKE_INSTALL_LIBDIR)
+  set(packagedir ${CMAKE_INSTALL_LIBDIR})
+else()
+  set(CMAKE_INSTALL_LIBDIR lib64)
+  set(packagedir lib)
+endif()
+include(GNUInstallDirs)
+set(libdir ${CMAKE_INSTALL_LIBDIR})
+set(includedir ${CMAKE_INSTALL_INCLUDEDIR}/vorn-dal)
+set(datadir ${CMAKE_INSTALL_DATADIR}/vorn-dal)
 set(standindir ${libdir}/vorn-testing)  # not on the library's runtime path: must never shadow a product's
+
+# From one installed folder to another, so that the tree can be moved.
+function(vorn_way variable from to)
+  file(RELATIVE_PATH way ${CMAKE_INSTALL_PREFIX}/${from} ${CMAKE_INSTALL_PREFIX}/${to})
+  string(REGEX REPLACE "/$" "" way "${way}")
+  set(${variable} ${way} PARENT_SCOPE)
+endfunction()
+foreach(folder libdir packagedir includedir datadir CMAKE_INSTALL_BINDIR)
+  if(IS_ABSOLUTE "${${folder}}")
+    message(FATAL_ERROR "CMAKE_INSTALL_...DIR=${${folder}}: name it relative to the prefix, so that the tree can be moved.")
+  endif()
+endforeach()
 
 install(TARGETS VornDALImpl LIBRARY DESTINATION ${libdir} COMPONENT runtime)
 
@@ -21,7 +40,7 @@ set(own)
 if(VORN_ASSISTANT_DIR)
   set(own PATTERN DeviceAbstractionLayer EXCLUDE)  # the product brings its own
 endif()
-install(DIRECTORY include/ DESTINATION include/vorn-dal COMPONENT dev FILES_MATCHING PATTERN "*.h" ${own})
+install(DIRECTORY include/ DESTINATION ${includedir} COMPONENT dev FILES_MATCHING PATTERN "*.h" ${own})
 include(CMakePackageConfigHelpers)
 write_basic_package_version_file(VornDALImplConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 if(VORN_OLD_STRING_ABI)
@@ -31,40 +50,49 @@ else()
   set(VORN_STRING_ABI_DEFINITION)
   set(VORN_STRING_ABI_FLAG)
 endif()
+if(VORN_ASSISTANT_DIR)
+  set(VORN_OF_PRODUCT TRUE)
+  set(VORN_ASSISTANT_PREFIX "# Where the product keeps include/DeviceAbstractionLayer: pkg-config --define-variable=assistant=DIR\nassistant=\${prefix}\n")
+  set(VORN_ASSISTANT_FLAG "-I\${assistant}/include")
+else()
+  set(VORN_OF_PRODUCT FALSE)
+endif()
+vorn_way(VORN_PREFIX_OF_PACKAGE ${packagedir}/cmake/VornDALImpl .)
+vorn_way(VORN_PREFIX_OF_PC ${packagedir}/pkgconfig .)
 configure_file(packaging/VornDALImplConfig.cmake.in VornDALImplConfig.cmake @ONLY)
 configure_file(packaging/VornDALImpl.pc.in VornDALImpl.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/VornDALImplConfig.cmake ${PROJECT_BINARY_DIR}/VornDALImplConfigVersion.cmake
-        DESTINATION lib/cmake/VornDALImpl COMPONENT dev)
-install(FILES ${PROJECT_BINARY_DIR}/VornDALImpl.pc DESTINATION lib/pkgconfig COMPONENT dev)
+        DESTINATION ${packagedir}/cmake/VornDALImpl COMPONENT dev)
+install(FILES ${PROJECT_BINARY_DIR}/VornDALImpl.pc DESTINATION ${packagedir}/pkgconfig COMPONENT dev)
 
 # A software bill of materials of what was really built: made with the library, named after it.
-add_custom_command(OUTPUT VornDALImpl.spdx.json
+file(WRITE ${PROJECT_BINARY_DIR}/bill-of-materials.cmake
+  "set(PRODUCT \"${VORN_ASSISTANT_DIR}\")\nset(PRODUCT_HEADERS \"${VORN_ASSISTANT_HEADERS}\")\nset(PRODUCT_LIBRARY \"${VORN_ASSISTANT_LIBRARY}\")\n")
+add_custom_command(TARGET VornDALImpl POST_BUILD BYPRODUCTS VornDALImpl.spdx.json
   COMMAND ${CMAKE_COMMAND} -DLIBRARY=$<TARGET_FILE:VornDALImpl> -DVERSION=${PROJECT_VERSION} -DSOURCE=${PROJECT_SOURCE_DIR}
           -DPROCESSOR=${CMAKE_SYSTEM_PROCESSOR} -DCOMPILER=${CMAKE_CXX_COMPILER_ID}-${CMAKE_CXX_COMPILER_VERSION}
-          -DOUTPUT=VornDALImpl.spdx.json -P ${PROJECT_SOURCE_DIR}/packaging/sbom.cmake
-  DEPENDS VornDALImpl ${PROJECT_SOURCE_DIR}/packaging/sbom.cmake VERBATIM)
-add_custom_target(VornSbom ALL DEPENDS VornDALImpl.spdx.json)
-install(FILES ${PROJECT_BINARY_DIR}/VornDALImpl.spdx.json DESTINATION share/vorn-dal COMPONENT dev)
+          -DBUILT_WITH=bill-of-materials.cmake -DOUTPUT=VornDALImpl.spdx.json -P ${PROJECT_SOURCE_DIR}/packaging/sbom.cmake
+  WORKING_DIRECTORY ${PROJECT_BINARY_DIR} VERBATIM)
+install(FILES ${PROJECT_BINARY_DIR}/VornDALImpl.spdx.json DESTINATION ${datadir} COMPONENT dev)
 
 if(TARGET VornTesting)
   install(TARGETS VornTesting ARCHIVE DESTINATION ${libdir} COMPONENT testing)
   install(TARGETS VornAssistant LIBRARY DESTINATION ${standindir} COMPONENT testing)
-  install(DIRECTORY testing/include/ DESTINATION include/vorn-dal COMPONENT testing FILES_MATCHING PATTERN "*.h")
-  install(FILES packaging/VornDALImplTesting.cmake DESTINATION lib/cmake/VornDALImpl COMPONENT testing)
-  install(DIRECTORY examples/ DESTINATION share/vorn-dal/examples COMPONENT testing)
+  install(DIRECTORY testing/include/ DESTINATION ${includedir} COMPONENT testing FILES_MATCHING PATTERN "*.h")
+  install(FILES packaging/VornDALImplTesting.cmake DESTINATION ${packagedir}/cmake/VornDALImpl COMPONENT testing)
+  configure_file(packaging/VornDALImplTesting.pc.in VornDALImplTesting.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/VornDALImplTesting.pc DESTINATION ${packagedir}/pkgconfig COMPONENT testing)
+  install(DIRECTORY examples/ DESTINATION ${datadir}/examples COMPONENT testing)
 endif()
 
-install(PROGRAMS tools/abi-check DESTINATION bin COMPONENT tools)
-if(TARGET vorn-speaker)
-  set_target_properties(vorn-speaker PROPERTIES INSTALL_RPATH "$ORIGIN/../${standindir}:$ORIGIN/../${libdir}")
-  install(TARGETS vorn-speaker RUNTIME DESTINATION bin COMPONENT tools)
-endif()
-if(TARGET vorn-log)
-  install(TARGETS vorn-log RUNTIME DESTINATION bin COMPONENT tools)
-endif()
-if(TARGET vorn-conformance)
-  set_target_properties(vorn-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/../${standindir}:$ORIGIN/../${libdir}")
-  install(TARGETS vorn-conformance RUNTIME DESTINATION bin COMPONENT tools)
-endif()
+install(PROGRAMS tools/abi-check DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+vorn_way(standin_of_bin ${CMAKE_INSTALL_BINDIR} ${standindir})
+vorn_way(lib_of_bin ${CMAKE_INSTALL_BINDIR} ${libdir})
+foreach(tool vorn-speaker vorn-log vorn-conformance)
+  if(TARGET ${tool})
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/${standin_of_bin}:$ORIGIN/${lib_of_bin}")
+    install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  endif()
+endforeach()
 
 include(packaging/VornPackages.cmake)
