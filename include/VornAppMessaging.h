@@ -51,14 +51,14 @@ class VORN_DAL_API VornAppMessaging {
   /// @locked
   bool sendAppMessage(std::string first, std::string second, std::string third);
 
-  /// Sends a message up to the assistant app. One at a time, under m_dalMutex: lines and deliveries are in
-  /// the same order. The assistant side must not send up again from inside.
+  /// Sends a message up to the assistant app. One at a time: lines and deliveries are in the same order. The
+  /// assistant side must not send up again from inside.
   ///
   /// @returns    The app's answer.
   /// @ifabsent   false, and no line.
   /// @logs       "receiveAppMessage(" and the texts as they are, joined by "," and ended by ")", under m_dalMutex,
   ///             before the delivery.
-  /// @unlocked
+  /// @locked     m_dalMutex, not the mutex of the other operations.
   bool SendMessageToxApp(std::string first, std::string second, std::string third);
 
  private:

@@ -31,26 +31,26 @@ class VORN_DAL_API VornAttachmentReaderContainerInterfaceImpl
   /// then dropped.
   ///
   /// @throws  What copying a callback throws. The data callback is replaced first.
-  /// @unlocked
+  /// @onethread
   void Subscribe(std::function<void(void*, std::size_t)> onData, std::function<void()> onEndOfStream);
 
   /// Destroys and empties both callbacks. The on-close callback stays.
   ///
-  /// @unlocked
+  /// @onethread
   void Unsubscribe();
 
   /// Calls the data callback with the caller's own buffer: `size` bytes at `data`, neither copied nor kept.
+  /// Without a subscriber the data is dropped.
   ///
-  /// @ifnotlive  Without a subscriber the data is dropped.
   /// @throws  What the callback throws.
-  /// @unlocked
+  /// @onethread
   void sendData(void* data, std::size_t size) override;
 
   /// Calls the end-of-stream callback.
+  /// Without a subscriber nothing happens.
   ///
-  /// @ifnotlive  Without a subscriber nothing happens.
   /// @throws  What the callback throws.
-  /// @unlocked
+  /// @onethread
   void notifyEndOfStream() override;
 
   /// Hands out a copy of the creator's on-close callback; who calls it, with what text, is the

@@ -81,7 +81,8 @@ class VORN_DAL_API VornAudioIn {
   void setAlexaHandsFreeState(bool enabled);
 
   /// Reports a press of the talk button: to the assistant side as given, then to the host as the
-  /// invocation "AlexaButtonPress". Each half works without the other.
+  /// invocation "AlexaButtonPress", on this thread and before it returns. Each half works without the other. Hold
+  /// no lock that your notifyAlexaInvocationDetected() takes.
   ///
   /// @ifnotlive  The host is not called.
   /// @ifabsent   The assistant side is not called, and no line.
@@ -98,14 +99,15 @@ class VORN_DAL_API VornAudioIn {
 
   /// Pushes one buffer of samples (signed 16 bit; rate and channels are settled with the assistant side).
   ///
-  /// The hot path: no copy, no lock, no allocation. Call it from one thread. The assistant-side object is
-  /// fetched by the first call that finds one and kept until the program ends, also when the assistant
-  /// side makes a new one. Works without an instance of this class.
+  /// The hot path: no copy, no lock, no allocation. Call it from one thread, which ends before the program does,
+  /// and hold no lock of your own meanwhile. The assistant-side object is fetched by the first call that finds
+  /// one and kept until the program ends, also when the assistant side makes a new one. Works without an
+  /// instance of this class.
   ///
   /// @ifabsent   The buffer is dropped; the next call looks again.
   /// @logs       Each search for the assistant side, buffers 1 to 5 and every 10000th. Calls count as buffers from
   ///             1, delivered or not unless they throw; after 2147483647 the number goes on at -2147483648.
-  /// @unlocked
+  /// @onethread
   void sendAudioData(std::vector<short>& samples);
 
  private:

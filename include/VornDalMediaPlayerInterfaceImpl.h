@@ -46,9 +46,9 @@ class VORN_DAL_API VornDalMediaPlayerInterfaceImpl {
   /// Slot 21. Prepares the player for a request. What the flags mean and when `callback` is called, with
   /// what text, is the player's choice.
   ///
-  /// Called under the factory's mutex: do not call VornMediaPlayerFactory from inside. Both arguments
-  /// are the player's own copies. An exception reaches the assistant client. Does nothing unless
-  /// overridden.
+  /// Both arguments are the player's own copies. An exception reaches the assistant client. Does nothing
+  /// unless overridden.
+  /// @locked  The factory's m_mutex: do not call VornMediaPlayerFactory from inside.
   virtual void Configure(Settings settings, std::function<void(std::string)> callback) {
     static_cast<void>(settings);
     static_cast<void>(callback);

@@ -14,8 +14,8 @@ namespace VornDeviceAbstractionLayer {
 /// Finds the firmware's media players by name for the assistant client.
 ///
 /// The firmware makes its players in advance and hands over a table from name to player. The table is
-/// borrowed, never changed and not copied: keep it alive, and change it only while no
-/// createDalMediaPlayer() runs.
+/// borrowed, never changed and not copied: keep it alive as long as anybody keeps the factory, also past
+/// Shutdown(), and change it only while no createDalMediaPlayer() runs.
 class VORN_DAL_API VornMediaPlayerFactory {
  public:
   /// Makes a new factory on `players`, in place of any earlier one: a second call rebinds.

@@ -40,6 +40,7 @@ class VORN_DAL_API AudioIn {
   virtual void reserved10() {}
 
   /// Slot 11. One buffer of microphone samples, the firmware's own vector: read it before returning.
+  /// @onethread
   virtual void sendAudioData(std::vector<short>& samples) = 0;
 };
 
