@@ -10,6 +10,7 @@ if(VORN_BUILD_TESTS OR VORN_BUILD_SPEAKER OR VORN_BUILD_BENCH)
   message(FATAL_ERROR "Tests, speaker and benchmarks need the stand-in: leave VORN_ASSISTANT_DIR empty for them.")
 endif()
 set(VORN_BUILD_KIT OFF)
+get_filename_component(VORN_ASSISTANT_DIR ${VORN_ASSISTANT_DIR} ABSOLUTE)  # without a slash at its end
 include(VornAssistantCheck)
 vorn_check_assistant()
 
