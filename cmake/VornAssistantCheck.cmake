@@ -149,7 +149,7 @@ extern const Place<void (Known::*)()> known __attribute__((used)) = {"VornProbe:
   endforeach()
   file(WRITE ${folder}/probe.cpp "${source}")
 
-  # -H tells which headers are read.
+  # -H tells which headers are read: the compiler itself must say so, not what keeps its answers.
   set(flags "${CMAKE_CXX_FLAGS}")
   set(CMAKE_CXX_FLAGS "${flags} -H -w -g0 -fno-lto -fvisibility=hidden")
   set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
@@ -157,11 +157,17 @@ extern const Place<void (Known::*)()> known __attribute__((used)) = {"VornProbe:
   if(VORN_OLD_STRING_ABI)
     set(definitions COMPILE_DEFINITIONS -D_GLIBCXX_USE_CXX11_ABI=0)
   endif()
-  set(locale "$ENV{LC_ALL}")
+  foreach(variable LC_ALL CCACHE_DISABLE CMAKE_CXX_COMPILER_LAUNCHER)
+    set(kept_${variable} "$ENV{${variable}}")
+  endforeach()
   set(ENV{LC_ALL} C)
+  set(ENV{CCACHE_DISABLE} 1)
+  unset(ENV{CMAKE_CXX_COMPILER_LAUNCHER})
   try_compile(compiled ${folder} SOURCES ${folder}/probe.cpp CMAKE_FLAGS "-DINCLUDE_DIRECTORIES=${VORN_INCLUDE_DIRS}" ${definitions}
     CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF OUTPUT_VARIABLE said COPY_FILE ${folder}/probe.a)
-  set(ENV{LC_ALL} "${locale}")
+  foreach(variable LC_ALL CCACHE_DISABLE CMAKE_CXX_COMPILER_LAUNCHER)
+    set(ENV{${variable}} ${kept_${variable}})  # gone again where there was none
+  endforeach()
   set(CMAKE_CXX_FLAGS "${flags}")
   string(REGEX REPLACE "[][;]" " " said "${said}")
   file(WRITE ${folder}/said.txt "${said}")
