@@ -45,10 +45,10 @@ int main() {
 
   // 2. Run: in a product the assistant client makes these calls, on its own threads.
   VornAlexaState::getInstance()->alexaStateChanged("IDLE");
-  VornDeviceCapabilities::getInstance()->onSetVolume(40);
-  std::cout << "volume: " << VornDeviceInfo::getInstance()->getVolume() << "\n";
   const Result recording = VornDeviceCapabilities::getInstance()->onStartRecording();
   std::cout << "recording: " << (recording.first ? "yes" : "no, " + recording.second) << "\n";
+  VornDeviceCapabilities::getInstance()->onSetVolume(40);
+  std::cout << "volume: " << VornDeviceInfo::getInstance()->getVolume() << "\n";
 
   // 3. Notify: from a thread of yours that holds no lock; dropped while there is no assistant.
   VornDeviceInfo::getInstance()->notifyNetworkConnectionChanged("CONNECTED");
