@@ -7,7 +7,7 @@
 #include <map>
 #include <mutex>
 
-#include "Lent.h"
+#include "Argument.h"
 #include "LockWatch.h"
 
 namespace vorn_testing {
@@ -19,30 +19,25 @@ using VornDeviceAbstractionLayer::VornEMPAdapterIF;
 namespace {
 
 std::mutex g_doctorsMutex;
-std::vector<const DoctorHost::OnFinding*> g_doctors;
+std::vector<const Doctor*> g_doctors;
+std::string g_notWatching;
 
-/// The host operations that run on this thread, outermost first.
-thread_local std::vector<const char*> t_running;
-
-void printAndAbort(const Finding& finding) {
+void print(const Finding& finding) {
   std::fputs(describe(finding).c_str(), stderr);
-  std::abort();
+  if (finding.rule != Finding::kLongWait) std::abort();
 }
 
 void onWait(const Wait& wait) {
-  const std::string who = t_running.empty() ? "This thread" : std::string(t_running.back()) + "()";
-  const bool own = wait.other.empty();
-  DoctorHost::report(
-      {own ? Finding::kReentry : Finding::kLockOrder,
-       who + " asks for " + wait.mutex +
-           (own ? ", which its own thread holds." : ", whose holder waits for " + wait.other + "."),
-       wait.here.lines(), wait.before.lines()});
+  const Finding::Rule rules[] = {Finding::kReentry, Finding::kLockOrder, Finding::kLongWait};
+  Doctor::report({rules[wait.kind], wait.message, wait.here.lines(), wait.before.lines()});
 }
 
-void onKept(const char* operation, const Stack& call) {
-  DoctorHost::report({Finding::kReferenceKept,
-                      std::string("An argument of ") + operation + "() was touched after the call.",
-                      Stack::here().lines(), call.lines()});
+void onMisuse(const Misuse& misuse) {
+  const bool kept = misuse.kind == Misuse::kKept;
+  Doctor::report({kept ? Finding::kReferenceKept : Finding::kArgumentChanged,
+                  std::string("An argument of ") + misuse.operation + "() was " +
+                      (kept ? "touched after the call." : "changed, which is the caller's own."),
+                  Stack::here().lines(), misuse.call.lines()});
 }
 
 /// The names of the adapters that hold a host.
@@ -73,8 +68,11 @@ const char* ruleText(Finding::Rule rule) {
              "thread, or do it after the return.";
     case Finding::kLockOrder:
       return "Where mutexes of the library nest, every thread takes them in one order: a message may go up from inside "
-             "one that goes down, not the other way round. Inside a locked operation, wait for no thread that calls "
-             "into it.";
+             "one that goes down, not the other way round. Hold no lock of your own while you notify or call an adapter, "
+             "and wait inside a locked operation for no thread that calls into it.";
+    case Finding::kLongWait:
+      return "A locked operation answers soon: others wait for its adapter's mutex meanwhile. If it waits for a thread "
+             "that calls the adapter, or for a lock that such a thread holds, it never ends.";
     case Finding::kHostDestroyed:
       return "A host outlives every call: shut all adapters down, join the threads that call them, then destroy it.";
     case Finding::kNullPlayer:
@@ -85,6 +83,11 @@ const char* ruleText(Finding::Rule rule) {
              "defaults: create earlier, or stop calling before the shutdown.";
     case Finding::kReferenceKept:
       return "An argument that comes by reference is the caller's own, and ends with the call: copy what you need.";
+    case Finding::kArgumentChanged:
+      return "An argument that comes by reference to const is the caller's own: copy it before you change it.";
+    case Finding::kNotWatching:
+      return "Locks are watched on Linux with the GNU C library, on x86-64 and 64-bit ARM, where the library is linked "
+             "dynamically. Without that, deadlocks are waited for.";
   }
   return "";
 }
@@ -98,21 +101,47 @@ std::string describe(const Finding& finding) {
   return text;
 }
 
-void DoctorHost::report(const Finding& finding) {
-  OnFinding onFinding = printAndAbort;
+Doctor::Doctor(OnFinding onFinding, std::chrono::milliseconds patience)
+    : m_onFinding(onFinding ? std::move(onFinding) : OnFinding(print)) {
+  std::string trouble;
   {
     const std::lock_guard<std::mutex> lock(g_doctorsMutex);
-    if (!g_doctors.empty()) onFinding = *g_doctors.back();
+    g_doctors.push_back(this);
+    g_notWatching = trouble = watchLocks(onWait, patience);
+    watchArguments(onMisuse);
+  }
+  if (!trouble.empty())
+    tell({Finding::kNotWatching, "Locks are not watched: " + trouble + ".", Stack::here().lines(), {}});
+}
+
+Doctor::~Doctor() {
+  const std::lock_guard<std::mutex> lock(g_doctorsMutex);
+  g_doctors.erase(std::find(g_doctors.begin(), g_doctors.end(), this));
+  if (!g_doctors.empty()) return;
+  leaveLocks();
+  g_notWatching.clear();
+}
+
+std::string Doctor::notWatching() {
+  const std::lock_guard<std::mutex> lock(g_doctorsMutex);
+  return g_notWatching;
+}
+
+void Doctor::report(const Finding& finding) {
+  OnFinding onFinding = print;
+  {
+    const std::lock_guard<std::mutex> lock(g_doctorsMutex);
+    if (!g_doctors.empty()) onFinding = g_doctors.back()->m_onFinding;
   }
   onFinding(finding);
 }
 
 void reportNotLive(const std::type_info& adapter, bool kept) {
-  DoctorHost::report({Finding::kNotLive,
-                      demangled(adapter.name()) +
-                          (kept ? " was used after its shutdown." : " was used before its creation."),
-                      Stack::here().lines(),
-                      {}});
+  Doctor::report({Finding::kNotLive,
+                  demangled(adapter.name()) +
+                      (kept ? " was used after its shutdown." : " was used before its creation."),
+                  Stack::here().lines(),
+                  {}});
 }
 
 namespace {
@@ -130,8 +159,8 @@ class Passed {
 };
 
 template <class T>
-class Passed<T&> : public Lent<std::remove_const_t<T>> {
-  using Lent<std::remove_const_t<T>>::Lent;
+class Passed<T&> : public Argument<T> {
+  using Argument<T>::Argument;
 };
 
 template <>
@@ -144,23 +173,23 @@ class Passed<const CommsStateInfo&> : public Passed<const CommsStateInfo> {
 /// What stands between the doctor and the host: marks what runs and lends the arguments.
 class DoctorHost::Watch : public AroundHost<Watch> {
  public:
-  Watch(VornDALImplIF& inner, OnFinding toCall)
-      : AroundHost(inner), onFinding(toCall ? std::move(toCall) : OnFinding(printAndAbort)), running(0) {}
+  Watch(VornDALImplIF& inner, OnFinding onFinding, std::chrono::milliseconds patience)
+      : AroundHost(inner), doctor(std::move(onFinding), patience), running(0) {}
 
-  const OnFinding onFinding;
-  std::atomic<int> running;
+  const Doctor doctor;
+  std::atomic<int> running;  ///< Calls into the host.
 
   template <class Result, class Interface, class... Parameters>
   Result around(const Operation& operation, const Onward<Interface, Result, Parameters...>& onward,
                 std::remove_reference_t<Parameters>&... arguments) {
-    const Call call(*this, operation.name);
+    const Call call(running);
     return onward(Passed<Parameters>(arguments, operation.name).get()...);
   }
 
  protected:
   VornEMPAdapterIF* front(VornEMPAdapterIF* inner) override {
     if (!inner) {
-      onFinding({Finding::kNullPlayer, "getEMPAdapter() answered null.", Stack::here().lines(), {}});
+      doctor.tell({Finding::kNullPlayer, "getEMPAdapter() answered null.", Stack::here().lines(), {}});
       return &m_nullPlayer;
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -170,25 +199,18 @@ class DoctorHost::Watch : public AroundHost<Watch> {
   }
 
  private:
-  /// Marks an operation as running, on its thread and for its host.
   class Call {
    public:
-    Call(Watch& watch, const char* operation) : m_watch(watch) {
-      t_running.push_back(operation);
-      ++m_watch.running;
-    }
-    ~Call() {
-      --m_watch.running;
-      t_running.pop_back();
-    }
+    explicit Call(std::atomic<int>& running) : m_running(running) { ++m_running; }
+    ~Call() { --m_running; }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
    private:
-    Watch& m_watch;
+    std::atomic<int>& m_running;
   };
 
-  /// The same for the player's operations, which are calls of its host too.
+  /// The player's operations are calls of its host too.
   class Player : public AroundPlayer<Player> {
    public:
     Player(Watch& watch, VornEMPAdapterIF& inner) : AroundPlayer(inner), m_watch(watch) {}
@@ -208,28 +230,20 @@ class DoctorHost::Watch : public AroundHost<Watch> {
   std::map<VornEMPAdapterIF*, std::unique_ptr<Player>> m_players;
 };
 
-DoctorHost::DoctorHost(VornDALImplIF& inner, OnFinding onFinding)
-    : DoctorHost(std::make_shared<Watch>(inner, std::move(onFinding))) {}
+DoctorHost::DoctorHost(VornDALImplIF& inner, OnFinding onFinding, std::chrono::milliseconds patience)
+    : DoctorHost(std::make_shared<Watch>(inner, std::move(onFinding), patience)) {}
 
-DoctorHost::DoctorHost(std::shared_ptr<Watch> watch) : ForwardingHost(*watch), m_watch(watch) {
-  const std::lock_guard<std::mutex> lock(g_doctorsMutex);
-  g_doctors.push_back(&m_watch->onFinding);
-  watchLocks(onWait);
-  watchLent(onKept);
-}
+DoctorHost::DoctorHost(std::shared_ptr<Watch> watch) : ForwardingHost(*watch), m_watch(watch) {}
 
 DoctorHost::~DoctorHost() {
   const auto early = [&](const std::string& why) {
-    m_watch->onFinding(
+    m_watch->doctor.tell(
         {Finding::kHostDestroyed, "The host is destroyed while " + why + ".", Stack::here().lines(), {}});
   };
   if (m_watch->running)  // their adapters may be locked, so do not ask them
     early("calls into it run: " + std::to_string(m_watch->running));
   else if (const std::string names = Holders(*this).names; !names.empty())
     early("adapters hold it: " + names);
-  const std::lock_guard<std::mutex> lock(g_doctorsMutex);
-  g_doctors.erase(std::find(g_doctors.begin(), g_doctors.end(), &m_watch->onFinding));
-  if (g_doctors.empty()) watchLocks(nullptr);
 }
 
 }  // namespace vorn_testing

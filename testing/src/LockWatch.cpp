@@ -1,84 +1,190 @@
 #include "LockWatch.h"
 
-#include <VornDeviceInfo.h>
 #include <dlfcn.h>
-#include <link.h>
 #include <pthread.h>
-#include <sys/mman.h>
 #include <time.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <cstdint>
-#include <cstring>
+#include <cstdio>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
+
+#include "Imports.h"
+#include "OtherThreads.h"
 
 namespace vorn_testing {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds kPatience(500), kGlance(100);
+constexpr std::chrono::milliseconds kGlance(50);
+constexpr int kStillGlances = 3;  ///< So often nobody could go on before a wait counts as one without end.
 
 std::atomic<OnWait> g_onWait;
+std::atomic<std::chrono::milliseconds> g_patience;
 
-struct Watched;
+/// Set while this thread is inside the watch, whose own locks are not watched.
+thread_local bool t_inside;
+class Inside {
+ public:
+  Inside() : m_before(t_inside) { t_inside = true; }
+  ~Inside() { t_inside = m_before; }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
 
-/// What a thread waits for, if it does.
-struct Thread {
-  const Watched* wants = nullptr;
-  Stack asked;
+ private:
+  const bool m_before;
+};
+
+/// A mutex of the library.
+struct Adapter {
+  std::string name;
+  std::mutex
+      mutex;  ///< Guards what follows. One each, so that threads meet here only where they meet anyway.
+  Stack taken;
   Clock::time_point since;
 };
-thread_local Thread t_self;
-thread_local bool t_reporting;
 
-struct Watched {
-  std::string name;
-  const Thread* holder = nullptr;
-  Stack taken;
-};
+/// By address. Filled once for every library that is found, and then only read.
+using Adapters = std::map<const void*, std::shared_ptr<Adapter>>;
+std::atomic<const Adapters*> g_adapters;
 
-/// Guards every Thread and every Watched but its name.
-std::mutex g_waitsMutex;
-
-/// The library's mutexes by address. Filled once, before the first lock is watched.
-std::map<const void*, Watched>& mutexes() {
-  static std::map<const void*, Watched> found;
-  return found;
+Adapter* adapterOf(const void* mutex) {
+  const Adapters* const all = g_adapters;
+  const auto found = all->find(mutex);
+  return found == all->end() ? nullptr : found->second.get();
 }
 
 using MutexFunction = int(pthread_mutex_t*);
 MutexFunction* g_lock;
-MutexFunction* g_unlock;
+int lockWatched(pthread_mutex_t* mutex);
+Redirection g_redirection("pthread_mutex_lock", reinterpret_cast<void*>(lockWatched));
 
-/// The thread for which `self` would wait without end, or null. Under g_waitsMutex.
-const Thread* obstacle(const Thread& self) {
-  const Thread* const holder = self.wants->holder;
-  const Thread* next = holder;
-  for (std::size_t steps = 0; next && steps < mutexes().size(); ++steps) {
-    if (next == &self) return holder;
-    next = next->wants ? next->wants->holder : nullptr;
-  }
-  const bool stuck =
-      holder && holder->wants && Clock::now() - std::max(self.since, holder->since) >= kPatience;
-  return stuck ? holder : nullptr;
+/// The C library's own note. It is exact as long as that thread waits for something.
+pid_t holderOf(const pthread_mutex_t* mutex) {
+  return __atomic_load_n(&mutex->__data.__owner, __ATOMIC_RELAXED);
 }
 
-/// Takes note that this thread stops waiting if its wait would not end, and tells why.
-bool givesUp(Wait& wait) {
-  const std::lock_guard<std::mutex> lock(g_waitsMutex);
-  const Thread* const other = obstacle(t_self);
-  if (!other) return false;
-  const bool own = other == &t_self;
-  wait = {t_self.wants->name, own ? "" : other->wants->name, t_self.asked,
-          own ? t_self.wants->taken : other->asked};
-  t_self.wants = nullptr;
-  return true;
+/// A thread that waits for a mutex.
+struct Waiter {
+  const pid_t thread = thisThread();
+  pthread_mutex_t* const mutex;
+  const Stack here = Stack::here();
+  const Clock::time_point since = Clock::now();
+  bool told = false;
+  int still = 0;  ///< Glances in a row at which nobody could go on.
+
+  explicit Waiter(pthread_mutex_t* wanted) : mutex(wanted) {}
+};
+
+/// Guards the waiters, by thread.
+std::mutex g_waitersMutex;
+std::map<pid_t, const Waiter*>& waiters() {
+  static auto* const all = new std::map<pid_t, const Waiter*>;  // threads may wait until the very end
+  return *all;
+}
+
+std::string nameOf(const pthread_mutex_t* mutex) {
+  if (const Adapter* const adapter = adapterOf(mutex)) return adapter->name;
+  Dl_info info = {};
+  if (dladdr(mutex, &info) && info.dli_sname && info.dli_saddr == mutex) return demangled(info.dli_sname);
+  char address[32];
+  std::snprintf(address, sizeof address, "%p", static_cast<const void*>(mutex));
+  return std::string("the mutex at ") + address;
+}
+
+/// Where a mutex was taken, as far as that is known.
+Stack takenAt(const pthread_mutex_t* mutex) {
+  Adapter* const adapter = adapterOf(mutex);
+  if (!adapter) return Stack();
+  const std::lock_guard<std::mutex> lock(adapter->mutex);
+  return adapter->taken;
+}
+
+std::string sentence(const Waiter& self, const std::string& whose, const std::string& rest) {
+  const std::string operation = self.here.operation(), taken = takenAt(self.mutex).operation();
+  return (operation.empty() ? "A thread" : operation) + " asks for " + nameOf(self.mutex) + ", " + whose +
+         (taken.empty() ? "" : " in " + taken) + rest + ".";
+}
+
+/// The threads that `self` waits for, one for the other: each waits for a mutex that the next one holds.
+struct Chain {
+  std::vector<const Waiter*> links;
+  pid_t last = 0;  ///< Holds what the last link waits for; 0 if nobody does.
+};
+
+Chain chainOf(const Waiter& self) {
+  Chain chain;
+  for (const Waiter* link = &self; link && chain.links.size() <= waiters().size();) {
+    chain.links.push_back(link);
+    chain.last = holderOf(link->mutex);
+    const auto next = waiters().find(chain.last);
+    link = next == waiters().end() || next->second == &self ? nullptr : next->second;
+  }
+  return chain;
+}
+
+bool inLibrary(const Waiter& waiter) { return adapterOf(waiter.mutex) || !waiter.here.operation().empty(); }
+
+Clock::duration waited(const Waiter& self) {
+  Clock::time_point since = self.since;
+  if (Adapter* const adapter = adapterOf(self.mutex)) {  // one slow holder counts, not a queue of quick ones
+    const std::lock_guard<std::mutex> lock(adapter->mutex);
+    since = std::max(since, adapter->since);
+  }
+  return Clock::now() - since;
+}
+
+/// Whether every other thread waits too, for a mutex or without bound for another thread.
+bool nobodyGoesOn() {
+  const auto all = threads();
+  return !all.empty() && std::all_of(all.begin(), all.end(), [](pid_t thread) {
+    return thread == thisThread() || waiters().count(thread) || sleepsWithoutBound(thread);
+  });
+}
+
+std::optional<Wait> circle(const Waiter& self, const Chain& chain) {
+  const bool libraryElsewhere = std::any_of(chain.links.begin() + 1, chain.links.end(),
+                                            [](const Waiter* link) { return adapterOf(link->mutex); });
+  if (libraryElsewhere && !adapterOf(self.mutex)) return std::nullopt;  // that thread tells, and is refused
+  if (chain.links.size() == 1)
+    return Wait{Wait::kItself, sentence(self, "which its own thread holds", ""), self.here,
+                takenAt(self.mutex)};
+  const Waiter& next = *chain.links[1];
+  return Wait{Wait::kOthers, sentence(self, "whose holder", " waits for " + nameOf(next.mutex)), self.here,
+              next.here};
+}
+
+/// What to tell of this wait now, if anything. The thread does not wait any longer if that is without end.
+std::optional<Wait> obstacle(Waiter& self) {
+  std::unique_lock<std::mutex> lock(g_waitersMutex);
+  const Chain chain = chainOf(self);
+  if (chain.last == self.thread) {
+    auto wait = circle(self, chain);
+    if (wait) waiters().erase(self.thread);
+    return wait;
+  }
+  const auto patience = g_patience.load(),
+             spent = std::chrono::duration_cast<std::chrono::milliseconds>(waited(self));
+  if (self.told || spent < patience / 2 || !inLibrary(self)) return std::nullopt;
+  self.still = nobodyGoesOn() ? self.still + 1 : 0;
+  if (spent < patience || chain.last == 0) return std::nullopt;
+  self.told = true;
+  const bool endless = self.still >= kStillGlances;
+  const bool alone = chain.links.size() == 1;
+  const std::string rest = (alone ? "" : " waits for " + nameOf(chain.links[1]->mutex) + ", whose holder") +
+                           (endless ? " waits for another thread, and none goes on"
+                                    : " has not gone on for " + std::to_string(spent.count()) + " ms");
+  Wait wait{endless ? Wait::kOthers : Wait::kPatience, sentence(self, "whose holder", rest), self.here,
+            alone ? Stack() : chain.links[1]->here};
+  if (endless) waiters().erase(self.thread);
+  lock.unlock();
+  if (alone) wait.before = stackOf(chain.last);
+  return wait;
 }
 
 int lockForAWhile(pthread_mutex_t* mutex) {
@@ -90,157 +196,99 @@ int lockForAWhile(pthread_mutex_t* mutex) {
   return pthread_mutex_timedlock(mutex, &until);
 }
 
-int lockWatched(pthread_mutex_t* mutex) {
-  const OnWait onWait = g_onWait;
-  const auto known = onWait ? mutexes().find(mutex) : mutexes().end();
-  if (known == mutexes().end() || t_reporting) return g_lock(mutex);
-  Watched& watched = known->second;
+int waitFor(pthread_mutex_t* mutex, OnWait onWait) {
+  Waiter self(mutex);
   {
-    const Stack here = Stack::here();
-    const std::lock_guard<std::mutex> lock(g_waitsMutex);
-    t_self = {&watched, here, Clock::now()};
+    const std::lock_guard<std::mutex> lock(g_waitersMutex);
+    waiters()[self.thread] = &self;
   }
   int result = 0;
   do {
-    if (Wait wait; givesUp(wait)) {
-      t_reporting = true;
-      onWait(wait);
-      t_reporting = false;
-      return EDEADLK;
+    if (const auto wait = obstacle(self)) {
+      onWait(*wait);
+      if (wait->kind != Wait::kPatience) return EDEADLK;
     }
     result = lockForAWhile(mutex);
   } while (result == ETIMEDOUT);
-  const std::lock_guard<std::mutex> lock(g_waitsMutex);
-  t_self.wants = nullptr;
-  if (result == 0) {
-    watched.holder = &t_self;
-    watched.taken = t_self.asked;
+  const std::lock_guard<std::mutex> lock(g_waitersMutex);
+  waiters().erase(self.thread);
+  return result;
+}
+
+int lockWatched(pthread_mutex_t* mutex) {
+  const OnWait onWait = g_onWait;
+  if (!onWait || t_inside) return g_lock(mutex);
+  const Inside inside;
+  int result = pthread_mutex_trylock(mutex);
+  if (result == EBUSY) result = waitFor(mutex, onWait);
+  if (Adapter* const adapter = result == 0 ? adapterOf(mutex) : nullptr) {
+    const Stack here = Stack::here();
+    const std::lock_guard<std::mutex> lock(adapter->mutex);
+    adapter->taken = here;
+    adapter->since = Clock::now();
   }
   return result;
 }
 
-int unlockWatched(pthread_mutex_t* mutex) {
-  if (const auto known = mutexes().find(mutex); known != mutexes().end()) {
-    const std::lock_guard<std::mutex> lock(g_waitsMutex);
-    known->second.holder = nullptr;
-  }
-  return g_unlock(mutex);
+std::string symbolOf(const std::string& adapter, const std::string& member) {
+  const auto part = [](const std::string& name) { return std::to_string(name.size()) + name; };
+  return "_ZN" + part("VornDeviceAbstractionLayer") + part(adapter) + part(member) + "E";
 }
 
-void findMutexes() {
-  const auto part = [](const std::string& name) { return std::to_string(name.size()) + name; };
+/// Adds the mutexes of one module; false if it is not the library.
+bool addAdapters(const Module& module, Adapters& all) {
+  bool found = false;
   for (const char* adapter :
        {"FileLogger", "VornAlexaState", "VornAppMessaging", "VornAttachmentReaderContainerFactory",
         "VornAudioFocus", "VornAudioIn", "VornCommsManager", "VornDeviceCapabilities", "VornDeviceInfo",
         "VornEMPAdapterControl", "VornGUIOutput", "VornLEDController", "VornLoggerObserver",
         "VornMediaPlayerFactory", "VornOOBE", "VornStorage"}) {
     for (const char* member : {"m_mutex", "m_dalMutex"}) {
-      const std::string symbol =
-          "_ZN" + part("VornDeviceAbstractionLayer") + part(adapter) + part(member) + "E";
-      if (const void* const mutex = dlsym(RTLD_DEFAULT, symbol.c_str()))
-        mutexes()[mutex].name = std::string(adapter) + "::" + member;
+      const void* const mutex = module.definition(symbolOf(adapter, member).c_str());
+      if (!mutex) continue;
+      found = true;
+      auto& known = all[mutex];
+      if (!known) known = std::make_shared<Adapter>();
+      known->name = std::string(adapter) + "::" + member;
     }
   }
+  return found;
 }
 
-// The loader's tables hold addresses as numbers.
-// NOLINTBEGIN(performance-no-int-to-ptr)
-
-/// The library's place in memory and its dynamic section, which its loader entry tells.
-struct Image {
-  const char* base = nullptr;
-  const ElfW(Dyn) * dynamic = nullptr;
-};
-
-int findImage(dl_phdr_info* info, size_t, void* found) {
-  const auto address =
-      reinterpret_cast<std::uintptr_t>(&VornDeviceAbstractionLayer::VornDeviceInfo::Shutdown);
-  bool inside = false;
-  const ElfW(Dyn)* dynamic = nullptr;
-  for (int i = 0; i < info->dlpi_phnum; ++i) {
-    const auto& header = info->dlpi_phdr[i];
-    const std::uintptr_t begin = info->dlpi_addr + header.p_vaddr;
-    if (header.p_type == PT_LOAD && address >= begin && address - begin < header.p_memsz) inside = true;
-    if (header.p_type == PT_DYNAMIC) dynamic = reinterpret_cast<const ElfW(Dyn)*>(begin);
-  }
-  if (!inside) return 0;
-  static_cast<Image*>(found)->base = reinterpret_cast<const char*>(info->dlpi_addr);
-  static_cast<Image*>(found)->dynamic = dynamic;
-  return 1;
-}
-
-/// Puts `function` into the slot through which the library calls another; the slots are read-only by then.
-void redirect(void** slot, MutexFunction* function) {
-  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  void* const start = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(slot) & ~(page - 1));
-  mprotect(start, page, PROT_READ | PROT_WRITE);
-  *slot = reinterpret_cast<void*>(function);
-  mprotect(start, page, PROT_READ);
-}
-
-void redirectAll(const Image& image) {
-  const auto at = [&](const ElfW(Dyn) & entry) {  // some loaders have added the base already, some have not
-    const auto address = reinterpret_cast<const char*>(entry.d_un.d_ptr);
-    return address >= image.base ? address : image.base + entry.d_un.d_ptr;
-  };
-  const ElfW(Sym)* symbols = nullptr;
-  const char* names = nullptr;
-  const char* tables[2] = {nullptr, nullptr};
-  std::size_t sizes[2] = {0, 0};
-  for (auto entry = image.dynamic; entry->d_tag != DT_NULL; ++entry) {
-    switch (entry->d_tag) {
-      case DT_SYMTAB:
-        symbols = reinterpret_cast<const ElfW(Sym)*>(at(*entry));
-        break;
-      case DT_STRTAB:
-        names = at(*entry);
-        break;
-      case DT_JMPREL:
-        tables[0] = at(*entry);
-        break;
-      case DT_PLTRELSZ:
-        sizes[0] = entry->d_un.d_val;
-        break;
-      case DT_RELA:
-        tables[1] = at(*entry);
-        break;
-      case DT_RELASZ:
-        sizes[1] = entry->d_un.d_val;
-        break;
-      default:
-        break;
-    }
-  }
-  if (!symbols || !names) return;
-  for (int table = 0; table < 2; ++table) {
-    const auto relocations = reinterpret_cast<const ElfW(Rela)*>(tables[table]);
-    for (std::size_t i = 0; i < sizes[table] / sizeof(ElfW(Rela)); ++i) {
-      const char* const name = names + symbols[ELF64_R_SYM(relocations[i].r_info)].st_name;
-      void** const slot = reinterpret_cast<void**>(const_cast<char*>(image.base) + relocations[i].r_offset);
-      if (!std::strcmp(name, "pthread_mutex_lock")) redirect(slot, lockWatched);
-      if (!std::strcmp(name, "pthread_mutex_unlock")) redirect(slot, unlockWatched);
-    }
-  }
-}
-
-// NOLINTEND(performance-no-int-to-ptr)
-
-bool install() {
-  findMutexes();
-  g_lock = reinterpret_cast<MutexFunction*>(dlsym(RTLD_DEFAULT, "pthread_mutex_lock"));
-  g_unlock = reinterpret_cast<MutexFunction*>(dlsym(RTLD_DEFAULT, "pthread_mutex_unlock"));
-  Image image;
-  dl_iterate_phdr(findImage, &image);
-  redirectAll(image);
+/// Returns why the library is not watched.
+std::string install() {
+  if (!g_lock) g_lock = reinterpret_cast<MutexFunction*>(dlsym(RTLD_DEFAULT, "pthread_mutex_lock"));
   Stack::here();  // the first one loads what it needs, and must not do so under a mutex
-  return true;
+  std::vector<Module> libraries;
+  auto adapters = std::make_unique<Adapters>(g_adapters ? *g_adapters : Adapters());
+  const std::size_t known = adapters->size();
+  for (const Module& module : modules())
+    if (addAdapters(module, *adapters)) libraries.push_back(module);
+  if (!g_adapters || adapters->size() != known)
+    g_adapters = adapters.release();  // others may read the old one
+  if (libraries.empty()) return "no library of this process exports VornDeviceInfo::m_mutex";
+  std::string trouble = g_redirection.apply();
+  for (const Module& library : libraries)
+    if (trouble.empty() &&
+        !g_redirection.reaches(library.definition(symbolOf("VornDeviceInfo", "m_mutex").c_str())))
+      trouble = library.file + " calls pthread_mutex_lock() past its import table";
+  return trouble;
 }
 
 }  // namespace
 
-void watchLocks(OnWait onWait) {
-  static const bool installed = install();
-  if (installed) g_onWait = onWait;
+std::string watchLocks(OnWait onWait, std::chrono::milliseconds patience) {
+  const Inside inside;
+  g_patience = patience;
+  std::string trouble = install();
+  g_onWait = trouble.empty() ? onWait : nullptr;
+  return trouble;
+}
+
+void leaveLocks() {
+  const Inside inside;
+  g_onWait = nullptr;
+  g_redirection.undo();
 }
 
 }  // namespace vorn_testing

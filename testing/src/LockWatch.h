@@ -1,26 +1,38 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "Stack.h"
 
 namespace vorn_testing {
 
-/// A wait that would not end.
+/// A wait that does not end, or not soon.
 struct Wait {
-  std::string mutex;  ///< What the thread asks for, such as "VornDeviceInfo::m_mutex".
-  std::string other;  ///< What the thread that holds it waits for; empty when that is the same thread.
-  Stack here;         ///< Where it asks.
-  Stack before;       ///< Where its own thread took the mutex, or where the other thread waits.
+  enum Kind {
+    kItself,   ///< For the thread that waits.
+    kOthers,   ///< For threads that wait for it, or for nothing that can still come.
+    kPatience  ///< For longer than the patience; what the holder does may still end.
+  };
+  Kind kind;
+  std::string message;  ///< Who asks for what, and who holds it.
+  Stack here;           ///< Where it asks.
+  Stack before;         ///< Where its own thread took the mutex, or where the thread is that it waits for.
 };
 
-/// Stands between the library and its own mutexes, from the first watchLocks() until the process ends.
+/// Stands between every module of the process and pthread_mutex_lock(), until it is undone.
 ///
-/// `onWait` is called before a thread would wait for itself, alone or through others that wait for mutexes of the
-/// library; and after half a second of waiting for a thread that waits for such a mutex as long: the rest of that
-/// circle is out of sight, but the two directions of messages do not meet so otherwise. The lock then fails instead
-/// of waiting. Without one, or while it is empty, locks are left alone.
+/// `onWait` runs on the thread that would wait. One circle of waits is told by one of its threads, at once; the lock
+/// then fails with EDEADLK instead of waiting: that of a library's mutex, if one is among them. After `patience`, a
+/// wait of which no circle is seen is told once, if it is for a mutex of the library or from inside an operation;
+/// it fails likewise when no thread of the process can go on without another, and goes on otherwise. Mutexes of one
+/// thread that are recursive or check errors themselves are none of these.
+///
+/// Returns why the library's locks are not watched; empty when they are.
 using OnWait = void (*)(const Wait& wait);
-void watchLocks(OnWait onWait);
+std::string watchLocks(OnWait onWait, std::chrono::milliseconds patience);
+
+/// Puts back what watchLocks() changed.
+void leaveLocks();
 
 }  // namespace vorn_testing

@@ -1,6 +1,7 @@
 #include "Stack.h"
 
 #include <cxxabi.h>
+#include <dlfcn.h>
 #include <execinfo.h>
 
 #include <cstdlib>
@@ -26,6 +27,18 @@ std::vector<std::string> Stack::lines() const {
                           : line);
   }
   return lines;
+}
+
+std::string Stack::operation() const {
+  const std::string library = "VornDeviceAbstractionLayer::";
+  for (int i = 0; i < depth; ++i) {
+    Dl_info info = {};
+    if (!dladdr(frames[i], &info) || !info.dli_sname) continue;
+    const std::string name = demangled(info.dli_sname);
+    if (name.compare(0, library.size(), library) == 0)
+      return name.substr(library.size(), name.find_first_of("([") - library.size()) + "()";
+  }
+  return {};
 }
 
 std::string demangled(const char* name) {

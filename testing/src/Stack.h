@@ -13,6 +13,9 @@ struct Stack {
 
   static Stack here();
   std::vector<std::string> lines() const;
+
+  /// The innermost operation of the library, such as "VornDeviceInfo::getVolume()"; empty when there is none.
+  std::string operation() const;
 };
 
 /// "VornDeviceAbstractionLayer::VornStorage" from the name that the compiler gave it; as it is if that fails.

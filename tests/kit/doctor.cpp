@@ -8,6 +8,7 @@
 #include <vorn_testing/DoctorHost.h>
 
 #include <csignal>
+#include <thread>
 
 using namespace VornDeviceAbstractionLayer;
 using vorn_testing::Checked;
@@ -243,6 +244,90 @@ TEST_P(AKeptReference, IsReportedWhenItIsUsed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEachArgument, AKeptReference, testing::ValuesIn(lendings()));
+
+TEST_F(TheDoctor, ReportsAReferenceThatIsKeptForTheNextCall) {
+  struct Late : KeepingHost {
+    bool renderGUICard(const std::string& card) override {
+      if (touch) touch();
+      return keep(card);
+    }
+  } host;
+  around(host).renderGUICard("first");
+  doctor->renderGUICard("second");
+  EXPECT_TRUE(found(Finding::kReferenceKept, "renderGUICard()"));
+}
+
+TEST_F(TheDoctor, ReportsAReferenceThatAWorkerUsesAfterTheCall) {
+  KeepingHost host;
+  around(host).renderGUICard("card");
+  std::thread(host.touch).join();
+  EXPECT_TRUE(found(Finding::kReferenceKept, "renderGUICard()"));
+}
+
+TEST_F(TheDoctor, LetsAHostUseItsArgumentsWhileTheCallRuns) {
+  struct Using : KeepingHost {
+    std::string seen;
+    bool renderGUICard(const std::string& card) override {
+      std::thread([&] { seen = card; }).join();
+      return true;
+    }
+  } host;
+  around(host).renderGUICard("card");
+  EXPECT_EQ(host.seen, "card");
+  EXPECT_TRUE(findings.empty());
+}
+
+/// Changes what is not its own.
+struct ChangingHost : vorn_testing::NullHost {
+  bool renderGUICard(const std::string& card) override {
+    const_cast<std::string&>(card)[0] = '!';
+    const_cast<std::string&>(card)[1] = '!';
+    return true;
+  }
+  bool removeKeyValue(const std::vector<std::string>& keys) override {
+    const_cast<std::vector<std::string>&>(keys)[0] = "other";
+    return true;
+  }
+};
+
+class AChangedArgument : public TheDoctor {
+ protected:
+  ChangingHost host;
+};
+
+TEST_F(AChangedArgument, IsReportedOnceWhereItIsChanged) {
+  std::string card = "short";
+  EXPECT_TRUE(around(host).renderGUICard(card));
+  EXPECT_EQ(card, "short") << "the caller's own stays as it was";
+  EXPECT_TRUE(found(Finding::kArgumentChanged, "renderGUICard() was changed"));
+}
+
+TEST_F(AChangedArgument, IsReportedAtTheEndWhereThePageDoesNotShowIt) {
+  const std::string card(100, 'x');
+  EXPECT_TRUE(around(host).renderGUICard(card));
+  EXPECT_TRUE(found(Finding::kArgumentChanged, "renderGUICard() was changed"));
+}
+
+TEST_F(AChangedArgument, IsReportedInsideAContainer) {
+  EXPECT_TRUE(around(host).removeKeyValue({"key"}));
+  EXPECT_TRUE(found(Finding::kArgumentChanged, "removeKeyValue() was changed"));
+}
+
+TEST_F(TheDoctor, ForgetsTheOldestOfManyArgumentsOnly) {
+  KeepingHost host;
+  for (int i = 0; i < 300; ++i) around(host).renderGUICard("card");
+  host.touch();
+  EXPECT_TRUE(found(Finding::kReferenceKept, "renderGUICard()"));
+}
+
+TEST_F(TheDoctor, PrintsALongWaitAndGoesOn) {
+  const auto wait = [] {
+    const vorn_testing::Doctor quiet;
+    vorn_testing::Doctor::report({Finding::kLongWait, "It takes long.", {}, {}});
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(wait(), testing::ExitedWithCode(0), "It takes long");
+}
 
 TEST_F(TheDoctor, LeavesTheCrashesOfOthersToThem) {
   vorn_testing::NullHost host;
