@@ -65,7 +65,8 @@ const char* ruleText(Finding::Rule rule) {
     case Finding::kReentry:
       return "A locked operation holds its adapter's mutex until the other side returns. From inside, call no locked "
              "operation, CreateInstance(), getInstance() or Shutdown() of the same adapter: hand that work to another "
-             "thread, or do it after the return.";
+             "thread, or do it after the return. A lock of your own is asked for again when you hold it while you notify "
+             "or call an adapter.";
     case Finding::kLockOrder:
       return "Where mutexes of the library nest, every thread takes them in one order: a message may go up from inside "
              "one that goes down, not the other way round. Hold no lock of your own while you notify or call an adapter, "
