@@ -144,12 +144,16 @@ bool Module::holds(const void* address) const {
   });
 }
 
-const void* Module::definition(const char* symbol) const {
+std::vector<const void*> Module::definitions(const std::vector<std::string>& symbols) const {
+  std::vector<const void*> all(symbols.size(), nullptr);
   void* const handle = dlopen(file.empty() ? nullptr : file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-  if (!handle) return nullptr;
-  const void* const found = dlsym(handle, symbol);
+  if (!handle) return all;
+  std::transform(symbols.begin(), symbols.end(), all.begin(), [&](const std::string& symbol) {
+    const void* const found = dlsym(handle, symbol.c_str());
+    return holds(found) ? found : nullptr;
+  });
   dlclose(handle);
-  return holds(found) ? found : nullptr;
+  return all;
 }
 
 std::vector<Module> modules() {

@@ -14,8 +14,8 @@ struct Module {
   std::vector<std::pair<std::uintptr_t, std::uintptr_t>> parts;  ///< Its memory: from, up to.
 
   bool holds(const void* address) const;
-  /// What the module itself defines under that name, or null: not what it imports, and not a way to it.
-  const void* definition(const char* symbol) const;
+  /// What the module itself defines under each of these names, or null: not what it imports, and not a way to it.
+  std::vector<const void*> definitions(const std::vector<std::string>& symbols) const;
 };
 
 std::vector<Module> modules();

@@ -230,48 +230,58 @@ int lockWatched(pthread_mutex_t* mutex) {
   return result;
 }
 
-std::string symbolOf(const std::string& adapter, const std::string& member) {
-  const auto part = [](const std::string& name) { return std::to_string(name.size()) + name; };
-  return "_ZN" + part("VornDeviceAbstractionLayer") + part(adapter) + part(member) + "E";
-}
+struct Names {
+  std::vector<std::string> symbols;  ///< As the compiler writes them.
+  std::vector<std::string> names;    ///< As findings tell them.
+};
 
-/// Adds the mutexes of one module; false if it is not the library.
-bool addAdapters(const Module& module, Adapters& all) {
-  bool found = false;
-  for (const char* adapter :
+Names mutexNames() {
+  const auto part = [](const std::string& name) { return std::to_string(name.size()) + name; };
+  Names all;
+  for (const std::string adapter :
        {"FileLogger", "VornAlexaState", "VornAppMessaging", "VornAttachmentReaderContainerFactory",
         "VornAudioFocus", "VornAudioIn", "VornCommsManager", "VornDeviceCapabilities", "VornDeviceInfo",
         "VornEMPAdapterControl", "VornGUIOutput", "VornLEDController", "VornLoggerObserver",
         "VornMediaPlayerFactory", "VornOOBE", "VornStorage"}) {
-    for (const char* member : {"m_mutex", "m_dalMutex"}) {
-      const void* const mutex = module.definition(symbolOf(adapter, member).c_str());
-      if (!mutex) continue;
-      found = true;
-      auto& known = all[mutex];
-      if (!known) known = std::make_shared<Adapter>();
-      known->name = std::string(adapter) + "::" + member;
+    for (const std::string member : {"m_mutex", "m_dalMutex"}) {
+      all.symbols.push_back("_ZN" + part("VornDeviceAbstractionLayer") + part(adapter) + part(member) + "E");
+      all.names.push_back(adapter + "::" + member);
     }
   }
-  return found;
+  return all;
+}
+
+/// Adds the mutexes of one module and returns one of them; null if it is not the library.
+const void* addAdapters(const Module& module, Adapters& all) {
+  static const Names names = mutexNames();
+  const void* one = nullptr;
+  const auto found = module.definitions(names.symbols);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (!found[i]) continue;
+    one = found[i];
+    auto& known = all[one];
+    if (!known) known = std::make_shared<Adapter>();
+    known->name = names.names[i];
+  }
+  return one;
 }
 
 /// Returns why the library is not watched.
 std::string install() {
   if (!g_lock) g_lock = reinterpret_cast<MutexFunction*>(dlsym(RTLD_DEFAULT, "pthread_mutex_lock"));
   Stack::here();  // the first one loads what it needs, and must not do so under a mutex
-  std::vector<Module> libraries;
+  std::map<std::string, const void*> libraries;  // each with a mutex of its own
   auto adapters = std::make_unique<Adapters>(g_adapters ? *g_adapters : Adapters());
   const std::size_t known = adapters->size();
   for (const Module& module : modules())
-    if (addAdapters(module, *adapters)) libraries.push_back(module);
+    if (const void* const mutex = addAdapters(module, *adapters)) libraries[module.file] = mutex;
   if (!g_adapters || adapters->size() != known)
     g_adapters = adapters.release();  // others may read the old one
   if (libraries.empty()) return "no library of this process exports VornDeviceInfo::m_mutex";
   std::string trouble = g_redirection.apply();
-  for (const Module& library : libraries)
-    if (trouble.empty() &&
-        !g_redirection.reaches(library.definition(symbolOf("VornDeviceInfo", "m_mutex").c_str())))
-      trouble = library.file + " calls pthread_mutex_lock() past its import table";
+  for (const auto& [file, mutex] : libraries)
+    if (trouble.empty() && !g_redirection.reaches(mutex))
+      trouble = (file.empty() ? "the program" : file) + " calls pthread_mutex_lock() past its import table";
   return trouble;
 }
 

@@ -353,7 +353,10 @@ TEST_F(TwoThreads, AreToldWhenALockedOperationWaitsForAThreadThatCallsItsAdapter
                 "in VornDeviceInfo::getVolume() "),
             0U)
       << findings[0].message;
-  EXPECT_TRUE(names(findings[0].here) && names(findings[0].before)) << describe(findings[0]);
+  EXPECT_TRUE(names(findings[0].here));
+#ifndef __SANITIZE_THREAD__  // which keeps the signal back while that thread sleeps in the standard library
+  EXPECT_TRUE(names(findings[0].before)) << describe(findings[0]);
+#endif
 }
 
 TEST_F(TwoThreads, AreToldButNotRefusedWhileTheOtherMayGoOn) {

@@ -315,7 +315,8 @@ TEST_F(AChangedArgument, IsReportedInsideAContainer) {
 
 TEST_F(TheDoctor, ForgetsTheOldestOfManyArgumentsOnly) {
   KeepingHost host;
-  for (int i = 0; i < 300; ++i) around(host).renderGUICard("card");
+  around(host);
+  for (int i = 0; i < 300; ++i) doctor->renderGUICard("card");
   host.touch();
   EXPECT_TRUE(found(Finding::kReferenceKept, "renderGUICard()"));
 }
