@@ -69,6 +69,15 @@ pid_t holderOf(const pthread_mutex_t* mutex) {
   return __atomic_load_n(&mutex->__data.__owner, __ATOMIC_RELAXED);
 }
 
+struct Waiter;
+
+/// Guards the waiters, by thread.
+std::mutex g_waitersMutex;
+std::map<pid_t, const Waiter*>& waiters() {
+  static auto* const all = new std::map<pid_t, const Waiter*>;  // threads may wait until the very end
+  return *all;
+}
+
 /// A thread that waits for a mutex.
 struct Waiter {
   const pid_t thread = thisThread();
@@ -78,15 +87,17 @@ struct Waiter {
   bool told = false;
   int still = 0;  ///< Glances in a row at which nobody could go on.
 
-  explicit Waiter(pthread_mutex_t* wanted) : mutex(wanted) {}
+  explicit Waiter(pthread_mutex_t* wanted) : mutex(wanted) {
+    const std::lock_guard<std::mutex> lock(g_waitersMutex);
+    waiters()[thread] = this;
+  }
+  ~Waiter() {
+    const std::lock_guard<std::mutex> lock(g_waitersMutex);
+    waiters().erase(thread);
+  }
+  Waiter(const Waiter&) = delete;
+  Waiter& operator=(const Waiter&) = delete;
 };
-
-/// Guards the waiters, by thread.
-std::mutex g_waitersMutex;
-std::map<pid_t, const Waiter*>& waiters() {
-  static auto* const all = new std::map<pid_t, const Waiter*>;  // threads may wait until the very end
-  return *all;
-}
 
 std::string nameOf(const pthread_mutex_t* mutex) {
   if (const Adapter* const adapter = adapterOf(mutex)) return adapter->name;
@@ -165,7 +176,7 @@ std::optional<Wait> obstacle(Waiter& self) {
   const Chain chain = chainOf(self);
   if (chain.last == self.thread) {
     auto wait = circle(self, chain);
-    if (wait) waiters().erase(self.thread);
+    if (wait) waiters().erase(self.thread);  // so that no other thread of the circle tells it too
     return wait;
   }
   const auto patience = g_patience.load(),
@@ -198,10 +209,6 @@ int lockForAWhile(pthread_mutex_t* mutex) {
 
 int waitFor(pthread_mutex_t* mutex, OnWait onWait) {
   Waiter self(mutex);
-  {
-    const std::lock_guard<std::mutex> lock(g_waitersMutex);
-    waiters()[self.thread] = &self;
-  }
   int result = 0;
   do {
     if (const auto wait = obstacle(self)) {
@@ -210,8 +217,6 @@ int waitFor(pthread_mutex_t* mutex, OnWait onWait) {
     }
     result = lockForAWhile(mutex);
   } while (result == ETIMEDOUT);
-  const std::lock_guard<std::mutex> lock(g_waitersMutex);
-  waiters().erase(self.thread);
   return result;
 }
 
