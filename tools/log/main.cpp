@@ -1,166 +1,131 @@
 // vorn-log: reads the library's trace, also while it grows.
 
-#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <fstream>
+#include <cstdlib>
 #include <iostream>
-#include <map>
-#include <vector>
 
-#include <vorn_testing/TraceLine.h>
+#include <vorn_testing/StandardFiles.h>
+#include <vorn_testing/Text.h>
+
+#include "Records.h"
+#include "Report.h"
+#include "TraceFile.h"
 
 namespace {
 
-using vorn_testing::TraceLine;
+using namespace vorn_log;
 
-struct Options {
-  std::string file = "/tmp/xAppLog.txt";
-  std::vector<std::string> adapters;
-  std::string text;
-  std::string until;
-  bool follow = false;
-  bool count = false;
-  bool explain = false;
-  bool all = false;
-  bool secrets = false;
-};
+constexpr int kDone = 0;
+constexpr int kOutputLost = 1;
+constexpr int kNothingDone = 2;
 
-/// Prints or counts the records that the options let through.
-class Reader {
- public:
-  explicit Reader(const Options& options) : m_options(options) {}
+volatile sig_atomic_t g_signal = 0;
 
-  /// Takes one complete record. Returns false when it was the last one wanted.
-  bool take(const std::string& record) {
-    const TraceLine line = TraceLine::parse(record);
-    const bool last = !m_options.until.empty() && record.find(m_options.until) != std::string::npos;
-    if (wanted(line)) {
-      ++m_counts[line.adapter][line.operation];
-      if (!m_options.count) print(line);
-    }
-    return !last;
+/// From now on Ctrl-C, a hang-up and a request to end leave time to print what is known; a second one ends at once.
+void endGently() {
+  struct sigaction action {};
+  action.sa_handler = [](int signal) { g_signal = signal; };
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before {};
+    sigaction(signal, &action, &before);
+    if (before.sa_handler == SIG_IGN) sigaction(signal, &before, nullptr);  // as nohup wants it
   }
+}
 
-  void finish() {
-    flushRepeats();
-    if (!m_options.count) return;
-    for (const auto& [adapter, operations] : m_counts) {
-      std::size_t total = 0;
-      for (const auto& operation : operations) total += operation.second;
-      std::cout << adapter << "  " << total << "\n";
-      for (const auto& [operation, count] : operations)
-        std::cout << "  " << (operation.empty() ? "(other lines)" : operation) << "  " << count << "\n";
-    }
-  }
-
- private:
-  bool wanted(const TraceLine& line) const {
-    const auto& adapters = m_options.adapters;
-    if (!adapters.empty() && std::find(adapters.begin(), adapters.end(), line.adapter) == adapters.end())
-      return false;
-    return m_options.text.empty() || line.text.find(m_options.text) != std::string::npos;
-  }
-
-  void print(const TraceLine& line) {
-    const std::string shape = TraceLine::shape(line.text);
-    if (!m_options.all && shape == m_lastShape) {
-      ++m_repeats;
-      return;
-    }
-    flushRepeats();
-    m_lastShape = shape;
-    std::cout << line.adapter << (line.operation.empty() ? "" : ".") << line.operation << "  "
-              << (m_options.secrets ? line.text : TraceLine::masked(line.text)) << "\n";
-    if (m_options.explain) std::cout << "    " << line.meaning << "\n";
-    std::cout.flush();
-  }
-
-  void flushRepeats() {
-    if (m_repeats > 0) std::cout << "    and " << m_repeats << " more like it\n";
-    m_repeats = 0;
-  }
-
-  const Options& m_options;
-  std::map<std::string, std::map<std::string, std::size_t>> m_counts;
-  std::string m_lastShape;
-  std::size_t m_repeats = 0;
-};
-
-/// Cuts the bytes of the trace into records: a line that begins with " Time: " begins one, others go on with it.
-class Records {
- public:
-  /// Adds what was read; hands on every record that is known to be complete.
-  bool add(const std::string& bytes, Reader& reader) {
-    m_rest += bytes;
-    std::size_t feed;
-    while ((feed = m_rest.find('\n')) != std::string::npos) {
-      const std::string line = m_rest.substr(0, feed);
-      m_rest.erase(0, feed + 1);
-      if (line.compare(0, kPrefix.size(), kPrefix) == 0) {
-        if (!flush(reader)) return false;
-        m_record = line.substr(kPrefix.size());
-        m_open = true;
-      } else {
-        m_record += (m_open ? "\n" : "") + line;
-        m_open = true;
-      }
-    }
-    return true;
-  }
-
-  /// Hands on the record at the end, when nothing more follows for now.
-  bool flush(Reader& reader) {
-    if (!m_open) return true;
-    m_open = false;
-    return reader.take(std::exchange(m_record, std::string()));
-  }
-
- private:
-  const std::string kPrefix = " Time: ";
-  std::string m_rest;
-  std::string m_record;
-  bool m_open = false;
-};
+void say(const std::string& text) { std::cerr << "vorn-log: " << vorn_testing::harmless(text) << '\n'; }
 
 int read(const Options& options) {
-  std::ifstream file(options.file, std::ios::binary);
-  if (!file) {
-    std::cerr << "vorn-log: " << options.file
-              << " cannot be read; is the trace on (FileLogger::CreateInstance(true)), "
-              << "or is it another file?\n";
-    return 2;
+  Report report(options, std::cout);
+  Records records([&](const Records::Record& record) { return report.take(record); });
+  TraceFile file(options.file, options.follow, [](const std::string& news) {
+    std::cout.flush();
+    say(news);
+  });
+  endGently();
+  std::string bytes;
+  bool more = true;
+  try {
+    while (more && g_signal == 0 && std::cout) {
+      switch (file.read(bytes)) {
+        case TraceFile::Event::kBytes:
+          more = records.add(bytes.data(), bytes.size());
+          break;
+        case TraceFile::Event::kEndForNow:
+          more = records.flush();
+          std::cout.flush();
+          break;
+        case TraceFile::Event::kEnd:
+          more = records.finish() && options.follow;
+          break;
+      }
+    }
+  } catch (const std::exception& error) {
+    report.finish();
+    throw;
   }
-  Reader reader(options);
-  Records records;
-  std::vector<char> buffer(1 << 16);
-  for (bool more = true; more;) {
-    file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-    more = records.add(std::string(buffer.data(), static_cast<std::size_t>(file.gcount())), reader);
-    if (!more || file) continue;
-    more = records.flush(reader) && options.follow;
-    file.clear();  // the end for now
-    if (more) poll(nullptr, 0, 100);
-  }
-  reader.finish();
-  return 0;
+  if (more) records.finish();
+  report.finish();
+  // Following ends in no other way.
+  if (g_signal == 0 || options.follow) return kDone;
+  say("interrupted; the rest of " + options.file + " was not read");
+  return 128 + g_signal;
+}
+
+bool coloured(const std::string& when) {
+  const char* const plain = std::getenv("NO_COLOR");
+  return when == "always" || (when == "auto" && isatty(STDOUT_FILENO) == 1 && (!plain || !*plain));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  vorn_testing::prepareStandardFiles();
   Options options;
+  std::string colour = "auto";
   CLI::App app{"Reads the trace of libVornDALImpl.so: groups, filters, explains. Tokens are masked."};
-  app.add_option("file", options.file, "The trace file")->capture_default_str();
-  app.add_option("-a,--adapter", options.adapters, "Only lines of this class; may be given several times");
+  app.name("vorn-log");
+  app.set_version_flag("--version", VORN_LOG_VERSION);
+  app.footer(
+      "Exit status: 0 the trace was read, or followed until told to end; 1 the output could not be written;\n"
+      "2 nothing was read.");
+  app.add_option("FILE", options.file, "The trace file")->capture_default_str();
+  app.add_option("-a,--adapter", options.adapters,
+                 "Only lines of this class, \"?\" for lines of others; may be given several times")
+      ->allow_extra_args(false)
+      ->check([](const std::string& name) {
+        const auto& known = adapters();
+        if (std::find(known.begin(), known.end(), name) != known.end()) return std::string();
+        return name + " is no adapter; did you mean " + closestAdapter(name) + "?";
+      });
   app.add_option("-g,--grep", options.text, "Only lines that contain this text");
   app.add_option("-u,--until", options.until, "Stop after a line that contains this text");
-  app.add_flag("-f,--follow", options.follow, "Go on reading while the file grows");
+  app.add_flag("-f,--follow", options.follow,
+               "Go on reading while the file grows, is replaced or cut; wait for one that is not there");
   app.add_flag("-c,--count", options.count, "Count lines by class and operation instead of printing them");
   app.add_flag("-e,--explain", options.explain, "Say in words what each line means");
   app.add_flag("--all", options.all, "Print every line, also runs of lines that differ in numbers only");
   app.add_flag("--secrets", options.secrets, "Do not mask tokens");
-  CLI11_PARSE(app, argc, argv);
-  return read(options);
+  app.add_option("--color", colour, "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
+  int status = kDone;
+  try {
+    app.parse(argc, argv);
+    options.colour = coloured(colour);
+    status = read(options);
+  } catch (const CLI::Success& asked) {
+    app.exit(asked);
+  } catch (const CLI::ParseError& error) {
+    say(error.what());
+    std::cerr << "Run with --help for more information.\n";
+    status = kNothingDone;
+  } catch (const std::exception& error) {
+    say(error.what());
+    status = kNothingDone;
+  }
+  return vorn_testing::standardOutputArrived("vorn-log") || status != kDone ? status : kOutputLost;
 }

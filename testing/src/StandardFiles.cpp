@@ -1,0 +1,32 @@
+#include "vorn_testing/StandardFiles.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+
+namespace vorn_testing {
+
+void prepareStandardFiles() {
+  // The lowest free number is given first.
+  int opened = -1;
+  do opened = open("/dev/null", O_RDONLY);
+  while (opened >= 0 && opened <= STDERR_FILENO);
+  if (opened >= 0) close(opened);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
+bool standardOutputArrived(const char* program) {
+  std::cout.flush();
+  // Both at once: a failure of one must not keep the other from being written out.
+  const bool flushed = std::fflush(stdout) == 0;
+  if (std::cout.good() && flushed && std::ferror(stdout) == 0) return true;
+  const bool open = (fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) != O_RDONLY;
+  std::cerr << program << ": standard output could not be written; "
+            << (open ? "is the disk full?" : "it is closed") << '\n';
+  return false;
+}
+
+}  // namespace vorn_testing
