@@ -1,12 +1,18 @@
 // vorn-speaker: a simulated speaker that plays scenarios and prints every call that crosses the library.
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vorn_testing/StandardFiles.h>
+#include <vorn_testing/Text.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 
 #include "Morning.h"
@@ -14,9 +20,11 @@
 #include "device/DataFolder.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
+#include "run/HostProcess.h"
 #include "run/Postmortem.h"
 #include "run/Replay.h"
 #include "run/Speaker.h"
+#include "text/Files.h"
 
 namespace {
 
@@ -24,88 +32,183 @@ using namespace vorn_speaker;
 
 constexpr int kPassed = 0;
 constexpr int kFailed = 1;
-constexpr int kUsage = 2;
+constexpr int kNothingDone = 2;
+
+constexpr int kForeignHostSeconds = 10;
+constexpr std::size_t kLargestScenario = std::size_t{16} << 20;
+constexpr char kTraceFile[] = "/tmp/xAppLog.txt";  // The library's.
+
+enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kList };
 
 /// What the command line asks for.
 struct Request {
+  Task task = Task::kPlay;
   std::string scenario;  ///< Empty for the morning.
   std::string recording;
+  std::string stateFolder;
+  std::string out;   ///< The WAV file that the players play to.
+  std::string alsa;  ///< The ALSA device that they play to instead, when not empty.
+  std::string colour = "auto";
   Settings settings;
   bool strict = false;
   bool list = false;
   int watchdog = -1;  ///< Negative: as the host needs it.
 };
 
-constexpr int kForeignHostSeconds = 10;
-
-std::string read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path)) throw std::runtime_error(path + ": cannot be read");
-  return {std::istreambuf_iterator<char>(file), {}};
+void complain(const std::string& text) {
+  std::cerr << "vorn-speaker: " << vorn_testing::harmless(text) << '\n';
 }
 
-int list() {
+int list(std::ostream& out) {
   for (const Caller caller : {Caller::kAssistant, Caller::kFirmware}) {
-    std::cout << (caller == Caller::kAssistant ? "assistant\n" : "firmware\n");
+    out << (caller == Caller::kAssistant ? "assistant\n" : "firmware\n");
     for (const Operation& operation : operations()) {
-      if (operation.caller == caller)
-        std::cout << "  " << usage(operation) << '\n' << parameterHelp(operation);
+      if (operation.caller == caller) out << "  " << usage(operation) << '\n' << parameterHelp(operation);
     }
   }
   return kPassed;
 }
 
-int play(const Request& request) {
+int play(const Request& request, std::ostream& out) {
   const std::string name = request.scenario.empty() ? "morning" : request.scenario;
-  const std::vector<Step> steps = readScenario(name, request.scenario.empty() ? kMorning : read(name));
-  Speaker speaker(request.settings, std::cout);
+  const std::vector<Step> steps =
+      readScenario(name, request.scenario.empty() ? kMorning : readWhole(name, kLargestScenario));
+  Speaker speaker(request.settings, out);
   int status = kPassed;
   try {
     speaker.play(name, steps);
-    if (request.strict) speaker.expectEveryOperation();
+    if (request.strict && endRequested() == 0) speaker.expectEveryOperation();
   } catch (const Disappointed& disappointed) {
-    std::cout.flush();
-    std::cerr << disappointed.what() << '\n';
+    out.flush();
+    complain(disappointed.what());
     status = kFailed;
   }
-  std::cout << "\nWhat the library traced meanwhile\n";
-  speaker.printTrace(std::cout);
-  std::cout << '\n';
-  speaker.tally().print(std::cout);
+  out << "\nWhat the library traced meanwhile\n";
+  speaker.printTrace(out);
+  out << '\n';
+  speaker.tally().print(out);
   return status;
 }
 
-int console(const Request& request) {
-  Speaker speaker(request.settings, std::cout);
-  Console console(speaker, request.settings.stateFolder + "/console-history");
+int console(const Request& request, std::ostream& out) {
+  Speaker speaker(request.settings, out);
+  Console console(speaker, request.stateFolder + "/console-history");
   console.run(isatty(STDIN_FILENO) == 1, std::cin);
   return kPassed;
 }
 
-/// A recording and its replay begin with an empty store, so that they can be the same.
-void beginAnew(Settings& settings) {
-  settings.stateFolder += "/recorded";
-  std::filesystem::remove_all(settings.stateFolder);
-  std::filesystem::create_directories(settings.stateFolder);
-}
-
-int record(Request request) {
-  beginAnew(request.settings);
-  request.settings.recording = request.recording;
-  return play(request);
-}
-
-int replay(Request request) {
+int replay(const Request& request, std::ostream& out) {
   const std::vector<Crossing> calls = Recording::read(request.recording);
-  beginAnew(request.settings);
   std::ostringstream unseen;
   Speaker speaker(request.settings, unseen);
-  return replay(calls, speaker, std::cout) ? kPassed : kFailed;
+  return replay(calls, speaker, out) ? kPassed : kFailed;
 }
 
-int report(const Request& request) {
-  report(Recording::read(request.recording), std::cout);
+int report(const Request& request, std::ostream& out) {
+  report(Recording::read(request.recording), out);
   return kPassed;
+}
+
+/// What would be written over while, or before, it is read.
+void refuseToOverwriteInputs(const Request& request) {
+  std::vector<std::pair<const char*, std::string>> written;
+  if (request.alsa.empty()) written.emplace_back("--out", request.out);
+  if (request.task == Task::kRecord) written.emplace_back("the recording", request.recording);
+  const std::pair<const char*, std::string> read[] = {
+      {"the scenario", request.scenario},
+      {"the device file", request.settings.device},
+      {"the sound of the microphone", request.settings.audio},
+      {"the host", request.settings.host},
+      {"the recording", request.task == Task::kReplay ? request.recording : ""}};
+  for (const auto& [output, path] : written) {
+    for (const auto& [input, from] : read) {
+      if (sameFile(path, from))
+        throw std::runtime_error(path + ": is " + input + ", and " + output +
+                                 " would replace it; name another file");
+    }
+  }
+  if (written.size() == 2 &&
+      (written[0].second == written[1].second || sameFile(written[0].second, written[1].second)))
+    throw std::runtime_error(request.recording + ": is named by --out too; name another file");
+}
+
+/// The library keeps quiet when it cannot write its trace, and waits for the reader of a pipe.
+void refuseTraceThatCannotBeWritten() {
+  struct stat status {};
+  std::string owner;
+  if (lstat(kTraceFile, &status) == 0 && status.st_uid != geteuid())
+    owner = ", it belongs to user " + std::to_string(status.st_uid);
+  const int file = open(kTraceFile, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (file < 0) {
+    throw std::runtime_error(std::string(kTraceFile) +
+                             ": the library cannot write its trace: " + std::strerror(errno) + owner +
+                             "; have it removed, or leave the trace off with --no-trace");
+  }
+  close(file);
+}
+
+int fulfil(Request& request, std::ostream& out) {
+  Settings& settings = request.settings;
+  const StateFolder folder(request.stateFolder);
+  // A recording and its replay begin with an empty store, so that they can be the same.
+  if (request.task == Task::kPlay || request.task == Task::kConsole)
+    settings.store = request.stateFolder + "/store.sqlite";
+  if (request.task == Task::kRecord) settings.recording = request.recording;
+  if (request.alsa.empty()) {
+    settings.sink = std::make_shared<WavSink>(request.out);
+  } else {
+    settings.sink = std::make_shared<AlsaSink>(request.alsa);
+  }
+  int status = request.task == Task::kConsole  ? console(request, out)
+               : request.task == Task::kReplay ? replay(request, out)
+                                               : play(request, out);
+  if (!settings.sink->problem().empty()) {
+    complain(settings.sink->problem());
+    status = std::max(status, kFailed);
+  }
+  if (endRequested() == 0) return status;
+  out.flush();
+  complain(std::string("ended by a signal: ") + strsignal(endRequested()));
+  return 128 + endRequested();
+}
+
+int fulfilOrComplain(Request& request, std::ostream& out) {
+  endGently();
+  try {
+    return fulfil(request, out);
+  } catch (const std::exception& error) {
+    out.flush();
+    complain(error.what());
+    return kNothingDone;
+  }
+}
+
+/// Colours and width as the terminal has them.
+void adapt(Request& request) {
+  const bool terminal = isatty(STDOUT_FILENO) == 1;
+  const char* const plain = std::getenv("NO_COLOR");
+  request.settings.colour =
+      request.colour == "always" || (request.colour == "auto" && terminal && (!plain || !*plain));
+  winsize size{};
+  if (terminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 4)
+    request.settings.width = std::min<std::size_t>(request.settings.width, size.ws_col - 4U);
+}
+
+int run(Request& request) {
+  if (request.task == Task::kList) return list(std::cout);
+  if (request.task == Task::kReport) return report(request, std::cout);
+  if (request.out.empty()) request.out = request.stateFolder + "/answer.wav";
+  refuseToOverwriteInputs(request);
+  if (request.settings.trace) refuseTraceThatCannotBeWritten();
+  if (request.watchdog < 0) request.watchdog = request.settings.host.empty() ? 0 : kForeignHostSeconds;
+  request.settings.limit = std::chrono::seconds(request.watchdog);
+  if (request.settings.secrets) umask(077);
+  adapt(request);
+  tellCrashes();
+  if (request.settings.host.empty()) return fulfilOrComplain(request, std::cout);
+  // The console's own words go to standard output by themselves.
+  return inHostProcess(request.settings.limit, request.task != Task::kConsole,
+                       [&](std::ostream& out) { return fulfilOrComplain(request, out); });
 }
 
 std::string scenarioHelp() {
@@ -117,23 +220,23 @@ std::string scenarioHelp() {
     text += form + statement.help + "\n";
   }
   return text +
-         "Exit status: 0 played, 1 an expectation was not met, 2 nothing was played, 3 the host crashed or hung.";
+         "Exit status: 0 done, 1 an expectation was not met, an answer differs or an output was lost, 2 nothing was\n"
+         "done, 3 the host failed: it crashed, ended the program or did not return; 128 and its number after a signal.";
 }
 
 void addOptions(CLI::App& app, Request& request) {
   Settings& settings = request.settings;
-  settings.stateFolder = userStateFolder();
+  request.stateFolder = userStateFolder();
   settings.device = shipped("device.toml");
   settings.audio = shipped("request.wav");
-  app.add_option("--state", settings.stateFolder, "The folder of the key-value store")->capture_default_str();
+  app.add_option("--state", request.stateFolder, "The folder of the key-value store")->capture_default_str();
   app.add_option("--device", settings.device, "The device's facts and settings (TOML)")
       ->capture_default_str();
   app.add_option("--audio", settings.audio, "What the microphone hears (WAV, FLAC or OGG)")
       ->capture_default_str();
-  app.add_option("--out", settings.out,
+  app.add_option("--out", request.out,
                  "The WAV file that the players play to; answer.wav in the state folder");
-  app.add_option("--alsa", settings.alsa,
-                 "The ALSA device that the players play to instead, such as default");
+  app.add_option("--alsa", request.alsa, "The ALSA device that the players play to instead, such as default");
   const auto realTime = app.add_flag("--real-time", settings.realTime, "Keep the microphone's real time");
   app.add_flag("--fast", "Go as fast as it goes, as without --real-time")->excludes(realTime);
   app.add_flag_callback(
@@ -142,61 +245,59 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
   app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one");
-  app.add_option("--watchdog", request.watchdog, "Seconds that a call may take, 0 for ever; 10 with --host")
+  app.add_option(
+         "--watchdog", request.watchdog,
+         "Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for\n"
+         "ever; 10 with --host")
       ->check(CLI::NonNegativeNumber);
+  app.add_option("--color", request.colour,
+                 "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
+      ->check(CLI::IsMember({"auto", "always", "never"}));
   app.add_flag("--list", request.list, "List the operations with their arguments, and end");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  vorn_testing::prepareStandardFiles();
+  int status = kNothingDone;
   CLI::App app(
       "Plays a simulated speaker, firmware and assistant client in one process, and prints every call.");
-  app.name("vorn-speaker");
-  app.footer(scenarioHelp());
-  app.set_version_flag("--version", VORN_SPEAKER_VERSION);
-  app.fallthrough();
-
-  Request request;
-  addOptions(app, request);
-  app.add_option("SCENARIO,--scenario", request.scenario,
-                 "The scenario to play; without one, a whole morning");
-  const CLI::App* const asConsole = app.add_subcommand("console", "Type statements and see them played");
-  const auto recorded = [&](const char* name, const char* help) {
-    CLI::App* const command = app.add_subcommand(name, help);
-    command->add_option("RECORDING", request.recording, "The file of the recording")->required();
-    return command;
-  };
-  const CLI::App* const asRecord =
-      recorded("record", "Play a scenario (of --scenario, or the morning) and write every call to a file");
-  const CLI::App* const asReplay =
-      recorded("replay", "Play the calls of a recording and tell the first that is answered differently");
-  const CLI::App* const asReport =
-      recorded("report", "Print a recording for people: calls, counts, durations");
-  app.require_subcommand(0, 1);
   try {
+    app.name("vorn-speaker");
+    app.footer(scenarioHelp());
+    app.set_version_flag("--version", VORN_SPEAKER_VERSION);
+    app.fallthrough();
+
+    Request request;
+    addOptions(app, request);
+    app.add_option("SCENARIO,--scenario", request.scenario,
+                   "The scenario to play; without one, a whole morning");
+    app.add_subcommand("console", "Type statements and see them played")->callback([&] {
+      request.task = Task::kConsole;
+    });
+    const auto recorded = [&](const char* name, Task task, const char* help) {
+      CLI::App* const command = app.add_subcommand(name, help);
+      command->add_option("RECORDING", request.recording, "The file of the recording")->required();
+      command->callback([&request, task] { request.task = task; });
+    };
+    recorded("record", Task::kRecord,
+             "Play a scenario (of --scenario, or the morning) and write every call to a file");
+    recorded("replay", Task::kReplay,
+             "Play the calls of a recording and tell the first that is answered differently");
+    recorded("report", Task::kReport, "Print a recording for people: calls, counts, durations");
+    app.require_subcommand(0, 1);
     app.parse(argc, argv);
+    if (request.list) request.task = Task::kList;
+    status = run(request);
+  } catch (const CLI::Success& asked) {
+    status = app.exit(asked);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kPassed : kUsage;
-  }
-
-  try {
-    if (request.list) return list();
-    Settings& settings = request.settings;
-    std::filesystem::create_directories(settings.stateFolder);
-    if (settings.out.empty()) settings.out = settings.stateFolder + "/answer.wav";
-    if (request.watchdog < 0) request.watchdog = settings.host.empty() ? 0 : kForeignHostSeconds;
-    settings.limit = std::chrono::seconds(request.watchdog);
-    tellCrashes();
-    const char* const plain = std::getenv("NO_COLOR");
-    settings.colour = isatty(STDOUT_FILENO) == 1 && (!plain || !*plain);
-    if (*asConsole) return console(request);
-    if (*asRecord) return record(request);
-    if (*asReplay) return replay(request);
-    if (*asReport) return report(request);
-    return play(request);
+    complain(error.what());
+    std::cerr << "Run with --help for more information.\n";
   } catch (const std::exception& error) {
-    std::cerr << error.what() << '\n';
-    return kUsage;
+    std::cout.flush();
+    complain(error.what());
   }
+  return vorn_testing::standardOutputArrived("vorn-speaker") || status != kPassed ? status : kFailed;
 }

@@ -1,13 +1,10 @@
 #include "Attachments.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <utility>
 
 #include "DataFolder.h"
+#include "text/Files.h"
 
 namespace vorn_speaker {
 
@@ -19,6 +16,7 @@ namespace {
 
 constexpr char kNoContainer[] = "no container";
 constexpr std::size_t kBlock = 4096;
+constexpr std::size_t kLargestSound = std::size_t{256} << 20;
 
 }  // namespace
 
@@ -96,9 +94,7 @@ std::string Attachments::unsubscribe() {
 std::string Attachments::sendData(const std::string& name) {
   const auto into = container();
   if (!into) return kNoContainer;
-  std::ifstream file(std::filesystem::exists(name) ? name : shipped(name), std::ios::binary);
-  if (!file) throw std::runtime_error(name + " cannot be read");
-  std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  std::string bytes = readWhole(soundNamed(name), kLargestSound);
   for (std::size_t at = 0; at < bytes.size(); at += kBlock) {
     into->sendData(&bytes[at], std::min(kBlock, bytes.size() - at));
   }

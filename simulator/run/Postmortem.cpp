@@ -14,6 +14,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "HostProcess.h"
 #include "calls/Crossings.h"
 
 namespace vorn_speaker {
@@ -21,12 +22,22 @@ namespace vorn_speaker {
 namespace {
 
 constexpr int kTell = SIGUSR2;
-constexpr int kFatal[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+constexpr int kFatal[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
+constexpr std::size_t kStack = std::size_t{128} << 10;
 
 sem_t g_told;
+volatile sig_atomic_t g_ending = 0;
 
 void say(const char* text) {
   if (write(STDERR_FILENO, text, std::strlen(text)) < 0) return;
+}
+
+/// A text of a host's or a user's, without what a terminal would obey.
+void sayHarmless(const char* text) {
+  for (; *text; ++text) {
+    const char plain[] = {static_cast<unsigned char>(*text) < ' ' || *text == '\x7f' ? '?' : *text, '\0'};
+    say(*text == '\n' ? "\n" : plain);
+  }
 }
 
 /// This thread's name, the operation that it is inside, and its stack.
@@ -35,9 +46,9 @@ void tellThisThread() {
   say(threadName());
   if (const Crossing* const call = openCall()) {
     say(", inside ");
-    say(call->adapter.c_str());
+    sayHarmless(call->adapter.c_str());
     say(".");
-    say(call->operation.c_str());
+    sayHarmless(call->operation.c_str());
   }
   say("\n");
   void* frames[48];
@@ -69,11 +80,25 @@ void tellOtherThreads() {
 }
 
 void crashed(int signal) {
-  say("\nThe host crashed: ");
+  say("\nThe host crashed");
+  sayHostPhase();
+  say(": ");
   say(sigdescr_np(signal));
   say("\n");
   tellThisThread();
   tellOtherThreads();
+  hostTold();
+  _exit(kHostFailed);
+}
+
+/// The parent has waited for too long; see HostProcess.h.
+void overdue(int) {
+  say("\nThe host does not return");
+  sayHostPhase();
+  say(".\n");
+  tellThisThread();
+  tellOtherThreads();
+  hostTold();
   _exit(kHostFailed);
 }
 
@@ -90,16 +115,45 @@ void tellCrashes() {
   void* frame = nullptr;
   backtrace(&frame, 1);  // loads what it needs while that still can be loaded
   sem_init(&g_told, 0, 0);
-  handle(kTell, tellOnSignal, SA_RESTART);
-  for (const int signal : kFatal) handle(signal, crashed, static_cast<int>(SA_RESETHAND));
+  static const SignalStack stack;
+  handle(kTell, tellOnSignal, SA_RESTART | SA_ONSTACK);
+  handle(kOverdue, overdue, SA_ONSTACK);
+  for (const int signal : kFatal) handle(signal, crashed, static_cast<int>(SA_RESETHAND | SA_ONSTACK));
 }
 
 void giveUp(const std::string& what) {
   say("\n");
-  say(what.c_str());
+  sayHarmless(what.c_str());
   say("\n");
   tellOtherThreads();
+  hostTold();
   _exit(kHostFailed);
 }
+
+SignalStack::SignalStack() : m_stack(new char[kStack]) {
+  stack_t stack{};
+  stack.ss_sp = m_stack.get();
+  stack.ss_size = kStack;
+  sigaltstack(&stack, nullptr);
+}
+
+SignalStack::~SignalStack() {
+  stack_t none{};
+  none.ss_flags = SS_DISABLE;
+  sigaltstack(&none, nullptr);
+}
+
+void endGently() {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before {};
+    sigaction(signal, nullptr, &before);
+    if (before.sa_handler == SIG_IGN) continue;  // as nohup wants it
+    // Without SA_RESTART: what waits for input is woken.
+    handle(
+        signal, [](int which) { g_ending = which; }, static_cast<int>(SA_RESETHAND));
+  }
+}
+
+int endRequested() { return g_ending; }
 
 }  // namespace vorn_speaker

@@ -1,7 +1,6 @@
 #include "Speaker.h"
 
 #include <FileLogger.h>
-#include <vorn_testing/HostLibrary.h>
 #include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
@@ -11,9 +10,8 @@
 #include <fstream>
 #include <utility>
 
+#include "Postmortem.h"
 #include "text/Secrets.h"
-
-#include "device/parts/Sink.h"
 
 namespace vorn_speaker {
 
@@ -43,12 +41,6 @@ const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
   return all;
 }
 
-std::shared_ptr<VornDALImplIF> ownHost(const std::string& path) {
-  auto host = vorn_testing::HostLibrary(path).makeHost();
-  if (!host) throw std::runtime_error(path + ": vornCreateHost() made no host");
-  return host;
-}
-
 std::string signature(const std::string& name, const std::vector<std::string>& arguments) {
   std::string line = name;
   for (const std::string& argument : arguments) line += " " + argument;
@@ -62,30 +54,26 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       m_printer(out, settings.everyBlock),
       m_recording(settings.recording.empty() ? nullptr : std::make_unique<Recording>(settings.recording)),
       m_crossings(m_recorder, settings.secrets),
-      m_display(m_canvas, settings.colour),
+      m_display(m_canvas, settings.colour, settings.width),
       m_microphone(settings.realTime ? Microphone::Pace::kRealTime : Microphone::Pace::kFast,
                    [this](std::vector<short>& samples) {
                      nameThread("microphone");
                      if (const auto audioIn = m_adapters.held<VornAudioIn>()) audioIn->sendAudioData(samples);
                    }),
-      m_host(DeviceFile::read(settings.device), settings.stateFolder + "/store.sqlite", m_microphone, face()),
+      m_host(DeviceFile::read(settings.device), settings.store, m_microphone, face()),
       m_ownHost(settings.host.empty() ? nullptr : ownHost(settings.host)),
       m_recordingHost(m_ownHost ? *m_ownHost : m_host),
       m_attachments(m_recorder, m_players),
       m_adapters(m_recordingHost, m_players, m_attachments),
+      m_trace(settings.trace),
       m_traceStart(sizeOf(kTraceFile)) {
   m_microphone.hear(settings.audio);
-  std::shared_ptr<Sink> sink;
-  if (settings.alsa.empty()) {
-    sink = std::make_shared<WavSink>(settings.out);
-  } else {
-    sink = std::make_shared<AlsaSink>(settings.alsa);
-  }
   for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"}) {
-    m_players[name] = std::make_shared<RecordedPlayer>(name, sink, m_recorder);
+    m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
   }
   m_recordingHost.recorder = m_recorder;
   m_host.connect(m_adapters);
+  m_crossings.tell(m_openCalls);
   m_crossings.tell(m_printer);
   m_crossings.tell(m_tally);
   m_crossings.tell(*this);
@@ -128,6 +116,7 @@ Speaker::~Speaker() {
 
 void Speaker::play(const std::string& file, const std::vector<Step>& steps) {
   for (const Step& step : steps) {
+    if (endRequested() != 0) return;
     try {
       step.play(*this);
     } catch (const Disappointed& disappointed) {
@@ -223,6 +212,10 @@ void Speaker::printTrace(std::ostream& out) const {
 }
 
 void Speaker::expectTrace(const std::string& part) {
+  if (!m_trace) {
+    m_printer.say("        expect trace is passed over: the trace is off (--no-trace)");
+    return;
+  }
   std::ifstream trace(kTraceFile);
   trace.seekg(m_traceStart);
   std::string last;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "HostProcess.h"
 #include "Worker.h"
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
@@ -18,25 +19,26 @@
 #include "device/Attachments.h"
 #include "device/SpeakerHost.h"
 #include "device/parts/Microphone.h"
+#include "device/parts/Sink.h"
 #include "language/Scenario.h"
 
 namespace vorn_speaker {
 
 /// How the speaker is set up, from the command line.
 struct Settings {
-  std::string stateFolder;        ///< Made when it is not there.
+  std::string store;              ///< The file of the key-value store; empty for one that is not kept.
   std::string device;             ///< The device file.
   std::string audio;              ///< What the microphone hears.
-  std::string out;                ///< The WAV file that the players play to.
+  std::shared_ptr<Sink> sink;     ///< What the players play to.
   std::string host;               ///< A library with a host that takes the place of the simulated one.
   std::chrono::seconds limit{0};  ///< How long a call may take; 0 for ever.
   std::string recording;          ///< The file that every call is written to, when not empty.
-  std::string alsa;               ///< The ALSA device that they play to instead, when not empty.
   bool realTime = false;          ///< Whether the microphone keeps real time.
   bool trace = true;              ///< Whether the library writes its trace.
   bool everyBlock = false;        ///< Whether each block of sound is printed.
   bool secrets = false;           ///< Whether secrets are printed.
   bool colour = false;
+  std::size_t width = 60;  ///< Of the display, in columns.
 };
 
 /// An expectation that was not met.
@@ -52,7 +54,8 @@ class Speaker : public Stage, private Crossings::Listener {
   Speaker(const Settings& settings, std::ostream& out);
   ~Speaker() override;
 
-  /// Plays the steps up to the first expectation that is not met, which it throws as Disappointed.
+  /// Plays the steps up to the first expectation that is not met, which it throws as Disappointed, or up to a request
+  /// to end; see endRequested().
   void play(const std::string& file, const std::vector<Step>& steps);
 
   const Tally& tally() const { return m_tally; }
@@ -86,6 +89,7 @@ class Speaker : public Stage, private Crossings::Listener {
   Printer m_printer;
   Tally m_tally;
   std::unique_ptr<Recording> m_recording;
+  OpenCalls m_openCalls;
   Crossings m_crossings;
 
   std::ostringstream m_canvas;  ///< What the display draws, before it is printed.
@@ -106,6 +110,7 @@ class Speaker : public Stage, private Crossings::Listener {
   std::vector<Crossing> m_recent;  ///< Since the last call of a scenario began.
   std::string m_result;
   std::int64_t m_heard = 0;
+  const bool m_trace;
   const long m_traceStart;
 };
 

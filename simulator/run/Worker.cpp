@@ -34,6 +34,7 @@ std::string Worker::run(std::function<std::string()> task) {
 }
 
 void Worker::work() {
+  const SignalStack stack;
   nameThread(m_name.c_str());
   std::unique_lock<std::mutex> lock(m_mutex);
   for (;;) {

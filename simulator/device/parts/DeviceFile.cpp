@@ -1,13 +1,13 @@
 #include "DeviceFile.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 
 #include <toml++/toml.h>
+
+#include "text/Files.h"
 
 namespace vorn_speaker {
 
@@ -20,24 +20,36 @@ namespace {
   throw std::runtime_error(message.str());
 }
 
-/// toml++ does not survive a letter beyond ASCII where none may stand: outside texts and comments.
-void refuseForeignLetters(const std::string& path, const std::string& all) {
+// Far more than a device has to say. What is nested deeper than toml++ can take apart again stays out too.
+constexpr std::size_t kLargest = 1 << 20;
+constexpr int kMostDots = 32;
+
+/// Refuses what toml++ does not survive: a letter beyond ASCII outside texts and comments, or after a backslash and
+/// blanks, and keys of endless parts.
+void refuseDeadly(const std::string& path, const std::string& all) {
   toml::source_position here{1, 1};
   std::string quote;  // What ends the text that we are in; a line feed ends a comment.
+  int dots = 0;
+  const auto beyond = [&](std::size_t at) {
+    return at < all.size() && (static_cast<unsigned char>(all[at]) & 0x80U) != 0;
+  };
   for (std::size_t at = all.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0; at < all.size(); ++at) {
     const char c = all[at];
-    const bool beyond = (static_cast<unsigned char>(c) & 0x80U) != 0;
     if (c == '\n') {
       if (quote.size() == 1) quote.clear();
       here = {here.line + 1, 1};
+      dots = 0;
       continue;
     }
     std::size_t taken = 1;
     if (quote.empty()) {
-      if (beyond) refuse(path, here, "letters beyond ASCII stand in quotes only");
+      if (beyond(at)) refuse(path, here, "letters beyond ASCII stand in quotes only");
+      if (c == '.' && ++dots > kMostDots) refuse(path, here, "a key has at most 33 parts");
       if (c == '#') quote = "\n";
       if (c == '"' || c == '\'') quote.assign(taken = all.compare(at, 3, std::string(3, c)) == 0 ? 3 : 1, c);
     } else if (c == '\\' && quote[0] == '"') {
+      if (beyond(all.find_first_not_of(" \t\r\n", at + 1)))
+        refuse(path, here, "a letter beyond ASCII must not follow a backslash; write it as \\u00e9");
       taken = at + 1 < all.size() && all[at + 1] != '\n' ? 2 : 1;
     } else if (all.compare(at, quote.size(), quote) == 0) {
       taken = quote.size();
@@ -117,11 +129,10 @@ class Table {
 }  // namespace
 
 DeviceFile DeviceFile::read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path))
-    throw std::runtime_error(path + ": cannot be read; name a device file with --device");
-  const std::string all{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  refuseForeignLetters(path, all);
+  std::string all = readWhole(path, kLargest);
+  // As old editors ended lines.
+  if (all.find('\n') == std::string::npos) std::replace(all.begin(), all.end(), '\r', '\n');
+  refuseDeadly(path, all);
   toml::table root;
   try {
     root = toml::parse(all, path);

@@ -1,12 +1,35 @@
 #include "Sink.h"
 
 #include <alsa/asoundlib.h>
+#include <fcntl.h>
 #include <sndfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <stdexcept>
 #include <utility>
 
 namespace vorn_speaker {
+
+void Sink::play(const Sound& sound) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  try {
+    take(sound);
+  } catch (const std::runtime_error& error) {
+    if (m_problem.empty()) m_problem = error.what();
+    throw;
+  }
+}
+
+std::string Sink::problem() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_problem;
+}
 
 struct WavSink::File {
   SNDFILE* handle = nullptr;
@@ -14,31 +37,70 @@ struct WavSink::File {
 };
 
 WavSink::WavSink(const std::string& path) : m_path(path), m_file(new File) {
+  const auto refuse = [&](const char* reason) {
+    throw std::runtime_error(path + ": cannot be written: " + reason + "; name another file with --out");
+  };
+  struct stat status {};
+  const bool there = stat(path.c_str(), &status) == 0;
+  if (there && S_ISDIR(status.st_mode)) refuse("it is a folder");
+  if (there && S_ISFIFO(status.st_mode)) refuse("it is a pipe");
+  int file = -1;
+  if (there && !S_ISREG(status.st_mode)) {
+    file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  } else if (there && access(path.c_str(), W_OK) != 0) {
+    refuse(std::strerror(errno));
+  } else {
+    m_aside = path + ".XXXXXX";
+    file = mkostemp(&m_aside[0], O_CLOEXEC);
+    // As any file of the user's.
+    const mode_t mask = umask(0);
+    umask(mask);
+    if (file >= 0) fchmod(file, there ? status.st_mode & 0777 : 0666 & ~mask);
+  }
+  if (file < 0) refuse(std::strerror(errno));
   SF_INFO info{};
   info.samplerate = kRate;
   info.channels = 1;
   info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-  m_file->handle = sf_open(path.c_str(), SFM_WRITE, &info);
-  if (!m_file->handle)
-    throw std::runtime_error(path + ": cannot be written: " + sf_strerror(nullptr) +
-                             "; name another file with --out");
+  m_file->handle = sf_open_fd(file, SFM_WRITE, &info, 1);
+  if (!m_file->handle) {
+    if (!m_aside.empty()) std::remove(m_aside.c_str());
+    refuse(sf_strerror(nullptr));
+  }
 }
 
-WavSink::~WavSink() = default;
+WavSink::~WavSink() {
+  try {
+    putInPlace();
+  } catch (const std::runtime_error&) {
+    // Nothing was played: no sound is lost.
+    std::remove(m_aside.c_str());
+  }
+}
 
-void WavSink::play(const Sound& sound) {
+void WavSink::putInPlace() {
+  if (m_aside.empty()) return;
+  // Behind a link stands the file that the user means.
+  std::error_code error;
+  const auto target = std::filesystem::weakly_canonical(m_path, error);
+  if (std::rename(m_aside.c_str(), error ? m_path.c_str() : target.c_str()) != 0)
+    throw std::runtime_error(m_path + ": cannot be written: " + std::strerror(errno));
+  m_aside.clear();
+}
+
+void WavSink::take(const Sound& sound) {
   const Sound ours = sound.mono(kRate);
   const auto count = static_cast<sf_count_t>(ours.samples.size());
-  const std::lock_guard<std::mutex> lock(m_mutex);
   if (sf_write_short(m_file->handle, ours.samples.data(), count) != count)
     throw std::runtime_error(m_path + ": " + sf_strerror(m_file->handle) + "; is the disk full?");
+  sf_command(m_file->handle, SFC_UPDATE_HEADER_NOW, nullptr, 0);
   sf_write_sync(m_file->handle);
+  putInPlace();
 }
 
 AlsaSink::AlsaSink(std::string device) : m_device(std::move(device)) {}
 
-void AlsaSink::play(const Sound& sound) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
+void AlsaSink::take(const Sound& sound) {
   snd_pcm_t* pcm = nullptr;
   const auto check = [&](int error) {
     if (error >= 0) return;

@@ -10,9 +10,14 @@
 #include <memory>
 #include <stdexcept>
 
+#include "text/Files.h"
+
 namespace vorn_speaker {
 
 namespace {
+
+// Almost six minutes of music; compressed, a small file can hold hours.
+constexpr sf_count_t kMostSamples = 1 << 25;
 
 /// The bytes that libsndfile reads from.
 struct Bytes {
@@ -57,14 +62,20 @@ Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
   if (info.channels < 1 || info.channels > 2) refuse("has " + std::to_string(info.channels) + " channels");
   if (info.samplerate < 8000 || info.samplerate > 192000)
     refuse("has a rate of " + std::to_string(info.samplerate) + " Hz");
+  const std::string most = std::to_string(kMostSamples) + " samples, " +
+                           std::to_string(kMostSamples / info.channels / info.samplerate) + " s at its rate";
+  if (info.seekable && info.frames > kMostSamples / info.channels) refuse("holds more than " + most);
   Sound sound;
   sound.rate = info.samplerate;
   sound.channels = info.channels;
   // As numbers from -1 to 1: read as whole numbers, those of some formats become silence or run over.
   float block[4096];
   sf_count_t n;
-  while ((n = sf_read_float(file.get(), block, 4096)) > 0)
+  while ((n = sf_read_float(file.get(), block, 4096)) > 0) {
+    // Whatever the header says.
+    if (static_cast<sf_count_t>(sound.samples.size()) + n > kMostSamples) refuse("holds more than " + most);
     std::transform(block, block + n, std::back_inserter(sound.samples), whole);
+  }
   if (sf_error(file.get()) != SF_ERR_NO_ERROR) refuse(sf_strerror(file.get()));
   if (sound.samples.empty()) refuse("holds no samples");
   const auto frames = static_cast<sf_count_t>(sound.samples.size()) / info.channels;
@@ -77,6 +88,7 @@ Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
 }  // namespace
 
 Sound Sound::fromFile(const std::string& path) {
+  refuseUnlessFile(path);
   SF_INFO info{};
   SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
   return decode(path, file, info);

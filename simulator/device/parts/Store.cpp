@@ -1,7 +1,11 @@
 #include "Store.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <utility>
@@ -12,6 +16,7 @@ namespace {
 
 // Written into every file of ours, to tell it from another program's.
 constexpr int kApplicationId = 0x566f726e;
+constexpr int kPatienceMs = 5000;
 
 int number(sqlite3* database, const char* pragma) {
   sqlite3_stmt* statement = nullptr;
@@ -35,9 +40,16 @@ std::string blob(sqlite3_stmt* statement, int column) {
   return bytes ? std::string(static_cast<const char*>(bytes), size) : std::string();
 }
 
+constexpr char kMoveAway[] = "Move it away or choose another folder with --state.";
+
 /// Why a file is not the store's, or nothing. Looked at before SQLite does, which takes an unfinished header for
 /// an empty database and brings a journal that it finds into the file.
 std::string whyNotOurs(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+    return S_ISLNK(status.st_mode)   ? "is a link, which is not followed"
+           : S_ISDIR(status.st_mode) ? "is a folder"
+                                     : "is a pipe or a device, not a file";
   std::ifstream file(path, std::ios::binary);
   unsigned char head[100] = {};
   file.read(reinterpret_cast<char*>(head), sizeof head);
@@ -46,6 +58,15 @@ std::string whyNotOurs(const std::string& path) {
   const int id = head[68] << 24 | head[69] << 16 | head[70] << 8 | head[71];
   const bool unfinished = std::ifstream(path + "-journal").good();
   return id == kApplicationId || (id == 0 && !unfinished) ? "" : "belongs to another program";
+}
+
+/// Makes an empty file for this user's eyes only, or takes it from others'. False when it cannot be written.
+bool makePrivate(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+  if (file < 0) return false;
+  const bool done = fchmod(file, 0600) == 0;
+  ::close(file);
+  return done;
 }
 
 }  // namespace
@@ -57,32 +78,62 @@ Store::~Store() { sqlite3_close(m_database); }
 bool Store::open() {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (m_database) return true;
-  const std::string reason = whyNotOurs(m_path);
-  if (!reason.empty()) return refuse(reason);
-  if (sqlite3_open_v2(m_path.c_str(), &m_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+  const bool kept = !m_path.empty();
+  const std::string foreign = kept ? whyNotOurs(m_path) : "";
+  if (!foreign.empty()) return refuse(foreign, kMoveAway);
+  if (kept && !makePrivate(m_path))
+    return refuse(std::string("cannot be written: ") + std::strerror(errno),
+                  "Make it and its folder writable, or choose another folder with --state.");
+  if (sqlite3_open_v2(kept ? m_path.c_str() : ":memory:", &m_database, SQLITE_OPEN_READWRITE, nullptr) !=
       SQLITE_OK)
-    return refuse(sqlite3_errmsg(m_database));
-  sqlite3_busy_timeout(m_database, 5000);
-  // Nothing is written before the file is known to be ours or empty, not even when it is closed.
+    return refuse(reason(), kMoveAway) || close();
+  sqlite3_busy_timeout(m_database, kPatienceMs);
+  if (!prepare()) return close();
+  m_problem.clear();
+  return true;
+}
+
+bool Store::close() {
+  sqlite3_close(m_database);
+  m_database = nullptr;
+  return false;
+}
+
+/// Makes the store of an opened file. Nothing is written before the file is known to be ours or empty, not even when it
+/// is closed.
+bool Store::prepare() {
   sqlite3_db_config(m_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  const auto fail = [this] {
+    const int error = sqlite3_errcode(m_database);
+    const bool damaged = error == SQLITE_CORRUPT || error == SQLITE_NOTADB;
+    return refuse(reason(), damaged                ? kMoveAway
+                            : error == SQLITE_BUSY ? "Wait until that has ended."
+                                                   : "Choose another folder with --state, or make room.");
+  };
   const int id = number(m_database, "PRAGMA application_id");
   const int tables = number(m_database, "SELECT count(*) FROM sqlite_master");
-  if (tables < 0) return refuse(std::string("is damaged: ") + sqlite3_errmsg(m_database));
-  if (id != kApplicationId && (id != 0 || tables != 0)) return refuse("belongs to another program");
+  if (tables < 0) return fail();
+  if (id != kApplicationId && (id != 0 || tables != 0))
+    return refuse("belongs to another program", kMoveAway);
   sqlite3_stmt* check = nullptr;
   sqlite3_prepare_v2(m_database, "PRAGMA quick_check(1)", -1, &check, nullptr);
-  const bool sound = check && sqlite3_step(check) == SQLITE_ROW && blob(check, 0) == "ok";
+  const int checked = check ? sqlite3_step(check) : sqlite3_errcode(m_database);
+  const bool sound = checked == SQLITE_ROW && blob(check, 0) == "ok";
   sqlite3_finalize(check);
-  if (!sound) return refuse("is damaged");
+  if (checked != SQLITE_ROW) return fail();
+  if (!sound) return refuse("is damaged", kMoveAway);
   // Full synchronisation: what is acknowledged is on the medium. The mark comes before the log, so that it
   // stands in the file itself.
   if ((id == 0 && !execute("PRAGMA application_id = " + std::to_string(kApplicationId))) ||
       !execute("PRAGMA journal_mode = WAL") || !execute("PRAGMA synchronous = FULL") ||
       !execute(
           "CREATE TABLE IF NOT EXISTS entries (key BLOB PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID"))
-    return refuse(sqlite3_errmsg(m_database));
+    return fail();
+  if (number(m_database,
+             "SELECT count(*) = 2 AND total(name = 'key' AND pk = 1) = 1 AND total(name = 'value') = 1 "
+             "FROM pragma_table_info('entries')") != 1)
+    return refuse("has a table 'entries' with other columns than key and value", kMoveAway);
   sqlite3_db_config(m_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
-  m_problem.clear();
   return true;
 }
 
@@ -138,10 +189,26 @@ bool Store::execute(const std::string& sql) {
   return false;
 }
 
-void Store::complain() {
-  m_problem = m_path + ": " + sqlite3_errmsg(m_database) +
-              "; nothing was changed. Is the disk full, or the file in another program's hands?";
+std::string Store::reason() const {
+  switch (sqlite3_errcode(m_database)) {
+    case SQLITE_BUSY:
+      return "is in another program's hands";
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_CANTOPEN:
+      return std::string("cannot be written: ") + sqlite3_errmsg(m_database);
+    case SQLITE_FULL:
+    case SQLITE_IOERR:
+      return std::string("the disk is full or fails: ") + sqlite3_errmsg(m_database);
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+      return std::string("is damaged: ") + sqlite3_errmsg(m_database);
+    default:
+      return sqlite3_errmsg(m_database);
+  }
 }
+
+void Store::complain() { m_problem = m_path + ": " + reason() + "; nothing was changed."; }
 
 bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<std::string>>& rows) {
   if (!usable() || !execute("BEGIN IMMEDIATE")) return false;
@@ -159,11 +226,8 @@ bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<
   return false;
 }
 
-bool Store::refuse(const std::string& reason) {
-  m_problem =
-      m_path + ": " + reason + "; it was left as it is. Move it away or choose another folder with --state.";
-  sqlite3_close(m_database);
-  m_database = nullptr;
+bool Store::refuse(const std::string& reason, const std::string& remedy) {
+  m_problem = m_path + ": " + reason + "; it was left as it is. " + remedy;
   return false;
 }
 

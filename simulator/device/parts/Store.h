@@ -16,15 +16,15 @@ namespace vorn_speaker {
 /// thread and run one at a time. They return false when the file cannot be used; problem() says why.
 class Store {
  public:
-  /// The store will live in `path`; nothing is touched before open().
+  /// The store will live in `path`, or with an empty one in memory; nothing is touched before open().
   explicit Store(std::string path);
   ~Store();
 
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
-  /// Opens the file, making it when it is not there; opening twice is fine. A file that is damaged or belongs
-  /// to another program is refused and left as it is.
+  /// Opens the file, making it for this user's eyes only when it is not there; opening twice is fine. A file that is
+  /// damaged, in use, not writable, or another program's is refused and left as it is.
   bool open();
 
   /// The entry under `key`, or nothing.
@@ -46,8 +46,11 @@ class Store {
   bool usable();
   bool execute(const std::string& sql);
   void complain();
+  std::string reason() const;
+  bool prepare();
+  bool close();
   bool inTransaction(const std::string& sql, const std::vector<std::vector<std::string>>& rows);
-  bool refuse(const std::string& reason);
+  bool refuse(const std::string& reason, const std::string& remedy);
 
   const std::string m_path;
   mutable std::mutex m_mutex;

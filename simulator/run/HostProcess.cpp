@@ -1,0 +1,238 @@
+#include "HostProcess.h"
+
+#include <VornDALImplIF.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vorn_testing/HostLibrary.h>
+#include <vorn_testing/StandardFiles.h>
+#include <vorn_testing/Text.h>
+#include <ext/stdio_filebuf.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+#include "Postmortem.h"
+#include "text/Files.h"
+
+namespace vorn_speaker {
+
+using std::chrono::milliseconds;
+using VornDeviceAbstractionLayer::VornDALImplIF;
+
+namespace {
+
+enum Phase : int { kCalled, kLoaded, kMade, kDestroyed, kUnloaded };
+
+/// After the subject: "The host crashed while it was loaded".
+const char* words(int phase) {
+  constexpr const char* kWords[] = {"", " while it was loaded", " while it was made",
+                                    " while it was destroyed", " while it was unloaded"};
+  return kWords[phase];
+}
+
+/// What both processes see.
+struct Shared {
+  struct Call {
+    std::atomic<unsigned long> number;  ///< 0 for none.
+    char text[160];
+  };
+  std::atomic<int> phase;
+  std::atomic<long long> since;  ///< When the phase began, in milliseconds.
+  std::atomic<bool> told;
+  std::atomic<int> result;  ///< What the work returned; negative before.
+  Call calls[16];
+};
+
+Shared* g_shared = nullptr;
+
+long long now() {
+  return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+void enter(Phase phase) {
+  if (!g_shared) return;
+  g_shared->since = now();
+  g_shared->phase = phase;
+}
+
+void say(const std::string& text) { std::cerr << vorn_testing::harmless(text) << std::endl; }
+
+/// A request to end goes on to the process below; the terminal's own reach it anyway.
+volatile sig_atomic_t g_child = 0;
+volatile sig_atomic_t g_requested = 0;
+
+void passOn(int signal, siginfo_t* info, void*) {
+  g_requested = signal;
+  if (info->si_code <= 0) kill(g_child, signal);
+}
+
+/// Ends what the host started and left behind: it is ours now.
+void endLeftovers() {
+  for (int round = 0; round < 100; ++round) {
+    const std::string self = std::to_string(getpid());
+    std::ifstream list("/proc/self/task/" + self + "/children");
+    if (!list) return;
+    for (pid_t left = 0; list >> left;) kill(left, SIGKILL);
+    if (waitpid(-1, nullptr, 0) < 0 && errno == ECHILD) return;
+  }
+}
+
+/// The work, in the process of the host. Never returns.
+[[noreturn]] void workBelow(bool apart, int finished, const std::function<int(std::ostream&)>& work) {
+  int result = 0;
+  if (apart) {
+    std::cout.flush();
+    std::fflush(stdout);
+    const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    __gnu_cxx::stdio_filebuf<char> buffer(own, std::ios::out);
+    std::ostream out(&buffer);
+    result = work(out);
+    if (!out.flush() && result == 0) {
+      std::cerr << "vorn-speaker: standard output could not be written; is the disk full, or is it closed?\n";
+      result = 1;
+    }
+  } else {
+    result = work(std::cout);
+    if (!vorn_testing::standardOutputArrived("vorn-speaker") && result == 0) result = 1;
+  }
+  enter(kUnloaded);
+  g_shared->result = result;
+  std::exit(finished);
+}
+
+int judge(int ended, int finished) {
+  const bool whole = WIFEXITED(ended) && WEXITSTATUS(ended) == finished && g_shared->result >= 0;
+  if (whole) return g_shared->result;
+  if (g_shared->told) return kHostFailed;
+  if (WIFSIGNALED(ended) && WTERMSIG(ended) == g_requested) return 128 + g_requested;
+  // The reader of our output went away, which ends any program.
+  pollfd output{STDOUT_FILENO, 0, 0};
+  if (WIFSIGNALED(ended) && WTERMSIG(ended) == SIGPIPE && poll(&output, 1, 0) == 1) return 128 + SIGPIPE;
+  const std::string where = words(g_shared->phase);
+  if (WIFSIGNALED(ended)) {
+    say("\nThe host crashed" + where + ": " + sigdescr_np(WTERMSIG(ended)));
+  } else {
+    say("\nThe host ended the program" + where + ", with status " + std::to_string(WEXITSTATUS(ended)));
+  }
+  for (const Shared::Call& call : g_shared->calls)
+    if (call.number != 0) say(call.text);
+  return kHostFailed;
+}
+
+}  // namespace
+
+int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<int(std::ostream&)>& work) {
+  void* const memory =
+      mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::runtime_error(std::string("no memory: ") + std::strerror(errno));
+  g_shared = new (memory) Shared{};
+  g_shared->result = -1;
+  // A status that no host ends the process with, but by chance.
+  const int finished = 65 + static_cast<int>(now() % 60);
+  signal(SIGCHLD, SIG_DFL);
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+  std::cout.flush();
+  std::cerr.flush();
+  sigset_t gone;
+  sigset_t before;
+  sigemptyset(&gone);
+  sigaddset(&gone, SIGCHLD);
+  sigprocmask(SIG_BLOCK, &gone, &before);
+  const pid_t above = getpid();
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error(std::string("no process for the host: ") + std::strerror(errno));
+  if (child == 0) {
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != above) _exit(kHostFailed);
+    workBelow(apart, finished, work);
+  }
+  g_child = child;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    action.sa_sigaction = passOn;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    struct sigaction earlier {};
+    sigaction(signal, &action, &earlier);
+    if (earlier.sa_handler == SIG_IGN) sigaction(signal, &earlier, nullptr);
+  }
+  int ended = 0;
+  bool asked = false;
+  const auto overdue = [&](std::chrono::seconds grace) {
+    return limit.count() > 0 && g_shared->phase != kCalled &&
+           now() - g_shared->since > milliseconds(limit + grace).count();
+  };
+  while (waitpid(child, &ended, WNOHANG) == 0) {
+    if (overdue(std::chrono::seconds(0)) && !asked) {
+      asked = true;
+      kill(child, kOverdue);
+    }
+    // It may not even be able to tell.
+    if (overdue(std::chrono::seconds(10))) {
+      if (!g_shared->told.exchange(true))
+        say(std::string("\nThe host does not return") + words(g_shared->phase) + ".");
+      kill(child, SIGKILL);
+    }
+    const timespec moment{0, 100000000};
+    sigtimedwait(&gone, nullptr, &moment);
+  }
+  endLeftovers();
+  return judge(ended, finished);
+}
+
+std::shared_ptr<VornDALImplIF> ownHost(const std::string& path) {
+  refuseUnlessFile(path);
+  enter(kLoaded);
+  const vorn_testing::HostLibrary library(path);
+  enter(kMade);
+  auto host = library.makeHost();
+  enter(kCalled);
+  if (!host) throw std::runtime_error(path + ": vornCreateHost() made no host");
+  VornDALImplIF* const made = host.get();
+  return {made, [host](VornDALImplIF*) mutable {
+            enter(kDestroyed);
+            host.reset();
+            enter(kCalled);
+          }};
+}
+
+void OpenCalls::began(const Crossing& crossing) {
+  if (!g_shared) return;
+  for (Shared::Call& call : g_shared->calls) {
+    if (call.number != 0) continue;
+    std::snprintf(call.text, sizeof call.text, "Thread %s, inside %s", crossing.thread.c_str(),
+                  crossing.fullName().c_str());
+    call.number = crossing.number;
+    return;
+  }
+}
+
+void OpenCalls::ended(const Crossing& crossing) {
+  if (!g_shared) return;
+  for (Shared::Call& call : g_shared->calls)
+    if (call.number == crossing.number) call.number = 0;
+}
+
+void sayHostPhase() {
+  if (!g_shared) return;
+  const char* const text = words(g_shared->phase);
+  if (write(STDERR_FILENO, text, std::strlen(text)) < 0) return;
+}
+
+void hostTold() {
+  if (g_shared) g_shared->told = true;
+}
+
+}  // namespace vorn_speaker

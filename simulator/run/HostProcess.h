@@ -1,0 +1,46 @@
+#pragma once
+
+#include <signal.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "calls/Crossings.h"
+
+namespace VornDeviceAbstractionLayer {
+class VornDALImplIF;
+}
+
+namespace vorn_speaker {
+
+/// Asks the process of the host to tell where it is, and to end.
+constexpr int kOverdue = SIGALRM;
+
+/// Does `work`, which loads a host of somebody else, in a process of its own, so that whatever the host does to it, from
+/// being loaded to being unloaded, is noticed and told: a crash, an end of the process, no return within `limit` (0 for
+/// ever). What the host prints to standard output goes to standard error when `apart`; `work` gets a stream for its own.
+/// What the host started ends with it. Call it before any thread is started.
+/// @returns  What `work` returned, or kHostFailed.
+int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<int(std::ostream&)>& work);
+
+/// Loads a host, and destroys it with its last owner; the process above knows meanwhile what is being done.
+/// @throws std::runtime_error  Names the library, what is wrong with it, and the remedy.
+std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> ownHost(const std::string& path);
+
+/// Keeps the open calls where the process above sees them.
+class OpenCalls : public Crossings::Listener {
+ public:
+  void began(const Crossing& crossing) override;
+  void ended(const Crossing& crossing) override;
+};
+
+/// For signal handlers: says on standard error what is being done with the host, " while it is loaded".
+void sayHostPhase();
+
+/// For signal handlers: the process above has nothing more to tell.
+void hostTold();
+
+}  // namespace vorn_speaker

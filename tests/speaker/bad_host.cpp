@@ -1,0 +1,67 @@
+// A host that does what VORN_BAD says, "when what": the speaker must tell of it whenever it is and whatever it does.
+
+#include <signal.h>
+#include <unistd.h>
+#include <vorn_testing/HostEntry.h>
+#include <vorn_testing/NullHost.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace {
+
+int recurse(volatile int depth) {
+  volatile char frame[1000];
+  frame[0] = static_cast<char>(depth);
+  if (depth < 0) return 0;  // never
+  return recurse(depth + 1) + frame[0];
+}
+
+void misbehave(const std::string& when) {
+  const char* const set = std::getenv("VORN_BAD");
+  const std::string wanted = set ? set : "";
+  if (wanted.compare(0, when.size() + 1, when + " ") != 0) return;
+  const std::string what = wanted.substr(when.size() + 1);
+  if (what == "abort") std::abort();
+  if (what == "trap") raise(SIGTRAP);
+  if (what == "system-call") raise(SIGSYS);
+  if (what == "recursion") recurse(0);
+  if (what == "thread-recursion") std::thread([] { recurse(0); }).join();
+  if (what == "kill") kill(getpid(), SIGKILL);
+  if (what == "exit") std::exit(0);
+  if (what == "quick-exit") _exit(0);
+  if (what == "hang")
+    for (;;) pause();
+  if (what == "throw") throw std::runtime_error("nothing for it");
+  if (what == "print") std::puts("the host prints");
+  if (what == "leave" && fork() == 0)
+    for (;;) pause();
+}
+
+struct Library {
+  Library() { misbehave("load"); }
+  ~Library() { misbehave("unload"); }
+} g_library;
+
+__attribute__((destructor)) void finish() { misbehave("finish"); }
+
+class BadHost : public vorn_testing::NullHost {
+ public:
+  ~BadHost() override { misbehave("destroy"); }
+  int getVolume() override {
+    misbehave("call");
+    return 7;
+  }
+};
+
+}  // namespace
+
+VornDeviceAbstractionLayer::VornDALImplIF* vornCreateHost() {
+  misbehave("make");
+  return new BadHost;
+}
+
+void vornDestroyHost(VornDeviceAbstractionLayer::VornDALImplIF* host) { delete host; }
