@@ -197,7 +197,12 @@ void adapt(Request& request) {
 int run(Request& request) {
   if (request.task == Task::kList) return list(std::cout);
   if (request.task == Task::kReport) return report(request, std::cout);
-  if (request.out.empty()) request.out = request.stateFolder + "/answer.wav";
+  if (request.out.empty()) {
+    request.out = request.stateFolder + "/answer.wav";
+    if (request.alsa.empty() && access(request.out.c_str(), F_OK) == 0 && !WavSink::made(request.out))
+      throw std::runtime_error(request.out +
+                               ": was not made by vorn-speaker; move it away, or name a file with --out");
+  }
   refuseToOverwriteInputs(request);
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
   if (request.watchdog < 0) request.watchdog = request.settings.host.empty() ? 0 : kForeignHostSeconds;

@@ -28,7 +28,12 @@ std::string readWhole(const std::string& path, std::size_t most) {
   char part[1 << 16];
   for (;;) {
     const ssize_t count = read(opened.file, part, sizeof part);
-    if (count == 0) return all;
+    if (count == 0) {
+      struct stat status {};
+      if (all.empty() && fstat(opened.file, &status) == 0 && S_ISFIFO(status.st_mode))
+        refuse("it is a pipe that nobody writes to");
+      return all;
+    }
     if (count > 0) {
       all.append(part, static_cast<std::size_t>(count));
       if (all.size() > most) refuse("it holds more than " + std::to_string(most) + " bytes");

@@ -73,11 +73,10 @@ TEST_F(Morning, PlaysTheAnswerIntoAWavFile) {
   const std::string out = std::string(kFolder) + "/out.wav";
   run("--out " + out);
   const std::string wav = content(out);
-  ASSERT_GT(wav.size(), 44U);
   EXPECT_EQ(wav.substr(0, 4), "RIFF");
-  bool loud = false;
-  for (std::size_t i = 44; i < wav.size(); ++i) loud = loud || wav[i] != 0;
-  EXPECT_TRUE(loud);
+  const std::size_t samples = wav.find("data");
+  ASSERT_NE(samples, std::string::npos);
+  EXPECT_NE(wav.find_first_not_of('\0', samples + 8), std::string::npos);
 }
 
 TEST_F(Morning, ShowsTheCodeTheCardTheLightsAndTheCall) {

@@ -23,8 +23,12 @@ class SpeakerProgram : public testing::Test {
 
   /// Both output streams in one, as a terminal shows them.
   std::string run(const std::string& arguments, const std::string& input = "/dev/null") {
-    const std::string command =
-        std::string(VORN_SPEAKER_PROGRAM) + " --state " + kFolder + "/state " + arguments + " 2>&1 <" + input;
+    return output(std::string(VORN_SPEAKER_PROGRAM) + " --state " + kFolder + "/state " + arguments +
+                  " 2>&1 <" + input);
+  }
+
+  /// What a shell's command prints.
+  std::string output(const std::string& command) {
     std::string output;
     FILE* const pipe = popen(command.c_str(), "r");
     char part[4096];

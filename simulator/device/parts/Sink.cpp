@@ -16,6 +16,12 @@
 
 namespace vorn_speaker {
 
+namespace {
+
+constexpr char kMaker[] = "vorn-speaker";
+
+}  // namespace
+
 void Sink::play(const Sound& sound) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   try {
@@ -33,7 +39,9 @@ std::string Sink::problem() const {
 
 struct WavSink::File {
   SNDFILE* handle = nullptr;
-  ~File() { sf_close(handle); }
+  ~File() {
+    if (handle) sf_close(handle);
+  }
 };
 
 WavSink::WavSink(const std::string& path) : m_path(path), m_file(new File) {
@@ -67,15 +75,24 @@ WavSink::WavSink(const std::string& path) : m_path(path), m_file(new File) {
     if (!m_aside.empty()) std::remove(m_aside.c_str());
     refuse(sf_strerror(nullptr));
   }
+  sf_set_string(m_file->handle, SF_STR_SOFTWARE, kMaker);
+}
+
+bool WavSink::made(const std::string& path) {
+  SF_INFO info{};
+  File file;
+  file.handle = sf_open(path.c_str(), SFM_READ, &info);
+  const char* const software = file.handle ? sf_get_string(file.handle, SF_STR_SOFTWARE) : nullptr;
+  return software && std::strncmp(software, kMaker, std::strlen(kMaker)) == 0;
 }
 
 WavSink::~WavSink() {
   try {
-    putInPlace();
+    if (problem().empty()) putInPlace();
   } catch (const std::runtime_error&) {
     // Nothing was played: no sound is lost.
-    std::remove(m_aside.c_str());
   }
+  if (!m_aside.empty()) std::remove(m_aside.c_str());
 }
 
 void WavSink::putInPlace() {

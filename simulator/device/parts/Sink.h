@@ -37,6 +37,9 @@ class WavSink : public Sink {
   explicit WavSink(const std::string& path);
   ~WavSink() override;
 
+  /// Whether the file was made by one of these, and not by the user.
+  static bool made(const std::string& path);
+
  private:
   struct File;
   void take(const Sound& sound) override;
