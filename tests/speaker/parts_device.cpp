@@ -60,7 +60,16 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{"a = '' b\xC3\xBC", ":1:9: letters beyond ASCII"},
         Bad{"a = \"\"\"x\"\"\"\"\" \xC3\xBC", ":1:15: letters beyond ASCII"},
         Bad{"\xC3\xBC = \"\xC3\xBC \xC3\xBC", ":1:1: letters beyond ASCII"},
-        Bad{"\xff\xfe", "/tmp/device.toml:1:"}));
+        Bad{"\xff\xfe", "/tmp/device.toml:1:"},
+        Bad{"a = \"\"\"x \\\n  \xC3\xBC\"\"\"",
+            ":1:10: a letter beyond ASCII must not follow a backslash; write it as \\u00e9"},
+        Bad{"a = \"\"\"x \\ \xC3\xBC\"\"\"", ":1:10: a letter beyond ASCII"},
+        Bad{"locale = \"\"\"x \\\\\\\xC3\xBC\"\"\"", ":1:17: a letter beyond ASCII"},
+        Bad{"volume = -1", "'volume' must be"}, Bad{"volume = 1.5", "'volume' must be"},
+        Bad{"networkConnected = 1", "'networkConnected' must be true or false"},
+        Bad{"a.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q.r.s.t.u.v.w.x.y.z.a.b.c.d.e.f.g.h = 1",
+            ":1:66: a key has at most 33 parts"},
+        Bad{"\rvolume = 101\r", "/tmp/device.toml:2:10: 'volume'"}));
 
 TEST(DeviceFileTest, KeepsLettersBeyondAsciiInTextsOfEveryKind) {
   const DeviceFile device = readText(
@@ -70,9 +79,32 @@ TEST(DeviceFileTest, KeepsLettersBeyondAsciiInTextsOfEveryKind) {
   EXPECT_EQ(device.config.at("a") + device.config.at("b"), "K\n\xC3\xBC\"K'\xC3\xBC");
 }
 
-TEST(DeviceFileTest, NamesAFileThatIsNotThere) {
-  EXPECT_THROW(DeviceFile::read("/tmp/absent.toml"), std::runtime_error);
-  EXPECT_THROW(DeviceFile::read("/tmp"), std::runtime_error);
+TEST(DeviceFileTest, NamesAFileThatItCannotRead) {
+  const std::pair<const char*, const char*> cases[] = {{"/tmp/absent.toml", "No such file or directory"},
+                                                       {"/tmp", "Is a directory"},
+                                                       {"/dev/zero", "it holds more than 1048576 bytes"}};
+  for (const auto& [path, reason] : cases) {
+    try {
+      DeviceFile::read(path);
+      FAIL() << path;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(error.what(), std::string(path) + ": cannot be read: " + reason);
+    }
+  }
+}
+
+TEST(DeviceFileTest, ReadsEveryEntryAndKeepsTheDefaultsOfOthers) {
+  const DeviceFile device = readText(
+      "locale = 'a'\ntimezone = 'b'\ncapabilities = 'c'\nvolume = 100\nmuted = true\nnetworkConnected = false\n"
+      "microphoneAvailable = false\n[information]\ni = 'd'\n[config]\nc = 'e'\n[settings]\ns = 'f'\n");
+  EXPECT_EQ(device.locale + device.timezone + device.capabilities + device.information.at("i") +
+                device.config.at("c") + device.settings.at("s"),
+            "abcdef");
+  EXPECT_TRUE(device.volume == 100 && device.muted && !device.networkConnected &&
+              !device.microphoneAvailable);
+  const DeviceFile none = readText("volume = 0");
+  EXPECT_TRUE(none.locale == "en-US" && none.volume == 0 && !none.muted && none.networkConnected &&
+              none.microphoneAvailable && none.information.empty());
 }
 
 TEST(DeviceStateTest, ChangesWhatItReports) {
@@ -127,6 +159,9 @@ TEST(DeviceFileTest, AnswersBentBytesWithADeviceOrAPlace) {
 
 TEST(DeviceFileTest, RefusesWhatIsNestedTooDeep) {
   EXPECT_THROW(readText("a = " + std::string(100000, '[')), std::runtime_error);
+  std::string table = "[a";
+  for (int i = 0; i < 400000; ++i) table += ".a";
+  EXPECT_THROW(readText(table + "]"), std::runtime_error);
 }
 
 TEST(DeviceStateTest, ReflectsASettingInItsDeviceInformation) {
@@ -237,6 +272,83 @@ TEST_F(DisplayTest, DrawsEachAnimationDifferently) {
   const std::string drawn = m_out.str();
   EXPECT_NE(drawn.substr(0, drawn.find("listening")),
             drawn.substr(drawn.find('\n') + 1, drawn.find("listening")));
+}
+
+/// What is drawn, and what stands in the frame.
+struct Drawing {
+  const char* name;
+  void (*draw)(Display&);
+  const char* drawn;
+};
+
+void PrintTo(const Drawing& drawing, std::ostream* out) { *out << drawing.name; }
+
+class Drawings : public DisplayTest, public testing::WithParamInterface<Drawing> {};
+
+TEST_P(Drawings, AreDrawnAsTheyAre) {
+  GetParam().draw(m_display);
+  std::string lines;
+  std::istringstream drawn(m_out.str());
+  // Without the frame's corners and its right side.
+  for (std::string line; std::getline(drawn, line);) {
+    while (!line.empty() && (line.back() == ' ' || static_cast<unsigned char>(line.back()) > 0x7f))
+      line.pop_back();
+    if (line.compare(0, 3, "│") == 0) line.erase(0, 4);
+    if (line.compare(0, 3, "┌") == 0) line.erase(0, 3);
+    if (!line.empty()) lines += line + "|";
+  }
+  EXPECT_EQ(lines, GetParam().drawn);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Device, Drawings,
+    testing::Values(
+        Drawing{"all of a card",
+                [](Display& d) {
+                  d.card(R"({"title":"T","subtitle":"S","text":"X","list":["a",{"b":1}],"image":"i"})");
+                },
+                " T|S|X|1. a|2. {\"b\":1}|[image: i]|"},
+        Drawing{"no title", [](Display& d) { d.card(R"({"text":"X"})"); }, " card|X|"},
+        Drawing{"no text", [](Display& d) { d.card(R"({"title":"T"})"); }, " T|{\"title\":\"T\"}|"},
+        Drawing{"numbers", [](Display& d) { d.card(R"({"title":7,"text":[1]})"); }, " 7|[1]|"},
+        Drawing{"no object", [](Display& d) { d.card("[1]"); }, " card|[1]|"},
+        Drawing{"a list that is none", [](Display& d) { d.card(R"({"text":"X","list":"a"})"); }, " card|X|"},
+        Drawing{"lines", [](Display& d) { d.card(R"({"text":"a\nb"})"); }, " card|a|b|"},
+        Drawing{"a long word", [](Display& d) { d.card(R"({"text":"abcdefghijklmnopqrstuvwxyz0123"})"); },
+                " card|abcdefghijklmnopqrstuvwxyz|0123|"},
+        Drawing{"just fitting", [](Display& d) { d.card(R"({"text":"abcdefghijklm opqrstuvwxyz x"})"); },
+                " card|abcdefghijklm opqrstuvwxyz|x|"},
+        Drawing{"no lights", [](Display& d) { d.ring({}); }, "( ············ )  lights off|"},
+        Drawing{"linked", [](Display& d) { d.authorization("AUTHORIZED"); }, " Set up your speaker|Linked.|"},
+        Drawing{"not linked", [](Display& d) { d.authorization("UNAUTHORIZED"); },
+                " Set up your speaker|Not linked.|"},
+        Drawing{"cancelled", [](Display& d) { d.authorization("cancelled"); },
+                " Set up your speaker|Cancelled.|"},
+        Drawing{"other", [](Display& d) { d.authorization("x\x1b"); },
+                " Set up your speaker|Status: x\\x1b|"},
+        Drawing{"no time", [](Display& d) { d.linking("u", "c", 0); },
+                " Set up your speaker|Go to     u|and enter c|Waiting ...|"},
+        Drawing{"ringing", [](Display& d) { d.call("RINGING"); }, " Call|Ringing ...|"},
+        Drawing{"active", [](Display& d) { d.call("ACTIVE\x1b"); }, " Call|ACTIVE\\x1b|"}));
+
+TEST_F(DisplayTest, PaintsOnlyForTerminals) {
+  std::ostringstream painted;
+  Display(painted, true).ring({"a"});
+  m_display.ring({"a"});
+  EXPECT_NE(painted.str().find("\x1b[38;5;"), std::string::npos);
+  EXPECT_NE(painted.str().find("●\x1b[0m"), std::string::npos);
+  EXPECT_EQ(m_out.str().find('\x1b'), std::string::npos);
+}
+
+TEST_F(DisplayTest, HasTwelveLightsAndIsNeverTooNarrow) {
+  m_display.ring({"a"});
+  std::size_t lights = 0;
+  for (std::size_t at = 0; at < m_out.str().size(); ++at)
+    lights += m_out.str().compare(at, 3, "●") == 0 || m_out.str().compare(at, 3, "○") == 0 ? 1 : 0;
+  EXPECT_EQ(lights, 12U);
+  std::ostringstream narrow;
+  Display(narrow, false, 1).call("x");
+  EXPECT_NE(narrow.str().find("│ x                │\n"), std::string::npos) << narrow.str();
 }
 
 TEST_F(DisplayTest, WalksThroughSetUp) {

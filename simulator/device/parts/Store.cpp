@@ -16,7 +16,6 @@ namespace {
 
 // Written into every file of ours, to tell it from another program's.
 constexpr int kApplicationId = 0x566f726e;
-constexpr int kPatienceMs = 5000;
 
 int number(sqlite3* database, const char* pragma) {
   sqlite3_stmt* statement = nullptr;
@@ -71,7 +70,8 @@ bool makePrivate(const std::string& path) {
 
 }  // namespace
 
-Store::Store(std::string path) : m_path(std::move(path)) {}
+Store::Store(std::string path, std::chrono::milliseconds patience)
+    : m_path(std::move(path)), m_patience(patience) {}
 
 Store::~Store() { sqlite3_close(m_database); }
 
@@ -87,7 +87,7 @@ bool Store::open() {
   if (sqlite3_open_v2(kept ? m_path.c_str() : ":memory:", &m_database, SQLITE_OPEN_READWRITE, nullptr) !=
       SQLITE_OK)
     return refuse(reason(), kMoveAway) || close();
-  sqlite3_busy_timeout(m_database, kPatienceMs);
+  sqlite3_busy_timeout(m_database, static_cast<int>(m_patience.count()));
   if (!prepare()) return close();
   m_problem.clear();
   return true;
@@ -122,6 +122,11 @@ bool Store::prepare() {
   sqlite3_finalize(check);
   if (checked != SQLITE_ROW) return fail();
   if (!sound) return refuse("is damaged", kMoveAway);
+  if (number(
+          m_database,
+          "SELECT count(*) = 0 OR (count(*) = 2 AND total(name = 'key' AND pk = 1) = 1 AND total(name = 'value') = 1) "
+          "FROM pragma_table_info('entries')") != 1)
+    return refuse("has a table 'entries' with other columns than key and value", kMoveAway);
   // Full synchronisation: what is acknowledged is on the medium. The mark comes before the log, so that it
   // stands in the file itself.
   if ((id == 0 && !execute("PRAGMA application_id = " + std::to_string(kApplicationId))) ||
@@ -129,10 +134,6 @@ bool Store::prepare() {
       !execute(
           "CREATE TABLE IF NOT EXISTS entries (key BLOB PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID"))
     return fail();
-  if (number(m_database,
-             "SELECT count(*) = 2 AND total(name = 'key' AND pk = 1) = 1 AND total(name = 'value') = 1 "
-             "FROM pragma_table_info('entries')") != 1)
-    return refuse("has a table 'entries' with other columns than key and value", kMoveAway);
   sqlite3_db_config(m_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
   return true;
 }

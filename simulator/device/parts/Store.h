@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,8 +17,9 @@ namespace vorn_speaker {
 /// thread and run one at a time. They return false when the file cannot be used; problem() says why.
 class Store {
  public:
-  /// The store will live in `path`, or with an empty one in memory; nothing is touched before open().
-  explicit Store(std::string path);
+  /// The store will live in `path`, or with an empty one in memory; nothing is touched before open(). Another
+  /// program that has the file in hand is waited for that long.
+  explicit Store(std::string path, std::chrono::milliseconds patience = std::chrono::seconds(5));
   ~Store();
 
   Store(const Store&) = delete;
@@ -53,6 +55,7 @@ class Store {
   bool refuse(const std::string& reason, const std::string& remedy);
 
   const std::string m_path;
+  const std::chrono::milliseconds m_patience;
   mutable std::mutex m_mutex;
   sqlite3* m_database = nullptr;
   std::string m_problem;
