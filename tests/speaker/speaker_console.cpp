@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <pty.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "speaker/speaker_program.h"
@@ -124,6 +125,17 @@ TEST_F(Terminal, RemembersLinesButNoLogin) {
   const std::string history = content(std::string(kFolder) + "/console-history");
   EXPECT_TRUE(has(history, "getTimezone"));
   EXPECT_FALSE(has(history, "hidden-token"));
+}
+
+TEST_F(Terminal, RemembersLinesAlsoWhenItIsEnded) {
+  type("assistant VornDeviceInfo.getTimezone\n");
+  ASSERT_TRUE(shows("getTimezone() ="));
+  ASSERT_TRUE(shows("speaker> "));
+  kill(m_child, SIGHUP);
+  int ended = -1;
+  waitpid(m_child, &ended, 0);
+  EXPECT_TRUE(WIFEXITED(ended) && WEXITSTATUS(ended) == 128 + SIGHUP) << ended;
+  EXPECT_TRUE(has(content(std::string(kFolder) + "/console-history"), "getTimezone"));
 }
 
 }  // namespace

@@ -5,7 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <regex>
+#include <set>
 
 #include "speaker/speaker_program.h"
 
@@ -303,6 +306,44 @@ TEST_F(Files, KeepToTheWidthOfTheTerminal) {
   std::string frame = "    └";
   for (int i = 0; i < 28; ++i) frame += "─";
   EXPECT_TRUE(has(output(narrow), frame + "┘"));
+}
+
+/// The options that a program's help names.
+std::set<std::string> options(const std::string& help) {
+  std::set<std::string> found;
+  const std::regex option("--[a-z]+(-[a-z]+)*");
+  for (std::sregex_iterator at(help.begin(), help.end(), option); at != std::sregex_iterator(); ++at)
+    found.insert(at->str());
+  return found;
+}
+
+class Manuals : public Files, public testing::WithParamInterface<std::pair<const char*, const char*>> {};
+
+TEST_P(Manuals, TellEveryOptionAndNoOther) {
+  std::string page = content(GetParam().second);
+  page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
+  EXPECT_EQ(options(page), options(output(std::string(GetParam().first) + " --help")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Speaker, Manuals,
+    testing::Values(std::make_pair(VORN_SPEAKER_PROGRAM, VORN_SOURCE "/simulator/vorn-speaker.1"),
+                    std::make_pair(VORN_LOG_PROGRAM, VORN_SOURCE "/tools/log/vorn-log.1")));
+
+class Completion : public Files {
+ protected:
+  /// What bash offers for the last of the words.
+  std::string offered(const std::string& words, int last) {
+    return output("bash -c 'source " VORN_SOURCE "/packaging/completion/vorn-tools.bash; COMP_WORDS=(" +
+                  words + "); COMP_CWORD=" + std::to_string(last) +
+                  "; _vorn_tool " VORN_SPEAKER_PROGRAM "; echo ${COMPREPLY[*]}'");
+  }
+};
+
+TEST_F(Completion, OffersOptionsCommandsAndValues) {
+  EXPECT_EQ(offered("vorn-speaker --st", 1), "--state --strict\n");
+  EXPECT_EQ(offered("vorn-speaker re", 1), "record replay report\n");
+  EXPECT_EQ(offered("vorn-speaker --color a", 2), "always auto\n");
 }
 
 /// A run that the test can watch and end.
