@@ -33,7 +33,8 @@ struct Request {
   Settings settings;
   bool strict = false;
   bool list = false;
-  int watchdog = -1;  ///< Negative: as the host needs it.
+  bool everyOperation = false;  ///< Whether the table at the end counts also what was never called.
+  int watchdog = -1;            ///< Negative: as the host needs it.
 };
 
 constexpr int kForeignHostSeconds = 10;
@@ -63,23 +64,23 @@ int play(const Request& request) {
   try {
     speaker.play(name, steps);
     if (request.strict) speaker.expectEveryOperation();
-  } catch (const Disappointed& disappointed) {
+  } catch (const Unmet& unmet) {
     std::cout.flush();
-    std::cerr << disappointed.what() << '\n';
+    std::cerr << unmet.what() << '\n';
     status = kFailed;
   }
   std::cout << "\nWhat the library traced meanwhile\n";
   speaker.printTrace(std::cout);
   std::cout << '\n';
-  speaker.tally().print(std::cout);
+  speaker.tally().print(std::cout, request.everyOperation);
+  speaker.finish();
   return status;
 }
 
 int console(const Request& request) {
   Speaker speaker(request.settings, std::cout);
-  Console console(speaker, request.settings.stateFolder + "/console-history");
-  console.run(isatty(STDIN_FILENO) == 1, std::cin);
-  return kPassed;
+  Console console(speaker, request.settings.stateFolder + "/console-history", request.settings.secrets);
+  return console.run(isatty(STDIN_FILENO) == 1, std::cin) ? kPassed : kFailed;
 }
 
 /// A recording and its replay begin with an empty store, so that they can be the same.
@@ -96,7 +97,7 @@ int record(Request request) {
 }
 
 int replay(Request request) {
-  const std::vector<Crossing> calls = Recording::read(request.recording);
+  const Recorded calls = Recording::read(request.recording);
   beginAnew(request.settings);
   std::ostringstream unseen;
   Speaker speaker(request.settings, unseen);
@@ -104,7 +105,7 @@ int replay(Request request) {
 }
 
 int report(const Request& request) {
-  report(Recording::read(request.recording), std::cout);
+  report(Recording::read(request.recording), std::cout, request.settings.secrets);
   return kPassed;
 }
 
@@ -139,6 +140,8 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag_callback(
       "--no-trace", [&settings] { settings.trace = false; }, "Leave the library's trace off");
   app.add_flag("--strict", request.strict, "Fail when an operation was never called");
+  app.add_flag("--keep-going", settings.keepGoing, "Go on after an expectation that is not met");
+  app.add_flag("--all", request.everyOperation, "Count also the operations that were never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
   app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one");
@@ -182,6 +185,7 @@ int main(int argc, char** argv) {
 
   try {
     if (request.list) return list();
+    if (*asReport) return report(request);
     Settings& settings = request.settings;
     std::filesystem::create_directories(settings.stateFolder);
     if (settings.out.empty()) settings.out = settings.stateFolder + "/answer.wav";
@@ -193,8 +197,10 @@ int main(int argc, char** argv) {
     if (*asConsole) return console(request);
     if (*asRecord) return record(request);
     if (*asReplay) return replay(request);
-    if (*asReport) return report(request);
     return play(request);
+  } catch (const NotWritten& error) {
+    std::cerr << error.what() << '\n';
+    return kFailed;
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return kUsage;

@@ -80,9 +80,9 @@ TEST_F(OwnHost, AnswersAReplayDifferently) {
 }
 
 TEST_F(OwnHost, ThatIsNoneIsRefused) {
-  EXPECT_TRUE(has(run("--host /tmp/speaker/none.so"), "/tmp/speaker/none.so: cannot be loaded"));
+  EXPECT_TRUE(has(run("--host /tmp/speaker/none.so"), "/tmp/speaker/none.so cannot be loaded"));
   EXPECT_EQ(m_status, 2);
-  EXPECT_TRUE(has(run("--host " VORN_LIBRARY), "lacks vornCreateHost()"));
+  EXPECT_TRUE(has(run("--host " VORN_LIBRARY), "does not define vornCreateHost()"));
 }
 
 }  // namespace

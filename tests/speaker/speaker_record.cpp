@@ -111,7 +111,7 @@ TEST_F(Recordings, ThatCannotBeReadAreNamedWithTheLine) {
   EXPECT_EQ(m_status, 2);
   EXPECT_TRUE(has(run("report " + file("new", "{\"recording\":\"vorn-speaker\",\"version\":2}\n")),
                   "new:1: expected a recording of version 1"));
-  EXPECT_TRUE(has(run("report /tmp/speaker/none"), "found nothing to read"));
+  EXPECT_TRUE(has(run("report /tmp/speaker/none"), "cannot be read: No such file or directory"));
 }
 
 }  // namespace
