@@ -190,10 +190,8 @@ bool mayHoldSecret(const std::string& line) {
   std::string word;
   for (const char c : line + " ") {
     const bool inside = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-    if (inside) {
-      word += c;
-      continue;
-    }
+    if (inside) word += c;
+    if (inside || c == '_' || c == '-') continue;
     for (const Operation& operation : operations()) {
       const std::size_t limit = tolerance(operation.name);
       if (!word.empty() && takesSecret(operation) && distanceBelow(limit + 1, word, operation.name) <= limit)
