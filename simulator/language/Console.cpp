@@ -167,7 +167,7 @@ void Console::keep(const std::string& line) {
   const std::string shown = m_secrets ? line : maskedStatement(line);
   const bool expectation = split(line).at(0).text == "expect";
   const bool telling = shown != line || (!m_secrets && m_stage.isSecret(line));
-  if (!expectation) m_masked = telling;
+  if (!expectation) m_masked = telling || (!m_secrets && mayHoldSecret(line));
   if (!expectation && telling && shown == line) {
     m_played.push_back(std::string("# ") + kMask);
   } else if (expectation && (telling || m_masked)) {

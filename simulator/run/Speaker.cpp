@@ -113,8 +113,11 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
 }
 
 SpeakerHost::Face Speaker::face() {
+  // What a call that was given a secret leads to may show it in parts.
   const auto say = [this](const std::string& line) {
-    m_printer.say("    " + (isSecret(line) ? kMask : line));
+    const Crossing* const inside = openCall();
+    const bool hidden = (inside && inside->masked) || m_crossings.isSecret(line);
+    m_printer.say("    " + (hidden ? kMask : line));
   };
   const auto draw = [this, say](const std::function<void(Display&)>& drawing) {
     const std::lock_guard<std::mutex> lock(m_canvasMutex);
@@ -268,7 +271,9 @@ void Speaker::call(Caller caller, const std::string& name, const BoundCall& call
   }
 }
 
-std::string Speaker::shown(const std::string& text) const { return isSecret(text) ? kMask : oneLine(text); }
+std::string Speaker::shown(const std::string& text) const {
+  return m_crossings.isSecret(text) ? kMask : oneLine(text);
+}
 
 std::string Speaker::shownCall(const std::string& name, const std::vector<Token>& arguments) const {
   if (name.empty()) return "";

@@ -89,7 +89,7 @@ class Speaker : public Stage, private Crossings::Listener {
   void delay(const std::string& name, std::chrono::milliseconds time) override;
   void fail(const std::string& name, const std::string& text) override;
   void restore(const std::string& name) override;
-  bool isSecret(const std::string& text) const override { return m_crossings.isSecret(text); }
+  bool isSecret(const std::string& text) const override { return m_crossings.isKnown(text); }
 
  private:
   SpeakerHost::Face face();
