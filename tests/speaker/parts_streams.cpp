@@ -180,6 +180,10 @@ TEST_F(WavFile, IsWholeAfterEachSoundAndAppendsTheNext) {
   sink.play(tone(100));
   sink.play(tone(50));
   EXPECT_EQ(Sound::fromFile(m_path).samples.size(), 150U);
+  // As its header says too: not every reader looks further.
+  const std::string bytes = content(m_path);
+  const auto byte = [&](std::size_t at) { return std::size_t{static_cast<unsigned char>(bytes[at])}; };
+  EXPECT_EQ(byte(4) + (byte(5) << 8U) + 8, bytes.size());
   EXPECT_TRUE(sink.problem().empty());
 }
 
