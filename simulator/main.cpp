@@ -25,6 +25,7 @@
 #include "run/Replay.h"
 #include "run/Speaker.h"
 #include "text/Files.h"
+#include "text/WholeFile.h"
 
 namespace {
 
@@ -52,7 +53,8 @@ struct Request {
   Settings settings;
   bool strict = false;
   bool list = false;
-  int watchdog = -1;  ///< Negative: as the host needs it.
+  bool everyOperation = false;  ///< Whether the table at the end counts also what was never called.
+  int watchdog = -1;            ///< Negative: as the host needs it.
 };
 
 void complain(const std::string& text) {
@@ -78,34 +80,34 @@ int play(const Request& request, std::ostream& out) {
   try {
     speaker.play(name, steps);
     if (request.strict && endRequested() == 0) speaker.expectEveryOperation();
-  } catch (const Disappointed& disappointed) {
+  } catch (const Unmet& unmet) {
     out.flush();
-    complain(disappointed.what());
+    complain(unmet.what());
     status = kFailed;
   }
   out << "\nWhat the library traced meanwhile\n";
   speaker.printTrace(out);
   out << '\n';
-  speaker.tally().print(out);
+  speaker.tally().print(out, request.everyOperation);
+  speaker.finish();
   return status;
 }
 
 int console(const Request& request, std::ostream& out) {
   Speaker speaker(request.settings, out);
-  Console console(speaker, request.stateFolder + "/console-history");
-  console.run(isatty(STDIN_FILENO) == 1, std::cin);
-  return kPassed;
+  Console console(speaker, request.stateFolder + "/console-history", request.settings.secrets);
+  return console.run(isatty(STDIN_FILENO) == 1, std::cin) ? kPassed : kFailed;
 }
 
 int replay(const Request& request, std::ostream& out) {
-  const std::vector<Crossing> calls = Recording::read(request.recording);
+  const Recorded calls = Recording::read(request.recording);
   std::ostringstream unseen;
   Speaker speaker(request.settings, unseen);
   return replay(calls, speaker, out) ? kPassed : kFailed;
 }
 
 int report(const Request& request, std::ostream& out) {
-  report(Recording::read(request.recording), out);
+  report(Recording::read(request.recording), out, request.settings.secrets);
   return kPassed;
 }
 
@@ -176,6 +178,10 @@ int fulfilOrComplain(Request& request, std::ostream& out) {
   endGently();
   try {
     return fulfil(request, out);
+  } catch (const NotWritten& error) {
+    out.flush();
+    complain(error.what());
+    return kFailed;
   } catch (const std::exception& error) {
     out.flush();
     complain(error.what());
@@ -247,6 +253,8 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag_callback(
       "--no-trace", [&settings] { settings.trace = false; }, "Leave the library's trace off");
   app.add_flag("--strict", request.strict, "Fail when an operation was never called");
+  app.add_flag("--keep-going", settings.keepGoing, "Go on after an expectation that is not met");
+  app.add_flag("--all", request.everyOperation, "Count also the operations that were never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
   app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one");

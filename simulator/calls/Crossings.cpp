@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include "language/Operations.h"
-#include "text/Secrets.h"
 #include "text/Spelling.h"
 
 namespace vorn_speaker {
@@ -17,34 +15,22 @@ thread_local std::vector<Crossing> t_open;
 thread_local const Crossing* t_innermost =
     nullptr;  // For signal handlers, which must not be the first to touch t_open.
 
-/// Whether the first argument names the value that the others and the answer hold.
-bool isKeyed(const Crossing& crossing) {
-  for (const char* operation :
-       {"getConfigData", "getSystemSetting", "setSystemSetting", "notifySystemSettingChanged"}) {
-    if (crossing.operation == operation) return true;
-  }
-  return false;
-}
-
-void mask(Crossing& crossing) {
-  const auto hide = [&](std::size_t index) { crossing.arguments[index] = crossing.spelled[index] = kMask; };
-  if (crossing.operation == "login") hide(0);
-  if (isKeyed(crossing) && isSecretName(crossing.arguments[0])) {
-    for (std::size_t i = 1; i < crossing.arguments.size(); ++i) hide(i);
-    if (crossing.operation == "getConfigData" && !crossing.result.empty()) crossing.result = kMask;
-    for (std::string& value : crossing.written) value = kMask;
-  }
-  for (std::string& argument : crossing.arguments) argument = hideSecrets(argument);
-  crossing.result = hideSecrets(crossing.result);
-  crossing.exception = hideSecrets(crossing.exception);
-}
-
 /// The arguments as a scenario holds them; what the table does not know is a text.
-std::vector<std::string> spelled(const Operation* operation, const vorn_testing::Call& call, bool secrets) {
-  if (operation && operation->spell) return operation->spell(call.addresses, secrets);
+std::vector<std::string> spelled(const Operation* operation, const vorn_testing::Call& call) {
+  if (operation && operation->spell) return operation->spell(call.addresses, true);
   std::vector<std::string> texts;
   for (const std::string& argument : call.arguments) texts.push_back(spell(argument));
   return texts;
+}
+
+bool isDown(const Operation* operation, const vorn_testing::Call& call) {
+  // What stands in no table: the external player that is asked for, and callbacks that the assistant side handed down.
+  return operation ? operation->caller == Caller::kAssistant : call.target == kHostInterface;
+}
+
+std::size_t samplesOf(const vorn_testing::Call& call) {
+  if (call.target != "AudioIn" || call.operation != "sendAudioData") return 0;
+  return static_cast<const std::vector<short>*>(call.addresses.at(0))->size();
 }
 
 }  // namespace
@@ -70,6 +56,40 @@ std::string Crossing::answer() const {
   return line;
 }
 
+void Masker::maskArguments(Crossing& crossing) {
+  if (crossing.samples > 0) return;
+  const Operation* const operation = operationAt(crossing.target, crossing.slot);
+  std::vector<Token> clear;
+  for (const std::string& argument : crossing.spelled) clear.push_back(split(argument).at(0));
+  const Masked shown = masked(operation ? parameterNames(*operation) : std::vector<std::string>(), clear);
+  m_known.add(shown.secrets);
+  crossing.secret = shown.answer;
+  for (std::size_t i = 0; i < clear.size(); ++i) {
+    const Token& token = shown.arguments[i];
+    const bool known = isKnown(token.text);
+    if (token.text == clear[i].text && !known) continue;
+    crossing.masked = true;
+    crossing.arguments[i] = known ? kMask : token.text;
+    crossing.spelled[i] = known ? kMask : spell(token);
+  }
+}
+
+void Masker::maskAnswer(Crossing& crossing) {
+  const bool keyed = std::exchange(crossing.secret, false);  // so far: whether what is answered is one
+  const auto hides = [&](const std::string& text, bool secret) {
+    if (text.empty() || (!secret && !isSecret(text))) return false;
+    m_known.add({text});
+    return crossing.secret = true;
+  };
+  const bool flag = crossing.result == "true" || crossing.result == "false";
+  if (hides(crossing.result, keyed && !flag)) crossing.result = kMask;
+  if (hides(crossing.exception, keyed || crossing.masked)) crossing.exception = kMask;
+  for (std::string& entry : crossing.written) {
+    const std::size_t value = entry.find('=') + 1;
+    if (hides(split(entry.substr(value)).at(0).text, keyed)) entry.replace(value, std::string::npos, kMask);
+  }
+}
+
 Crossings::Crossings(std::shared_ptr<vorn_testing::Recorder> recorder, bool secrets)
     : m_recorder(std::move(recorder)), m_secrets(secrets), m_start(std::chrono::steady_clock::now()) {
   m_recorder->onCall([this](const vorn_testing::Call& call) { began(call); });
@@ -81,38 +101,37 @@ Crossings::~Crossings() {
   m_recorder->onReturn(nullptr);
 }
 
-Crossing Crossings::describe(const vorn_testing::Call& call) const {
-  Crossing made;
+Crossing Crossings::describe(const vorn_testing::Call& call) {
+  Crossing made{};
   const Operation* const operation = operationAt(call.target, call.slot);
   made.adapter = operation ? operation->adapter : call.target;
   if (call.operation == "getEMPAdapter") made.adapter = "VornEMPAdapterControl";  // asked before its commands
   made.operation = call.operation;
   made.target = call.target;
   made.slot = call.slot;
-  // The assistant side's interfaces, and callbacks that it handed down, are called upward.
-  made.down = call.target.compare(0, 4, "Vorn") == 0;
+  made.down = isDown(operation, call);
+  made.samples = samplesOf(call);
   made.arguments = call.arguments;
-  made.result = call.result;
-  made.threw = call.threw;
-  made.exception = call.exception;
   made.thread = t_name;
   made.began =
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_start);
-  made.took = std::chrono::microseconds(0);
   made.depth = static_cast<int>(t_open.size());
-  made.spelled = spelled(operation, call, m_secrets);
-  if (!m_secrets) mask(made);
+  made.clear.spelled = made.spelled = spelled(operation, call);
+  if (!m_secrets) m_masker.maskArguments(made);
   return made;
 }
 
 void Crossings::began(const vorn_testing::Call& call) {
   Crossing crossing = describe(call);
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  crossing.number = ++m_calls;
-  t_innermost = nullptr;  // The others may move.
-  t_open.push_back(crossing);
-  t_innermost = &t_open.back();
-  for (Listener* listener : m_listeners) listener->began(crossing);
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    crossing.number = ++m_calls;
+    t_innermost = nullptr;  // The others may move.
+    t_open.push_back(crossing);
+    t_innermost = &t_open.back();
+    for (Listener* listener : m_listeners) listener->began(crossing);
+  }
+  if (m_disturbance) m_disturbance(crossing);
 }
 
 void Crossings::ended(const vorn_testing::Call& call) {
@@ -127,10 +146,13 @@ void Crossings::ended(const vorn_testing::Call& call) {
   const Operation* const operation = operationAt(call.target, call.slot);
   for (std::size_t i = 0; operation && operation->spell && i < operation->parameters.size(); ++i) {
     if (!operation->parameters[i].reference) continue;
-    const std::string after = operation->spell(call.addresses, m_secrets)[i];
-    if (after != crossing.spelled[i]) crossing.written.push_back(operation->parameters[i].name + "=" + after);
+    const std::string after = operation->spell(call.addresses, true)[i];
+    if (after != crossing.clear.spelled[i])
+      crossing.written.push_back(operation->parameters[i].name + "=" + after);
   }
-  if (!m_secrets) mask(crossing);
+  crossing.clear.answer = crossing.answer();
+  crossing.clear.exception = crossing.exception;
+  if (!m_secrets) m_masker.maskAnswer(crossing);
   const std::lock_guard<std::mutex> lock(m_mutex);
   for (Listener* listener : m_listeners) listener->ended(crossing);
 }

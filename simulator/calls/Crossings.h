@@ -7,9 +7,16 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "language/Operations.h"
+#include "text/Secrets.h"
+
 namespace vorn_speaker {
+
+/// Calls deeper inside each other than this are not indented further.
+constexpr int kDeepest = 40;
 
 /// Names the calling thread, for people: "assistant", "firmware", "microphone".
 void nameThread(const char* name);
@@ -29,10 +36,20 @@ struct Crossing {
   std::string result;
   bool threw;
   std::string exception;  ///< Its text.
+  bool secret;            ///< Whether the answer, or the exception's text, was masked.
+  bool masked;            ///< Whether an argument was.
+  std::size_t samples;    ///< Of sound, when it goes up to the assistant side.
   std::string thread;
   std::chrono::microseconds began;  ///< Since the log was made.
   std::chrono::microseconds took;
   int depth;  ///< How many calls of the same thread it runs inside.
+
+  /// Unmasked, to compare with; never to be shown.
+  struct Clear {
+    std::vector<std::string> spelled;
+    std::string answer;
+    std::string exception;
+  } clear;
 
   std::string fullName() const { return adapter + "." + operation; }
   std::string signature() const;
@@ -43,6 +60,25 @@ struct Crossing {
 
 /// The innermost call that the calling thread is inside, or null.
 const Crossing* openCall();
+
+/// Masks the secrets of calls, and knows them again. May be used from any thread.
+class Masker {
+ public:
+  /// What the arguments hold; before maskAnswer().
+  void maskArguments(Crossing& crossing);
+
+  /// What the call answered and wrote, and the exception's text.
+  void maskAnswer(Crossing& crossing);
+
+  /// Whether a text holds what was a secret in a call before.
+  bool isKnown(const std::string& text) const { return m_known.in(text); }
+
+  /// Whether a text names a secret, or holds a known one.
+  bool isSecret(const std::string& text) const { return isSecretText(text) || isKnown(text); }
+
+ private:
+  KnownSecrets m_known;
+};
 
 /// Turns what the kit's doubles record into crossings and tells its listeners of each, one at a time.
 class Crossings {
@@ -63,15 +99,24 @@ class Crossings {
   /// Borrowed; before the first call.
   void tell(Listener& listener) { m_listeners.push_back(&listener); }
 
+  /// Runs for every call that began, on its thread and without a lock: it may wait, or throw in the callee's place.
+  /// Before the first call.
+  void disturb(std::function<void(const Crossing&)> disturbance) { m_disturbance = std::move(disturbance); }
+
+  bool isKnown(const std::string& text) const { return !m_secrets && m_masker.isKnown(text); }
+  bool isSecret(const std::string& text) const { return !m_secrets && m_masker.isSecret(text); }
+
  private:
   void began(const vorn_testing::Call& call);
   void ended(const vorn_testing::Call& call);
-  Crossing describe(const vorn_testing::Call& call) const;
+  Crossing describe(const vorn_testing::Call& call);
 
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
   const bool m_secrets;
   const std::chrono::steady_clock::time_point m_start;
   std::vector<Listener*> m_listeners;
+  std::function<void(const Crossing&)> m_disturbance;
+  Masker m_masker;
   std::mutex m_mutex;
   unsigned long m_calls = 0;
 };

@@ -1,9 +1,10 @@
 #include "Printer.h"
 
-#include <vorn_testing/Text.h>
-
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
+
+#include "text/Lines.h"
 
 namespace vorn_speaker {
 
@@ -22,14 +23,6 @@ std::string answer(const Crossing& crossing) {
   return text.empty() ? "" : " = " + text;
 }
 
-/// What texts of others hold must neither steer the terminal nor look like a line of ours.
-std::string oneLine(const std::string& text) {
-  std::string line;
-  for (const char c : vorn_testing::harmless(text))
-    line += c == '\n' ? std::string("\\n") : std::string(1, c);
-  return line;
-}
-
 }  // namespace
 
 bool Printer::isBlock(const Crossing& crossing) const {
@@ -40,7 +33,8 @@ bool Printer::isBlock(const Crossing& crossing) const {
 void Printer::line(const Crossing& crossing, const std::string& text) {
   m_out << (crossing.down ? "  down  " : "  up    ") << std::left << std::setw(kThreadWidth)
         << crossing.thread << "  " << std::setw(kAdapterWidth) << crossing.adapter << "  "
-        << std::string(2 * static_cast<std::size_t>(crossing.depth), ' ') << oneLine(text) << '\n';
+        << std::string(2 * static_cast<std::size_t>(std::min(crossing.depth, kDeepest)), ' ') << oneLine(text)
+        << '\n';
 }
 
 void Printer::flushWaiting(const std::string& thread) {

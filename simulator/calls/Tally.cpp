@@ -33,20 +33,25 @@ unsigned long Tally::count(const std::string& target, int slot) const {
   return found == m_counts.end() ? 0 : found->second;
 }
 
-void Tally::print(std::ostream& out) const {
+void Tally::print(std::ostream& out, bool all) const {
   unsigned long down = 0, up = 0;
+  std::size_t silent = 0;
   out << std::left << std::setw(kNameWidth) << "Calls that arrived" << std::right << std::setw(kCountWidth)
       << "down" << std::setw(kCountWidth) << "up" << '\n';
   const auto row = [&](const std::string& name, bool isDown, unsigned long calls) {
     (isDown ? down : up) += calls;
+    if (calls == 0) ++silent;
+    if (calls == 0 && !all) return;
     out << std::left << std::setw(kNameWidth) << name << std::right
         << std::setw(isDown ? kCountWidth : 2 * kCountWidth) << calls << '\n';
   };
   for (const Operation& operation : operations()) {
-    row(label(operation), operation.target.compare(0, 4, "Vorn") == 0,
-        count(operation.target, operation.slot));
+    row(label(operation), operation.caller == Caller::kAssistant, count(operation.target, operation.slot));
   }
-  row("VornEMPAdapterControl: getEMPAdapter, asked before each command", true, count("VornDALImplIF", 33));
+  row("VornEMPAdapterControl: getEMPAdapter, asked before each command", true, count(kHostInterface, 33));
+  if (silent > 0 && !all)
+    out << std::left << std::setw(kNameWidth) << "Operations that no call reached (--all tells them)" << std::right
+        << std::setw(2 * kCountWidth) << silent << '\n';
   out << std::left << std::setw(kNameWidth) << "Together" << std::right << std::setw(kCountWidth) << down
       << std::setw(kCountWidth) << up << '\n';
 }

@@ -17,8 +17,8 @@ class Tally : public Crossings::Listener {
   void began(const Crossing&) override {}
   void ended(const Crossing& crossing) override;
 
-  /// Prints the closing table.
-  void print(std::ostream& out) const;
+  /// Prints the closing table: what was called, or with `all` every operation.
+  void print(std::ostream& out, bool all = false) const;
 
   /// The operations that no call reached.
   std::vector<std::string> missing() const;

@@ -17,7 +17,8 @@ Operation row(Caller caller, const char* adapter, const char* name,
               std::string (Attachments::*function)(P...), const char* target, int slot,
               const std::vector<const char*>& names, std::index_sequence<I...>) {
   Operation made{adapter, name, caller, {}, {}, target, slot};
-  (made.parameters.push_back({names.at(I), describe<std::decay_t<P>>(), false}), ...);
+  (made.parameters.push_back({names.at(I), describe<std::decay_t<P>>(), false, canonical<std::decay_t<P>>}),
+   ...);
   made.bind = [function](const std::vector<Token>& arguments) -> BoundCall {
     static_cast<void>(arguments);
     std::tuple<std::decay_t<P>...> values{read<std::decay_t<P>>(arguments[I])...};

@@ -29,6 +29,13 @@ void showWritten(std::string& line, const std::string& name, const Value& before
   }
 }
 
+/// The one spelling of a value of the type.
+template <class Value>
+std::string canonical(const Token& token) {
+  const Value value = read<Value>(token);
+  return spellAt<Value>(&value, true);
+}
+
 /// Reads one argument; one that is left out is an empty value, for the operation to write.
 template <class Value>
 Value readAt(const std::vector<Token>& arguments, std::size_t index) {
@@ -97,7 +104,9 @@ Operation member(const vorn_testing::Operation& listed, Result (Adapter::*functi
   Operation made{listed.adapter, listed.name, caller, {}, {}, listed.target, listed.slot};
   const std::vector<std::string> names = parameterNames(listed);
   [[maybe_unused]] std::size_t index = 0;
-  (made.parameters.push_back({names.at(index++), describe<std::decay_t<P>>(), kWrites<P>}), ...);
+  (made.parameters.push_back(
+       {names.at(index++), describe<std::decay_t<P>>(), kWrites<P>, canonical<std::decay_t<P>>}),
+   ...);
   made.bind = [caller, function, parameters = made.parameters](const std::vector<Token>& arguments) {
     return BoundCall(BoundMember<Adapter, Result, P...>(caller, function, parameters, arguments));
   };

@@ -5,10 +5,16 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <memory>
-#include <set>
+#include <sstream>
+
+#include "text/Lines.h"
+#include "text/Secrets.h"
+#include "text/WholeFile.h"
 
 namespace vorn_speaker {
 
@@ -16,39 +22,27 @@ namespace {
 
 constexpr char kPrompt[] = "speaker> ";
 
-const std::vector<std::string>& areas() {
-  static const std::vector<std::string> all = {"all",        "adapters",     "AppMessaging",
-                                               "AudioIn",    "CommsManager", "DeviceCapabilities",
-                                               "DeviceInfo", "GUIOutput",    "OOBE"};
-  return all;
-}
+constexpr std::size_t kMostLines = 1000;
+
+const char* const kOwnWords[] = {"help", "save", "quit", "exit"};
 
 /// The words that may follow the finished ones.
 std::set<std::string> candidates(const std::vector<std::string>& before) {
   std::set<std::string> words;
-  const auto addOperations = [&](bool assistant, bool firmware) {
-    for (const Operation& operation : operations()) {
-      if (operation.caller == Caller::kAssistant ? assistant : firmware) words.insert(operation.fullName());
+  if (before.empty()) words.insert(std::begin(kOwnWords), std::end(kOwnWords));
+  if (before == std::vector<std::string>{"help"}) {
+    for (const Operation& operation : operations()) words.insert(operation.fullName());
+  }
+  for (const Statement& statement : statements()) {
+    const std::vector<std::string> beginning = statement.words();
+    const std::size_t common = std::min(before.size(), beginning.size());
+    if (!std::equal(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(common), beginning.begin()))
+      continue;
+    if (before.size() < beginning.size()) {
+      words.insert(beginning[before.size()]);
+    } else if (statement.next) {
+      for (const std::string& word : statement.next(before.size() - beginning.size())) words.insert(word);
     }
-  };
-  if (before.empty()) {
-    for (const Statement& statement : statements())
-      words.insert(std::string(statement.form, std::strcspn(statement.form, " ")));
-    words.insert({"help", "save", "quit"});
-  } else if (before[0] == "expect" && before.size() == 1) {
-    words = {"call", "no", "heard", "trace", "every"};
-  } else if (before[0] == "expect" && before.back() == "call") {
-    addOperations(true, true);
-  } else if (before.size() > 1) {
-    return words;
-  } else if (before[0] == "remove" || before[0] == "create") {
-    words.insert(areas().begin(), areas().end());
-  } else if (before[0] == "answer") {
-    words = {"authStatus", "messageAccepted", "playbackActionAccepted"};
-  } else if (before[0] == "wait") {
-    words = {"microphone"};
-  } else {
-    addOperations(before[0] != "firmware", before[0] != "assistant");
   }
   return words;
 }
@@ -71,8 +65,22 @@ char** complete(const char*, int, int end) {
   return matches;
 }
 
-bool isPrivate(const std::string& line) {
-  return line.find("VornEMPAdapterControl.login") != std::string::npos;
+/// The words of a line that were understood, at their places: nothing else of a bad line is repeated.
+std::string understood(const std::string& line) {
+  std::istringstream stream(line);
+  std::string verb, name;
+  stream >> verb >> name;
+  std::string text(line.size(), ' ');
+  const auto show = [&](const std::string& word, std::size_t from) {
+    const std::size_t at = line.find(word, from);
+    text.replace(at, word.size(), word);
+    return at + word.size();
+  };
+  const std::set<std::string> verbs = candidates({});
+  if (verbs.count(verb) == 0) return "";
+  const std::size_t end = show(verb, 0);
+  if (operationNamed(name)) show(name, end);
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 }  // namespace
@@ -95,31 +103,35 @@ std::vector<std::string> completions(const std::string& line) {
   return fitting;
 }
 
-Console::Console(Stage& stage, std::string historyFile)
-    : m_stage(stage), m_historyFile(std::move(historyFile)) {}
+Console::Console(Stage& stage, std::string historyFile, bool secrets)
+    : m_stage(stage), m_historyFile(std::move(historyFile)), m_secrets(secrets) {}
 
-void Console::run(bool terminal, std::istream& in) {
+bool Console::run(bool terminal, std::istream& in) {
   if (!terminal) {
-    for (std::string line; std::getline(in, line) && play(line);) {
+    const std::string text{std::istreambuf_iterator<char>(in), {}};
+    for (const std::string& line : lines(text)) {
+      if (!play(line)) break;
     }
-    return;
+    return m_good;
   }
   std::cout << "Statements of a scenario, Tab completes; help, save FILE, quit.\n";
+  m_terminal = true;
   rl_readline_name = "vorn-speaker";
   rl_initialize();
   using_history();
-  read_history(m_historyFile.c_str());
+  readHistory();
   rl_attempted_completion_function = complete;
   for (bool more = true; more;) {
     const std::unique_ptr<char, decltype(&std::free)> line(readline(kPrompt), std::free);
     if (!line) break;
-    if (*line && !isPrivate(line.get())) add_history(line.get());
+    if (*line) add_history(line.get());
     more = play(line.get());
   }
-  write_history(m_historyFile.c_str());
+  return true;  // A person has seen what was wrong.
 }
 
 bool Console::play(const std::string& line) {
+  bool read = false;
   try {
     const std::vector<Token> words = split(line);
     const std::string first = words.empty() ? "" : words[0].text;
@@ -130,16 +142,64 @@ bool Console::play(const std::string& line) {
       if (words.size() != 2) throw Unreadable(line.size() + 1, "expected a file: save FILE");
       save(words[1].text);
     } else if (const auto statement = readStatement(line)) {
-      m_played.push_back(line);
+      keep(line);
+      read = true;
       statement(m_stage);
     }
   } catch (const Unreadable& error) {
-    std::cout << "  " << line << "\n  " << std::string(error.column - 1, ' ') << "^ " << error.what()
-              << std::endl;
+    complain(line, mayHoldSecret(line) ? error.masked() : error);
   } catch (const std::exception& error) {
-    std::cout << "  " << error.what() << std::endl;
+    m_good = false;
+    std::cout << "  " << oneLine(error.what()) << std::endl;
   }
+  if (read && m_terminal) remember(line);  // Now it is known whether the line led to a secret.
   return true;
+}
+
+void Console::complain(const std::string& line, const Unreadable& error) {
+  m_good = false;
+  std::cout << "  " << understood(line) << "\n  " << std::string(error.column - 1, ' ') << "^ "
+            << error.what() << std::endl;
+}
+
+/// For save: a secret is masked, and what is expected of a call that gave one is left out.
+void Console::keep(const std::string& line) {
+  const std::string shown = m_secrets ? line : maskedStatement(line);
+  const bool expectation = split(line).at(0).text == "expect";
+  const bool telling = shown != line || (!m_secrets && m_stage.isSecret(line));
+  if (!expectation) m_masked = telling || (!m_secrets && mayHoldSecret(line));
+  if (!expectation && telling && shown == line) {
+    m_played.push_back(std::string("# ") + kMask);
+  } else if (expectation && (telling || m_masked)) {
+    m_played.push_back(std::string("# expect ") + kMask);
+  } else {
+    m_played.push_back(shown);
+  }
+}
+
+/// Keeps a line for the next session, unless it holds a secret; one that could not be read may hold any.
+void Console::remember(const std::string& line) {
+  if (m_played.back() != line || maskedStatement(line) != line || m_stage.isSecret(line)) return;
+  std::ofstream(m_historyFile, std::ios::app) << line << '\n';
+}
+
+/// Takes over what can be read and holds no secret, and writes no more than that back.
+void Console::readHistory() {
+  std::ifstream file(m_historyFile, std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::vector<std::string> good;
+  for (const std::string& line : lines(text)) {
+    try {
+      if (readStatement(line) && maskedStatement(line) == line) good.push_back(line);
+    } catch (const Unreadable&) {
+      // Of an older version, or of somebody else.
+    }
+  }
+  if (good.size() > kMostLines) good.erase(good.begin(), good.end() - kMostLines);
+  for (const std::string& line : good) add_history(line.c_str());
+  WholeFile kept(m_historyFile);
+  for (const std::string& line : good) kept.stream() << line << '\n';
+  kept.finish();
 }
 
 void Console::help(const std::string& topic) const {
@@ -158,11 +218,14 @@ void Console::help(const std::string& topic) const {
   std::cout.flush();
 }
 
-void Console::save(const std::string& path) const {
-  std::ofstream file(path);
-  for (const std::string& line : m_played) file << line << '\n';
-  if (!file.flush()) throw std::runtime_error(path + " cannot be written");
-  std::cout << "  " << m_played.size() << " lines in " << path << std::endl;
+void Console::save(const std::string& path) {
+  if (m_saved.count(path) == 0 && std::filesystem::exists(path))
+    throw std::runtime_error(path + " is there already; choose another name");
+  WholeFile file(path);
+  for (const std::string& line : m_played) file.stream() << line << '\n';
+  file.finish();
+  m_saved.insert(path);
+  std::cout << "  " << m_played.size() << " lines in " << oneLine(path) << std::endl;
 }
 
 }  // namespace vorn_speaker

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <istream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,21 +12,32 @@ namespace vorn_speaker {
 /// The console: statements of a scenario, typed one after the other and played at once.
 class Console {
  public:
-  /// `historyFile` keeps the lines from one session to the next, except logins, which hold a token.
-  Console(Stage& stage, std::string historyFile);
+  /// `historyFile` keeps the lines that were understood and hold no secret from one session to the next. With
+  /// `secrets` nothing is masked in what is saved.
+  Console(Stage& stage, std::string historyFile, bool secrets);
 
-  /// Until the end of the input or quit. With `terminal`, lines are edited, completed and remembered.
-  void run(bool terminal, std::istream& in);
+  /// Until the end of the input or quit. With `terminal`, lines are edited, completed and remembered. Without,
+  /// returns whether every line could be read and every expectation was met.
+  bool run(bool terminal, std::istream& in);
 
  private:
   /// Plays one line, or tells what is wrong with it; false for quit.
   bool play(const std::string& line);
+  void complain(const std::string& line, const Unreadable& error);
+  void keep(const std::string& line);
+  void remember(const std::string& line);
+  void readHistory();
   void help(const std::string& topic) const;
-  void save(const std::string& path) const;
+  void save(const std::string& path);
 
   Stage& m_stage;
   const std::string m_historyFile;
+  const bool m_secrets;
+  bool m_terminal = false;
+  bool m_good = true;
+  bool m_masked = false;              ///< Whether the last call was kept with secrets masked.
   std::vector<std::string> m_played;  ///< What save makes a scenario of.
+  std::set<std::string> m_saved;      ///< The files that this session made.
 };
 
 /// What may stand where the last word of `line` stands, in order.

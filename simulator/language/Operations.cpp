@@ -4,6 +4,9 @@
 #include <numeric>
 #include <optional>
 
+#include "text/Secrets.h"
+#include "text/Spelling.h"
+
 namespace vorn_speaker {
 
 namespace {
@@ -25,24 +28,42 @@ std::size_t distance(const std::string& left, const std::string& right) {
   return row.back();
 }
 
-std::string suggestion(const std::string& name) {
-  const std::string* best = nullptr;
-  std::size_t least = name.size() / 3 + 1;
-  static const std::vector<std::string> names = [] {
-    std::vector<std::string> all;
-    for (const Operation& operation : operations()) all.push_back(operation.fullName());
-    return all;
-  }();
-  for (const std::string& candidate : names) {
-    // A name without its adapter is the commonest slip.
-    const std::size_t far =
-        std::min(distance(name, candidate), distance(name, candidate.substr(candidate.find('.') + 1)));
-    if (far < least) {
-      least = far;
-      best = &candidate;
-    }
+/// How far a word may be from the one that was meant.
+std::size_t tolerance(const std::string& word) { return word.size() / 3 + 1; }
+
+/// The distance, or `limit` when it is no less: words of too different lengths are not looked at.
+std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right) {
+  const std::size_t apart = std::max(left.size(), right.size()) - std::min(left.size(), right.size());
+  return apart >= limit ? limit : std::min(limit, distance(left, right));
+}
+
+/// The full name of the operation that was meant, or nothing.
+std::string nearestOperation(const std::string& word) {
+  std::vector<std::string> names;
+  std::vector<std::string> shortNames;
+  for (const Operation& operation : operations()) {
+    names.push_back(operation.fullName());
+    shortNames.push_back(operation.name);
   }
-  return best ? "; did you mean " + *best + "?" : "; vorn-speaker --list names them all";
+  // A name without its adapter is the commonest slip.
+  const std::string meant = nearest(word.substr(word.rfind('.') + 1), shortNames);
+  if (meant.empty()) return nearest(word, names);
+  return names[static_cast<std::size_t>(std::find(shortNames.begin(), shortNames.end(), meant) -
+                                        shortNames.begin())];
+}
+
+/// What a name that is none could have meant; without a guess the name itself may be anything, a secret too.
+Unreadable unknown(const Token& name, const std::string& expected) {
+  const std::string meant = nearestOperation(name.text);
+  const Unreadable error(
+      name.column, expected, name.text,
+      meant.empty() ? "; vorn-speaker --list names them all" : "; did you mean " + meant + "?");
+  return meant.empty() ? error.masked() : error;
+}
+
+bool takesSecret(const Operation& operation) {
+  return std::any_of(operation.parameters.begin(), operation.parameters.end(),
+                     [](const Parameter& parameter) { return isSecretName(parameter.name); });
 }
 
 const char* word(Caller caller) { return caller == Caller::kAssistant ? "assistant" : "firmware"; }
@@ -51,9 +72,8 @@ std::optional<Unreadable> mismatch(const Operation& operation, const std::vector
                                    std::size_t end) {
   const auto& parameters = operation.parameters;
   if (arguments.size() > parameters.size()) {
-    return Unreadable(arguments[parameters.size()].column, "expected the end of the line after " +
-                                                               usage(operation) + ", found " +
-                                                               arguments[parameters.size()].text);
+    const Token& first = arguments[parameters.size()];
+    return Unreadable(first.column, "expected the end of the line after " + usage(operation), first.text);
   }
   if (arguments.size() < parameters.size() && !parameters[arguments.size()].reference) {
     const Parameter& missing = parameters[arguments.size()];
@@ -78,7 +98,7 @@ BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& a
       try {
         return operation.bind(arguments);
       } catch (const Unreadable& error) {
-        unfit.emplace(error.column, std::string(error.what()) + ", in " + usage(operation));
+        unfit.emplace(error.with(", in " + usage(operation)));
       }
     }
     // Of several overloads, the one that was read furthest is the one that was meant.
@@ -90,8 +110,96 @@ BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& a
     throw Unreadable(name.column,
                      name.text + " is called by the " + word(other) + ", not by the " + word(caller));
   }
-  throw Unreadable(name.column, std::string("expected an operation of the ") + word(caller) + ", found " +
-                                    name.text + suggestion(name.text));
+  throw unknown(name, std::string("expected an operation of the ") + word(caller));
+}
+
+std::vector<std::string> parameterNames(const Operation& operation) {
+  std::vector<std::string> names;
+  for (const Parameter& parameter : operation.parameters) names.push_back(parameter.name);
+  return names;
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& names) {
+  std::string best;
+  std::size_t least = tolerance(word);
+  for (const std::string& name : names) {
+    // A word that is much longer than a name is near to none, however long it is.
+    const std::size_t limit = std::min(least, tolerance(name));
+    const std::size_t far = distanceBelow(limit, word, name);
+    if (far >= limit) continue;
+    least = far;
+    best = name;
+  }
+  return best;
+}
+
+const Operation* operationNamed(const std::string& name) {
+  for (const Operation& operation : operations()) {
+    if (operation.fullName() == name) return &operation;
+  }
+  return nullptr;
+}
+
+void checkArguments(const Token& name, const std::vector<Token>& arguments, std::size_t end) {
+  const Operation* const operation = operationNamed(name.text);
+  if (!operation) throw unknown(name, "expected an operation");
+  if (!arguments.empty()) bindCall(operation->caller, name, arguments, end);
+}
+
+bool takes(const Operation& operation, const std::vector<Token>& expected,
+           const std::vector<std::string>& spelled) {
+  if (expected.empty()) return true;
+  if (expected.size() > spelled.size()) return false;
+  for (std::size_t i = 0; i < spelled.size(); ++i) {
+    const bool typed = operation.spell && i < operation.parameters.size();
+    if (i >= expected.size()) {
+      if (!typed || !operation.parameters[i].reference) return false;
+      continue;
+    }
+    try {
+      if ((typed ? operation.parameters[i].canonical(expected[i]) : spell(expected[i].text)) != spelled[i])
+        return false;
+    } catch (const Unreadable&) {
+      return false;  // Another overload takes them.
+    }
+  }
+  return true;
+}
+
+std::string maskedStatement(const std::string& line) {
+  std::vector<Token> words = split(line);
+  const bool bounded = words.size() > 2 && words[words.size() - 2].text == kWithin;
+  const std::string bound = bounded ? std::string(" ") + kWithin + " " + words.back().text : "";
+  if (bounded) words.resize(words.size() - 2);
+  const auto name = std::find_if(words.begin(), words.end(), [](const Token& word) {
+    return word.kind == Token::kWord && operationNamed(word.text);
+  });
+  const auto first = name == words.end() ? words.begin() : name + 1;
+  const std::vector<std::string> names =
+      name == words.end() ? std::vector<std::string>() : parameterNames(*operationNamed(name->text));
+  const Masked shown = masked(names, std::vector<Token>(first, words.end()));
+  if (shown.secrets.empty()) return line;
+  std::string text;
+  for (auto word = words.begin(); word != first; ++word) text += (text.empty() ? "" : " ") + word->text;
+  for (const Token& argument : shown.arguments) text += (text.empty() ? "" : " ") + spell(argument);
+  return text + bound;
+}
+
+bool mayHoldSecret(const std::string& line) {
+  if (isSecretText(line)) return true;
+  std::string word;
+  for (const char c : line + " ") {
+    const bool inside = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    if (inside) word += c;
+    if (inside || c == '_' || c == '-') continue;
+    for (const Operation& operation : operations()) {
+      const std::size_t limit = tolerance(operation.name);
+      if (!word.empty() && takesSecret(operation) && distanceBelow(limit + 1, word, operation.name) <= limit)
+        return true;
+    }
+    word.clear();
+  }
+  return false;
 }
 
 const Operation* operationAt(const std::string& target, int slot) {

@@ -4,8 +4,10 @@
 #include <iomanip>
 #include <map>
 #include <ostream>
+#include <utility>
 
 #include "language/Operations.h"
+#include "text/Lines.h"
 
 namespace vorn_speaker {
 
@@ -15,13 +17,13 @@ constexpr std::size_t kContext = 3;
 
 /// Whether the assistant client made the call, and the host answers it.
 bool isPlayable(const Crossing& call) {
-  const bool host = call.target == "VornDALImplIF" && call.operation != "getEMPAdapter";
+  const bool host = call.target == kHostInterface && call.operation != "getEMPAdapter";
   return call.depth == 0 && (host || call.target == "VornEMPAdapterIF");
 }
 
 std::string statement(const Crossing& call) {
   std::string line = call.fullName();
-  for (const std::string& argument : call.spelled) line += " " + argument;
+  for (const std::string& argument : call.spelled) line += " " + oneLine(argument);
   return line;
 }
 
@@ -31,58 +33,103 @@ std::string answer(const Crossing& call) {
   return text.empty() ? "no result" : text;
 }
 
-void play(const Crossing& call, Speaker& speaker) {
-  const std::string line = statement(call);
-  std::vector<Token> tokens = split(line);
-  const Token name = tokens.front();
-  tokens.erase(tokens.begin());
-  speaker.call(Caller::kAssistant, name.text, "",
-               bindCall(Caller::kAssistant, name, tokens, line.size() + 1));
+/// The call as a statement would make it; throws Unreadable.
+BoundCall bound(const Crossing& call) {
+  Token name;
+  name.text = call.fullName();
+  const Operation* const operation = operationAt(call.target, call.slot);
+  if (!operation || operation->fullName() != name.text)
+    throw Unreadable(1, "expected an operation of the slot " + std::to_string(call.slot), name.text);
+  std::vector<Token> arguments;
+  for (const std::string& argument : call.spelled) arguments.push_back(split(argument).at(0));
+  return bindCall(Caller::kAssistant, name, arguments, 1);
+}
+
+void mask(Crossing& call, Masker& masker) {
+  masker.maskArguments(call);
+  masker.maskAnswer(call);
+}
+
+/// Whether a call is answered as recorded. What was masked then is compared with what is masked now.
+bool isSame(const std::string& recorded, Crossing now) {
+  if (recorded.find(kMask) != std::string::npos) {
+    Masker masker;
+    now.masked = now.masked || now.secret;
+    mask(now, masker);
+    return Recording::asRead(answer(now)) == recorded;
+  }
+  now.result = now.clear.answer;
+  now.written.clear();
+  now.exception = now.clear.exception;
+  return Recording::asRead(answer(now)) == recorded;
+}
+
+std::string place(const Recorded& recording, std::size_t line) {
+  return oneLine(recording.path) + ":" + std::to_string(line) + ": ";
 }
 
 }  // namespace
 
-bool replay(const std::vector<Crossing>& recording, Speaker& speaker, std::ostream& out) {
+bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out) {
+  if (!recording.leftOut.empty()) out << recording.leftOut << '\n';
+  std::vector<std::pair<const Recorded::Call*, BoundCall>> playable;
+  for (const Recorded::Call& recorded : recording.calls) {
+    if (!isPlayable(recorded.call)) continue;
+    try {
+      playable.emplace_back(&recorded, bound(recorded.call));
+    } catch (const Unreadable& error) {
+      throw std::runtime_error(place(recording, recorded.line) + error.masked().what());
+    }
+  }
+  if (playable.empty())
+    throw std::runtime_error(oneLine(recording.path) +
+                             ": expected calls of the assistant client, found none to play");
+  Masker masker;
   std::vector<std::string> before;
-  for (const Crossing& recorded : recording) {
-    if (!isPlayable(recorded)) continue;
-    play(recorded, speaker);
+  for (const auto& [recorded, call] : playable) {
+    Crossing then = recorded->call;
+    const std::string expected = answer(then);
+    if (!speaker.secrets()) mask(then, masker);
+    speaker.call(Caller::kAssistant, then.fullName(), call, 1);
     const std::vector<Crossing> calls = speaker.recent();
-    const auto arrived = std::find_if(calls.begin(), calls.end(), [&](const Crossing& call) {
-      return call.target == recorded.target && call.slot == recorded.slot;
+    const auto now = std::find_if(calls.begin(), calls.end(), [&](const Crossing& arrived) {
+      return arrived.target == then.target && arrived.slot == then.slot;
     });
-    const std::string seen = arrived == calls.end() ? "no call" : answer(*arrived);
-    if (seen != answer(recorded)) {
-      out << "Call " << recorded.number << " is answered differently:\n";
+    const std::string seen = now == calls.end() ? "no call" : oneLine(answer(*now));
+    if (now == calls.end() || !isSame(expected, *now)) {
+      out << place(recording, recorded->line) << "Call " << then.number << " is answered differently:\n";
       for (std::size_t i = before.size() - std::min(before.size(), kContext); i < before.size(); ++i) {
         out << "  before    " << before[i] << '\n';
       }
-      out << "  called    " << statement(recorded) << "\n  recorded  " << answer(recorded) << "\n  now       "
-          << seen << '\n';
+      out << "  called    " << statement(then) << "\n  recorded  " << oneLine(answer(then))
+          << "\n  now       " << seen << '\n';
       return false;
     }
-    before.push_back(statement(recorded) + " = " + seen);
+    before.push_back(statement(then) + " = " + seen);
   }
   out << before.size() << " calls, all answered as recorded.\n";
   return true;
 }
 
-void report(const std::vector<Crossing>& recording, std::ostream& out) {
+void report(const Recorded& recording, std::ostream& out, bool secrets) {
+  Masker masker;
+  if (!recording.leftOut.empty()) out << recording.leftOut << '\n';
   out << "assistant          firmware\n";
   std::map<std::string, std::vector<std::int64_t>> durations;
   std::string last;
-  for (const Crossing& call : recording) {
+  for (const Recorded::Call& recorded : recording.calls) {
+    Crossing call = recorded.call;
+    if (!secrets) mask(call, masker);
     durations[(call.down ? "down  " : "up    ") + call.fullName()].push_back(call.took.count());
     // One arrow for a stream of blocks.
     const std::string block =
         call.operation == "sendAudioData" || call.operation == "sendData" ? call.fullName() : "";
     if (!block.empty() && block == last) continue;
     last = block;
-    std::string line = statement(call);
-    if (line.size() > 90) line = line.substr(0, 87) + "...";
+    const std::string line = excerpt(statement(call));
     out << (call.down ? "    |----------------->|  " : "    |<-----------------|  ")
-        << std::string(2 * static_cast<std::size_t>(call.depth), ' ') << line;
-    if (call.threw || !call.answer().empty()) out << " = " << answer(call);
+        << std::string(2 * static_cast<std::size_t>(std::min(call.depth, kDeepest)), ' ') << line;
+    if (call.threw || !call.answer().empty()) out << " = " << oneLine(answer(call));
     out << '\n';
   }
   out << "\n"

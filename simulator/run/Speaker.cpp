@@ -1,21 +1,24 @@
 #include "Speaker.h"
 
 #include <FileLogger.h>
-#include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <thread>
 #include <utility>
 
 #include "Postmortem.h"
+#include "text/Lines.h"
 #include "text/Secrets.h"
+#include "text/Spelling.h"
 
 namespace vorn_speaker {
 
 using vorn_testing::FakeAssistant;
+using vorn_testing::TraceLine;
 using VornDeviceAbstractionLayer::FileLogger;
 using VornDeviceAbstractionLayer::VornAudioIn;
 
@@ -41,10 +44,14 @@ const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
   return all;
 }
 
-std::string signature(const std::string& name, const std::vector<std::string>& arguments) {
-  std::string line = name;
-  for (const std::string& argument : arguments) line += " " + argument;
-  return line;
+std::string resultOf(const BoundCall& call, Adapters& adapters) {
+  try {
+    return call(adapters);
+  } catch (const std::exception& error) {
+    return std::string("threw ") + error.what();
+  } catch (...) {
+    return "threw what is no std::exception";
+  }
 }
 
 }  // namespace
@@ -65,6 +72,9 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       m_recordingHost(m_ownHost ? *m_ownHost : m_host),
       m_attachments(m_recorder, m_players),
       m_adapters(m_recordingHost, m_players, m_attachments),
+      m_limit(settings.limit),
+      m_secrets(settings.secrets),
+      m_keepGoing(settings.keepGoing),
       m_trace(settings.trace),
       m_traceStart(sizeOf(kTraceFile)) {
   m_microphone.hear(settings.audio);
@@ -78,6 +88,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
   m_crossings.tell(m_tally);
   m_crossings.tell(*this);
   if (m_recording) m_crossings.tell(*m_recording);
+  m_crossings.disturb([this](const Crossing& crossing) { disturb(crossing); });
 
   // As a device boots: the host, the trace, the adapters, the assistant client.
   m_firmware = std::make_unique<Worker>("firmware", settings.limit);
@@ -91,18 +102,24 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
 }
 
 SpeakerHost::Face Speaker::face() {
-  const auto say = [this](const std::string& line) { m_printer.say("    " + line); };
-  const auto draw = [this](const std::function<void(Display&)>& drawing) {
+  // What a call that was given a secret leads to may show it in parts.
+  const auto say = [this](const std::string& line) {
+    const Crossing* const inside = openCall();
+    const bool hidden = (inside && inside->masked) || m_crossings.isSecret(line);
+    m_printer.say("    " + (hidden ? kMask : line));
+  };
+  const auto draw = [this, say](const std::function<void(Display&)>& drawing) {
     const std::lock_guard<std::mutex> lock(m_canvasMutex);
     m_canvas.str("");
     drawing(m_display);
     std::istringstream lines(m_canvas.str());
-    for (std::string line; std::getline(lines, line);) m_printer.say("    " + line);
+    for (std::string line; std::getline(lines, line);) say(line);
   };
   return {draw, say};
 }
 
 Speaker::~Speaker() {
+  m_moreAssistants.clear();
   m_assistant.reset();
   m_firmware->run([this] {
     m_microphone.stop();
@@ -115,27 +132,64 @@ Speaker::~Speaker() {
 }
 
 void Speaker::play(const std::string& file, const std::vector<Step>& steps) {
+  std::size_t unmet = 0;
   for (const Step& step : steps) {
-    if (endRequested() != 0) return;
+    if (endRequested() != 0) break;
     try {
       step.play(*this);
-    } catch (const Disappointed& disappointed) {
-      throw Disappointed(file + ":" + std::to_string(step.line) + ": " + disappointed.what());
+    } catch (const Unmet& error) {
+      const std::string told = oneLine(file) + ":" + std::to_string(step.line) + ": " + error.what();
+      if (!m_keepGoing) throw Unmet(told);
+      m_printer.say(told);
+      ++unmet;
     }
   }
+  if (unmet > 0) throw Unmet(oneLine(file) + ": expectations that were not met: " + std::to_string(unmet));
+}
+
+void Speaker::finish() {
+  if (m_recording) m_recording->finish();
 }
 
 void Speaker::ended(const Crossing& crossing) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_recent.push_back(crossing);
-  // "[160 samples]", as the kit renders them.
-  if (crossing.operation == "sendAudioData")
-    m_heard += std::strtoll(crossing.arguments[0].c_str() + 1, nullptr, 10);
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_recent.push_back(crossing);
+    m_heard += static_cast<std::int64_t>(crossing.samples);
+  }
+  m_arrived.notify_all();
 }
 
-std::int64_t Speaker::heard() const {
+bool Speaker::holds(std::chrono::milliseconds within, const std::function<bool()>& condition) {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  return m_arrived.wait_for(lock, within, condition);
+}
+
+void Speaker::disturb(const Crossing& crossing) {
+  Disturbance disturbance;
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_disturbances.find(crossing.fullName());
+    if (found == m_disturbances.end()) return;
+    disturbance = found->second;
+  }
+  std::this_thread::sleep_for(disturbance.delay);
+  if (disturbance.failure) throw std::runtime_error(*disturbance.failure);
+}
+
+void Speaker::delay(const std::string& name, std::chrono::milliseconds time) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_heard;
+  m_disturbances[name].delay = time;
+}
+
+void Speaker::fail(const std::string& name, const std::string& text) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_disturbances[name].failure = text;
+}
+
+void Speaker::restore(const std::string& name) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_disturbances.erase(name);
 }
 
 std::vector<Crossing> Speaker::recent() const {
@@ -143,72 +197,140 @@ std::vector<Crossing> Speaker::recent() const {
   return m_recent;
 }
 
-void Speaker::section(const std::string& title) { m_printer.say("\n" + title); }
+void Speaker::section(const std::string& title) { m_printer.say("\n" + shown(title)); }
 
-void Speaker::call(Caller caller, const std::string& name, const std::string& firstArgument,
-                   const BoundCall& call) {
+std::string Speaker::callTogether(const BoundCall& call, int threads) {
+  while (m_moreAssistants.size() < static_cast<std::size_t>(threads)) {
+    const std::string name = "assistant " + std::to_string(m_moreAssistants.size() + 1);
+    m_moreAssistants.push_back(std::make_unique<Worker>(name.c_str(), m_limit));
+  }
+  // Nobody calls before everybody can.
+  std::mutex mutex;
+  std::condition_variable ready;
+  int waiting = threads;
+  const auto meet = [&] {
+    std::unique_lock<std::mutex> lock(mutex);
+    if (--waiting == 0) ready.notify_all();
+    ready.wait(lock, [&] { return waiting == 0; });
+  };
+  std::vector<std::future<std::string>> answers;
+  for (int i = 0; i < threads; ++i) {
+    Worker& worker = *m_moreAssistants[static_cast<std::size_t>(i)];
+    answers.push_back(std::async(std::launch::async, [&] {
+      return worker.run([&] {
+        meet();
+        return resultOf(call, m_adapters);
+      });
+    }));
+  }
+  std::vector<std::string> results;
+  for (auto& answer : answers) results.push_back(answer.get());
+  std::string all = results.front();
+  if (std::all_of(results.begin(), results.end(), [&](const std::string& one) { return one == all; }))
+    return all;
+  for (std::size_t i = 1; i < results.size(); ++i) all += "; " + results[i];
+  return all;
+}
+
+void Speaker::call(Caller caller, const std::string& name, const BoundCall& call, int threads) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_recent.clear();
   }
   Worker& worker = caller == Caller::kAssistant ? *m_assistant : *m_firmware;
-  m_result = worker.run([&] {
-    try {
-      return call(m_adapters);
-    } catch (const std::exception& error) {
-      return std::string("threw ") + error.what();
-    } catch (...) {
-      return std::string("threw what is no std::exception");
-    }
-  });
+  m_result =
+      threads > 1 ? callTogether(call, threads) : worker.run([&] { return resultOf(call, m_adapters); });
   // A result that no printed call shows: a default, or what was written through a reference.
-  const auto shows = [&](const Crossing& crossing) {
-    return crossing.fullName() == name && crossing.answer() == m_result;
-  };
   const std::vector<Crossing> calls = recent();
-  if (std::none_of(calls.begin(), calls.end(), shows) && !isSecretName(firstArgument) && !m_result.empty()) {
-    m_printer.say("        " + name + " gave " + vorn_testing::harmless(hideSecrets(m_result)));
-  } else if (calls.empty()) {
-    m_printer.say("        " + name + " was dropped");
+  const auto shows = [&](const Crossing& crossing) {
+    return crossing.fullName() == name && crossing.clear.answer == m_result;
+  };
+  const auto shownBy = std::find_if(calls.begin(), calls.end(), shows);
+  const bool secret = std::any_of(calls.begin(), calls.end(), [&](const Crossing& crossing) {
+    return crossing.secret && crossing.fullName() == name;
+  });
+  if (shownBy != calls.end()) {
+    m_shownResult = shownBy->answer();
+  } else {
+    m_shownResult = secret ? kMask : shown(m_result);
+    if (!m_result.empty()) {
+      m_printer.say("        " + name + " gave " + m_shownResult);
+    } else if (calls.empty()) {
+      m_printer.say("        " + name + " was dropped");
+    }
   }
+}
+
+std::string Speaker::shown(const std::string& text) const {
+  return m_crossings.isSecret(text) ? kMask : oneLine(text);
+}
+
+std::string Speaker::shownCall(const std::string& name, const std::vector<Token>& arguments) const {
+  if (name.empty()) return "";
+  std::string line = " " + name;
+  for (const Token& argument : arguments) {
+    const std::string text = oneLine(spell(argument));
+    line += " " + (m_crossings.isKnown(argument.text) ? kMask : text);
+  }
+  return line;
 }
 
 void Speaker::expectResult(const std::string& expected) {
-  if (m_result != expected)
-    throw Disappointed("expected the result " + expected + ", saw " + hideSecrets(m_result));
+  if (m_result == expected) return;
+  const bool secret = m_shownResult.find(kMask) != std::string::npos;
+  throw Unmet("expected the result " + (secret ? kMask : shown(expected)) + ", saw " +
+              oneLine(m_shownResult));
 }
 
-void Speaker::expectCall(bool wanted, const std::string& name, const std::vector<std::string>& arguments) {
-  const std::vector<Crossing> calls = recent();
+void Speaker::expectCall(const ExpectedCall& expected) {
   const auto matches = [&](const Crossing& crossing) {
-    return (name.empty() || crossing.fullName() == name) &&
-           (arguments.empty() || crossing.arguments == arguments);
+    if (!expected.name.empty() && crossing.fullName() != expected.name) return false;
+    const Operation* const operation = operationAt(crossing.target, crossing.slot);
+    return expected.name.empty() ||
+           (operation && takes(*operation, expected.arguments, crossing.clear.spelled));
   };
-  if (std::any_of(calls.begin(), calls.end(), matches) == wanted) return;
+  const auto came = [&] { return std::any_of(m_recent.begin(), m_recent.end(), matches); };
+  if (holds(expected.within, [&] { return came() == expected.wanted; })) return;
   std::string seen;
-  for (const Crossing& crossing : calls) {
-    seen += (seen.empty() ? "" : "; ") + signature(crossing.fullName(), crossing.arguments);
+  for (const Crossing& crossing : recent()) {
+    seen += (seen.empty() ? "" : "; ") + crossing.fullName();
+    for (const std::string& argument : crossing.spelled) seen += " " + oneLine(argument);
   }
-  throw Disappointed("expected " + std::string(wanted ? "the call " : "no call ") +
-                     signature(name, arguments) + ", saw " + (seen.empty() ? "none" : seen));
+  const Operation* const operation = operationNamed(expected.name);
+  const std::vector<Token> wanted = operation && !m_secrets
+                                        ? masked(parameterNames(*operation), expected.arguments).arguments
+                                        : expected.arguments;
+  throw Unmet(std::string("expected ") + (expected.wanted ? "the call" : "no call") +
+              shownCall(expected.name, wanted) + ", saw " + (seen.empty() ? "none" : seen));
 }
 
-void Speaker::expectHeard(std::int64_t samples) {
-  const std::int64_t seen = heard();
-  if (samples == kSome ? seen > 0 : seen == samples) return;
-  const std::string wanted = samples == kSome ? "some" : std::to_string(samples);
-  throw Disappointed("expected " + wanted + " samples heard, saw " + std::to_string(seen));
+void Speaker::expectHeard(std::optional<std::int64_t> samples, std::chrono::milliseconds within) {
+  if (holds(within, [&] { return samples ? m_heard == *samples : m_heard > 0; })) return;
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  throw Unmet("expected " + (samples ? std::to_string(*samples) : "some") + " samples heard, saw " +
+              std::to_string(m_heard));
+}
+
+std::vector<std::string> Speaker::traced() const {
+  std::ifstream trace(kTraceFile, std::ios::binary);
+  // A file that is shorter than it was has been emptied since: all of it is new.
+  if (sizeOf(kTraceFile) >= m_traceStart) trace.seekg(m_traceStart);
+  return vorn_testing::traceRecords(trace);
 }
 
 void Speaker::printTrace(std::ostream& out) const {
-  std::ifstream trace(kTraceFile);
-  trace.seekg(m_traceStart);
   std::string before;
-  for (std::string line; std::getline(trace, line);) {
-    const std::string shape = vorn_testing::TraceLine::shape(line);
-    if (shape != before) out << "  trace" << vorn_testing::TraceLine::masked(line) << '\n';
+  for (const std::string& record : traced()) {
+    const std::string shape = TraceLine::shape(record);
+    if (shape != before) out << "  trace " << shownTrace(record) << '\n';
     before = shape;
   }
+}
+
+std::string Speaker::shownTrace(const std::string& record) const {
+  if (m_secrets) return oneLine(record);
+  const std::string text = TraceLine::masked(record);
+  return m_crossings.isKnown(text) ? kMask : oneLine(text);
 }
 
 void Speaker::expectTrace(const std::string& part) {
@@ -216,14 +338,11 @@ void Speaker::expectTrace(const std::string& part) {
     m_printer.say("        expect trace is passed over: the trace is off (--no-trace)");
     return;
   }
-  std::ifstream trace(kTraceFile);
-  trace.seekg(m_traceStart);
-  std::string last;
-  for (std::string line; std::getline(trace, line); last = line) {
-    if (line.find(part) != std::string::npos) return;
-  }
-  throw Disappointed("expected a trace line with " + part + ", saw " +
-                     (last.empty() ? "no line" : "as the last line" + last));
+  const std::vector<std::string> records = traced();
+  const auto holds = [&](const std::string& record) { return record.find(part) != std::string::npos; };
+  if (std::any_of(records.begin(), records.end(), holds)) return;
+  throw Unmet("expected a trace line with " + shown(part) + ", saw " +
+              (records.empty() ? "no line" : "as the last line " + shownTrace(records.back())));
 }
 
 void Speaker::expectEveryOperation() {
@@ -231,7 +350,7 @@ void Speaker::expectEveryOperation() {
   if (missing.empty()) return;
   std::string names;
   for (const std::string& name : missing) names += (names.empty() ? "" : ", ") + name;
-  throw Disappointed("expected a call of every operation, saw none of " + names);
+  throw Unmet("expected a call of every operation, saw none of " + names);
 }
 
 void Speaker::assistantSide(bool present, const std::string& area) {

@@ -4,7 +4,11 @@
 #include <vorn_testing/RecordingHost.h>
 
 #include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -37,12 +41,13 @@ struct Settings {
   bool trace = true;              ///< Whether the library writes its trace.
   bool everyBlock = false;        ///< Whether each block of sound is printed.
   bool secrets = false;           ///< Whether secrets are printed.
+  bool keepGoing = false;         ///< Whether a scenario goes on after an expectation that was not met.
   bool colour = false;
   std::size_t width = 60;  ///< Of the display, in columns.
 };
 
 /// An expectation that was not met.
-class Disappointed : public std::runtime_error {
+class Unmet : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
@@ -54,11 +59,17 @@ class Speaker : public Stage, private Crossings::Listener {
   Speaker(const Settings& settings, std::ostream& out);
   ~Speaker() override;
 
-  /// Plays the steps up to the first expectation that is not met, which it throws as Disappointed, or up to a request
-  /// to end; see endRequested().
+  /// Plays the steps up to the first expectation that is not met, which it throws as Unmet, or up to a request to end; see
+  /// endRequested(). When it keeps going it tells each that is not met and throws at the end.
   void play(const std::string& file, const std::vector<Step>& steps);
 
+  /// Puts the recording in its place. @throws NotWritten
+  void finish();
+
   const Tally& tally() const { return m_tally; }
+
+  /// Whether secrets are shown.
+  bool secrets() const { return m_secrets; }
 
   /// Prints what the library has traced since the start, runs of like lines once and tokens masked.
   void printTrace(std::ostream& out) const;
@@ -67,23 +78,34 @@ class Speaker : public Stage, private Crossings::Listener {
   std::vector<Crossing> recent() const;
 
   void section(const std::string& title) override;
-  void call(Caller caller, const std::string& name, const std::string& firstArgument,
-            const BoundCall& call) override;
+  void call(Caller caller, const std::string& name, const BoundCall& call, int threads) override;
   void expectResult(const std::string& expected) override;
-  void expectCall(bool wanted, const std::string& name, const std::vector<std::string>& arguments) override;
-  void expectHeard(std::int64_t samples) override;
+  void expectCall(const ExpectedCall& expected) override;
+  void expectHeard(std::optional<std::int64_t> samples, std::chrono::milliseconds within) override;
   void expectTrace(const std::string& part) override;
   void expectEveryOperation() override;
   void assistantSide(bool present, const std::string& area) override;
   void answer(const std::string& question, const std::string& value) override;
   void waitForMicrophone() override;
   void adapters(bool create) override;
+  void delay(const std::string& name, std::chrono::milliseconds time) override;
+  void fail(const std::string& name, const std::string& text) override;
+  void restore(const std::string& name) override;
+  bool isSecret(const std::string& text) const override { return m_crossings.isKnown(text); }
 
  private:
   SpeakerHost::Face face();
   void began(const Crossing&) override {}
   void ended(const Crossing& crossing) override;
-  std::int64_t heard() const;
+  void disturb(const Crossing& crossing);
+  std::string callTogether(const BoundCall& call, int threads);
+  std::string shown(const std::string& text) const;
+  std::string shownCall(const std::string& name, const std::vector<Token>& arguments) const;
+  std::string shownTrace(const std::string& record) const;
+  std::vector<std::string> traced() const;
+
+  /// Waits until `condition` holds under m_mutex, at most so long; returns whether it does.
+  bool holds(std::chrono::milliseconds within, const std::function<bool()>& condition);
 
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
   Printer m_printer;
@@ -105,10 +127,23 @@ class Speaker : public Stage, private Crossings::Listener {
   std::unique_ptr<vorn_testing::FakeAssistant> m_assistantSide;
   std::unique_ptr<Worker> m_firmware;
   std::unique_ptr<Worker> m_assistant;
+  std::vector<std::unique_ptr<Worker>> m_moreAssistants;
 
+  /// What statements put in the way of an operation's calls.
+  struct Disturbance {
+    std::chrono::milliseconds delay{0};
+    std::optional<std::string> failure;
+  };
+
+  const std::chrono::seconds m_limit;
+  const bool m_secrets;
+  const bool m_keepGoing;
   mutable std::mutex m_mutex;
+  std::condition_variable m_arrived;  ///< Something ended.
+  std::map<std::string, Disturbance> m_disturbances;
   std::vector<Crossing> m_recent;  ///< Since the last call of a scenario began.
   std::string m_result;
+  std::string m_shownResult;  ///< The same, with secrets masked.
   std::int64_t m_heard = 0;
   const bool m_trace;
   const long m_traceStart;

@@ -1,35 +1,74 @@
 #include "Secrets.h"
 
+#include <vorn_testing/Call.h>
+
 #include <algorithm>
-#include <cctype>
 
 namespace vorn_speaker {
 
-const char kMask[] = "********";
+namespace {
 
-bool isSecretName(const std::string& name) {
-  std::string lower = name;
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  for (const char* telling : {"secret", "token", "password"}) {
-    if (lower.find(telling) != std::string::npos) return true;
-  }
-  return false;
+constexpr std::size_t kShortest = 6;
+
+/// Whether a parameter names a value and does not hold one.
+bool isKey(const std::string& parameter) { return parameter == "key" || parameter == "keys"; }
+
+Token hidden(const Token& token) {
+  Token made;
+  made.text = kMask;
+  made.column = token.column;
+  return made;
 }
 
-std::string hideSecrets(const std::string& text) {
-  if (text.size() < 2 || text.front() != '{' || text.back() != '}') return text;
-  std::string shown = "{";
-  const std::size_t last = text.size() - 1;
-  for (std::size_t at = 1; at < last;) {
-    std::size_t end = std::min(text.find(", ", at), last);
-    const std::string entry = text.substr(at, end - at);
-    const std::string key = entry.substr(0, entry.find('='));
-    shown += key.size() < entry.size() && isSecretName(key) ? key + "=" + kMask : entry;
-    if (end < last) shown += ", ";
-    at = end + 2;
+void maskEntries(Token& set, Masked& made) {
+  for (auto& [key, value] : set.entries) {
+    if (!isSecretName(key) && !isSecretText(value)) continue;
+    made.secrets.push_back(value);
+    value = kMask;
   }
-  return shown + "}";
+  set.text = vorn_testing::text(set.entries);
+}
+
+}  // namespace
+
+Masked masked(const std::vector<std::string>& parameters, const std::vector<Token>& arguments) {
+  Masked made;
+  const bool secretParameter = std::any_of(parameters.begin(), parameters.end(), isSecretName);
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const Token& argument = arguments[i];
+    // What is beyond the parameters may be a part of any of them.
+    const bool beyond = i >= parameters.size();
+    const std::string name = beyond ? "" : parameters[i];
+    const bool secret = made.answer || isSecretName(name) || (beyond && secretParameter);
+    if (argument.kind == Token::kMap && !secret) {
+      made.arguments.push_back(argument);
+      maskEntries(made.arguments.back(), made);
+      continue;
+    }
+    const bool telling = !isSecretName(name) && isSecretText(argument.text);
+    if (secret || (telling && !isKey(name))) {
+      made.secrets.push_back(argument.text);
+      made.secrets.insert(made.secrets.end(), argument.items.begin(), argument.items.end());
+      made.arguments.push_back(hidden(argument));
+    } else {
+      made.arguments.push_back(argument);
+    }
+    made.answer = made.answer || (telling && name != "keys");
+  }
+  return made;
+}
+
+void KnownSecrets::add(const std::vector<std::string>& values) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  for (const std::string& value : values) {
+    if (value.size() >= kShortest) m_values.insert(value);
+  }
+}
+
+bool KnownSecrets::in(const std::string& text) const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return std::any_of(m_values.begin(), m_values.end(),
+                     [&](const std::string& value) { return text.find(value) != std::string::npos; });
 }
 
 }  // namespace vorn_speaker

@@ -3,6 +3,7 @@
 #include <vorn_testing/Call.h>
 #include <vorn_testing/Text.h>
 
+#include <charconv>
 #include <cstdio>
 
 #include "Secrets.h"
@@ -11,9 +12,21 @@ namespace vorn_speaker {
 
 namespace {
 
+/// Whether nothing beyond ASCII is broken or steers a terminal.
+bool isClean(const std::string& value) {
+  for (std::size_t at = 0; at < value.size();) {
+    const std::size_t length = vorn_testing::characterAt(value, at).length;
+    if (length == 0) return false;
+    const std::string character = value.substr(at, length);
+    if (length > 1 && vorn_testing::harmless(character) != character) return false;
+    at += length;
+  }
+  return true;
+}
+
 /// In quotes, with everything escaped that a line of text cannot hold.
 std::string quoted(const std::string& value) {
-  const bool utf8 = vorn_testing::harmless(value).find("\\x") == std::string::npos;
+  const bool clean = isClean(value);
   std::string line = "\"";
   for (const char c : value) {
     const auto byte = static_cast<unsigned char>(c);
@@ -21,7 +34,7 @@ std::string quoted(const std::string& value) {
       line += std::string("\\") + c;
     } else if (c == '\n') {
       line += "\\n";
-    } else if (byte < 0x20 || byte == 0x7f || (byte >= 0x80 && !utf8)) {
+    } else if (byte < 0x20 || byte == 0x7f || (byte >= 0x80 && !clean)) {
       char escape[8];
       std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(byte));
       line += escape;
@@ -43,7 +56,13 @@ std::string spell(const std::string& value) {
 std::string spell(bool value) { return vorn_testing::text(value); }
 std::string spell(int value) { return vorn_testing::text(value); }
 std::string spell(std::int64_t value) { return vorn_testing::text(value); }
-std::string spell(double value) { return vorn_testing::text(value); }
+
+std::string spell(double value) {
+  // Shortest, and with a point whatever locale a host has set.
+  char digits[32];
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
 std::string spell(std::chrono::milliseconds value) { return vorn_testing::text(value); }
 
 std::string spell(const std::vector<std::string>& values) {
@@ -56,6 +75,12 @@ std::string spell(const std::vector<short>& samples) {
   std::string line = "[";
   for (const short sample : samples) line += (line.size() > 1 ? ", " : "") + std::to_string(sample);
   return line + "]";
+}
+
+std::string spell(const Token& token) {
+  if (token.kind == Token::kList) return spell(token.items);
+  if (token.kind == Token::kMap) return spell(token.entries, true);
+  return spell(token.text);
 }
 
 std::string spell(const std::map<std::string, std::string>& entries, bool secrets) {

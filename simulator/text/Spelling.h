@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "Tokens.h"
+
 namespace vorn_speaker {
 
 /// Values as a scenario holds them: what the reader of scenarios makes of the spelling is the value again.
@@ -20,6 +22,9 @@ std::string spell(double value);
 std::string spell(std::chrono::milliseconds value);
 std::string spell(const std::vector<std::string>& values);
 std::string spell(const std::vector<short>& samples);
+
+/// A value as it was read.
+std::string spell(const Token& token);
 
 /// With telling keys' values hidden unless `secrets`.
 std::string spell(const std::map<std::string, std::string>& entries, bool secrets);

@@ -3,9 +3,11 @@
 #include <DeviceAbstractionLayer/CommsControllerInterface.h>
 #include <DeviceAbstractionLayer/CommsManagerInterface.h>
 #include <vorn_testing/Call.h>
+#include <vorn_testing/Masking.h>
 
-#include <cctype>
 #include <charconv>
+
+#include "Lines.h"
 
 namespace vorn_speaker {
 
@@ -54,7 +56,9 @@ class Splitter {
           const std::string key = item("=,}");
           if (atEnd() || peek() != '=') throw Unreadable(column(), "expected = between a key and its value");
           ++m_at;
-          made.entries[key] = item(",}");
+          if (!made.entries.emplace(key, item(",}")).second) {
+            throw Unreadable(made.column, "expected every key once");
+          }
         });
         made.text = vorn_testing::text(made.entries);
         break;
@@ -73,7 +77,9 @@ class Splitter {
     while (!atEnd() && peek() != close) {
       element();
       skipBlanks();
-      if (!atEnd() && peek() == ',') ++m_at;
+      if (atEnd() || peek() == close) break;
+      if (peek() != ',') throw Unreadable(column(), std::string("expected a comma or a closing ") + close);
+      ++m_at;
       skipBlanks();
     }
     if (atEnd()) throw Unreadable(opened, std::string("expected a closing ") + close);
@@ -131,7 +137,7 @@ class Splitter {
 
 template <class Value>
 [[noreturn]] void refuse(const Token& token) {
-  throw Unreadable(token.column, std::string("expected ") + describe<Value>() + ", found " + token.text);
+  throw Unreadable(token.column, std::string("expected ") + describe<Value>(), token.text);
 }
 
 template <class Number>
@@ -144,6 +150,19 @@ Number number(const Token& token, const std::string& text) {
 }
 
 }  // namespace
+
+Unreadable::Unreadable(std::size_t where, const std::string& expected,
+                       const std::optional<std::string>& found, const std::string& hint)
+    : std::runtime_error(expected + (found ? ", found " + excerpt(*found) : "") + hint),
+      column(where),
+      m_expected(expected),
+      m_found(found),
+      m_hint(hint) {}
+
+Unreadable Unreadable::masked() const {
+  return Unreadable(column, m_expected, m_found ? std::optional<std::string>(vorn_testing::kMask) : m_found,
+                    m_hint);
+}
 
 std::vector<Token> split(const std::string& line) { return Splitter(line).tokens(); }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -21,12 +22,30 @@ struct Token {
   std::size_t column = 1;                      ///< Where it begins, counted from 1.
 };
 
-/// A line, or a value in it, that cannot be read; what() tells what was expected.
+/// A line, or a value in it, that cannot be read; what() tells what was expected, and what was found.
 class Unreadable : public std::runtime_error {
  public:
-  Unreadable(std::size_t where, const std::string& expected) : std::runtime_error(expected), column(where) {}
+  Unreadable(std::size_t where, const std::string& expected)
+      : Unreadable(where, expected, std::nullopt, "") {}
+
+  /// `hint` follows what was found.
+  Unreadable(std::size_t where, const std::string& expected, const std::optional<std::string>& found,
+             const std::string& hint = "");
+
+  /// The same, with more behind it.
+  Unreadable with(const std::string& more) const {
+    return Unreadable(column, m_expected, m_found, m_hint + more);
+  }
+
+  /// The same without what was found, which may be a secret.
+  Unreadable masked() const;
 
   const std::size_t column;
+
+ private:
+  std::string m_expected;
+  std::optional<std::string> m_found;
+  std::string m_hint;
 };
 
 /// Splits a line; a comment (# at the beginning of a word) ends it.

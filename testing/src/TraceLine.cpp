@@ -1,10 +1,36 @@
 #include "vorn_testing/TraceLine.h"
 
-#include <cctype>
+#include <cstring>
+#include <istream>
+
+#include "vorn_testing/Masking.h"
 
 namespace vorn_testing {
 
 namespace {
+
+constexpr char kMessage[] = "receiveAppMessage(";
+
+/// The arguments of the trace that are secret, and what follows each: a token may hold anything, even that.
+constexpr struct {
+  const char* name;
+  const char* next;
+} kSecrets[] = {{"): accessToken: ", ", userName: "}, {"): playContextToken: ", ", offset: "}};
+
+/// Masks from the name to the last of what follows it, and to the end when that does not fit: the line was cut, or
+/// another ran into it. What follows without the name is the rest of a token, and nobody knows where it begins.
+void mask(std::string& text, const std::string& name, const std::string& next) {
+  const std::size_t named = text.find(name);
+  const std::size_t last = text.rfind(next);
+  if (named != std::string::npos) {
+    const std::size_t from = named + name.size();
+    const bool whole =
+        last != std::string::npos && last >= from && text.find(name, last) == std::string::npos;
+    text.replace(from, whole ? last - from : std::string::npos, kMask);
+  } else if (last != std::string::npos) {
+    text = kMask;
+  }
+}
 
 bool has(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
 
@@ -12,11 +38,14 @@ bool endsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
+// Whatever locale a host has set.
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isWord(char c) { return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+
 /// The identifier at a place, or nothing.
 std::string word(const std::string& text, std::size_t at) {
   std::size_t end = at;
-  while (end < text.size() && (std::isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_'))
-    ++end;
+  while (end < text.size() && isWord(text[end])) ++end;
   return text.substr(at, end - at);
 }
 
@@ -70,7 +99,7 @@ std::string meaningOf(const TraceLine& line) {
 
 TraceLine TraceLine::parse(const std::string& text) {
   TraceLine line{text, "?", "", ""};
-  if (text.compare(0, 18, "receiveAppMessage(") == 0) {
+  if (text.compare(0, std::strlen(kMessage), kMessage) == 0) {
     line.adapter = "VornAppMessaging";
     line.operation = "SendMessageToxApp";
   } else if (text.compare(0, 45, "VornMediaPlayerFactory::createDalMediaPlayer ") == 0) {
@@ -84,28 +113,39 @@ TraceLine TraceLine::parse(const std::string& text) {
 }
 
 std::string TraceLine::masked(const std::string& text) {
+  const TraceLine line = parse(text);
+  if (line.adapter == "?") return kMask;
+  if (line.operation == "SendMessageToxApp" && isSecretText(text)) return kMessage + std::string(kMask);
   std::string result = text;
-  const char* const secrets[][2] = {{"): accessToken: ", ", userName: "},
-                                    {"): playContextToken: ", ", offset: "}};
-  for (const auto& secret : secrets) {
-    const std::size_t begin = result.find(secret[0]);
-    if (begin == std::string::npos) continue;
-    const std::size_t from = begin + std::string(secret[0]).size();
-    const std::size_t to = result.rfind(secret[1]);  // the last: a token may hold anything
-    if (to != std::string::npos && to >= from) result.replace(from, to - from, "****");
-  }
+  for (const auto& secret : kSecrets) mask(result, secret.name, secret.next);
   return result;
 }
 
 std::string TraceLine::shape(const std::string& text) {
   std::string result;
   for (const char c : text) {
-    if (!std::isdigit(static_cast<unsigned char>(c)))
+    if (!isDigit(c))
       result += c;
     else if (result.empty() || result.back() != '#')
       result += '#';
   }
   return result;
+}
+
+std::vector<std::string> traceRecords(std::istream& trace) {
+  constexpr char kPrefix[] = " Time: ";
+  const std::size_t length = std::strlen(kPrefix);
+  std::vector<std::string> records;
+  for (std::string line; std::getline(trace, line);) {
+    if (line.compare(0, length, kPrefix) == 0) {
+      records.push_back(line.substr(length));
+    } else if (records.empty()) {
+      records.push_back(line);
+    } else {
+      records.back() += "\n" + line;
+    }
+  }
+  return records;
 }
 
 }  // namespace vorn_testing

@@ -40,7 +40,7 @@ TEST(TraceLine, SaysWhenALineIsNotTheLibrarys) { EXPECT_EQ(TraceLine::parse("hel
 
 TEST(TraceLine, MasksATokenToItsVeryEnd) {
   EXPECT_EQ(TraceLine::masked(kLogin).find("secret"), std::string::npos);
-  EXPECT_NE(TraceLine::masked(kLogin).find("accessToken: ****, userName: me"), std::string::npos);
+  EXPECT_NE(TraceLine::masked(kLogin).find("accessToken: ********, userName: me"), std::string::npos);
 }
 
 /// Runs the program on a trace of its own and keeps what it says.

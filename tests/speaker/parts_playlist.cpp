@@ -62,6 +62,8 @@ const Course kCourses[] = {
      [](auto& p) { return in(p), p.logout("x"), p.launchAndPlay("c", milliseconds(0), "x"); }, false,
      "STOPPED 1 0"},
     {"play", play, true, "PLAYING 1 1000"},
+    {"play from the very beginning",
+     [](auto& p) { return in(p), p.launchAndPlay("c", milliseconds(0), "x"); }, true, "PLAYING 1 0"},
     {"play without context", [](auto& p) { return in(p), p.launchAndPlay("", milliseconds(0), "x"); }, false,
      "STOPPED 1 0"},
     {"play from before the beginning",

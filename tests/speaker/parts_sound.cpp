@@ -93,6 +93,21 @@ TEST(MicrophoneTest, StopsFromInsideItsOwnBufferAndStartsAgainFromTheBeginning) 
   EXPECT_EQ(buffers, 53);
 }
 
+TEST(MicrophoneTest, DoesNotStartWhileItRuns) {
+  writeTone("/tmp/tone.wav", 16000, 1);
+  bool again = true;
+  Microphone* self = nullptr;
+  Microphone microphone(Microphone::Pace::kFast, [&](std::vector<short>&) {
+    again = self->start();
+    self->stop();
+  });
+  self = &microphone;
+  microphone.hear("/tmp/tone.wav");
+  ASSERT_TRUE(microphone.start());
+  microphone.wait();
+  EXPECT_FALSE(again);
+}
+
 TEST(MicrophoneTest, HasNothingToDeliverBeforeItHears) {
   Microphone microphone(Microphone::Pace::kFast, [](std::vector<short>&) { FAIL(); });
   EXPECT_FALSE(microphone.start());
@@ -216,6 +231,20 @@ TEST(PlayerTest, TellsWhyAStreamCannotBePlayed) {
   player.receive("noise", 5);
   player.endOfStream();
   EXPECT_EQ(told.find("FAILED: the stream for player 'Speech'"), 0U) << told;
+}
+
+TEST(PlayerTest, ForgetsAStreamOnceItIsPlayedOrAnotherIsAskedFor) {
+  writeTone("/tmp/tone.wav", 48000, 1);
+  const std::string tone = content("/tmp/tone.wav");
+  std::vector<std::string> told;
+  const auto tell = [&](const std::string& state) { told.push_back(state.substr(0, 6)); };
+  Player player("Speech", std::make_shared<WavSink>("/tmp/out.wav"));
+  player.receive("noise", 5);
+  player.Configure({true, "Speech", false}, tell);
+  player.receive(tone.data(), tone.size());
+  player.endOfStream();
+  player.endOfStream();
+  EXPECT_EQ(told, (std::vector<std::string>{"PLAYIN", "FINISH", "FAILED"}));
 }
 
 TEST(SinkTest, NamesAFileThatItCannotWriteAndTheRemedy) {

@@ -114,6 +114,23 @@ TEST_F(StoreTest, SaysThatItsMountIsReadOnly) {
       << store.problem();
 }
 
+TEST_F(StoreTest, WritesAllEntriesOrNone) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open() && store.write({{"a", "1"}}));
+  sqlite3* database = nullptr;
+  sqlite3_open(kFile, &database);
+  // Keys are kept as bytes.
+  ASSERT_EQ(sqlite3_exec(database,
+                         "CREATE TRIGGER t BEFORE INSERT ON entries WHEN new.key = x'62' "
+                         "BEGIN SELECT RAISE(FAIL, 'no b'); END",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+  EXPECT_FALSE(store.write({{"a", "2"}, {"b", "2"}}));
+  EXPECT_EQ(store.read("a"), (Entries{{"a", "1"}}));
+  EXPECT_TRUE(store.write({{"a", "3"}}) && store.read("a") == (Entries{{"a", "3"}}));
+}
+
 TEST_F(StoreTest, OpensTwiceAndForgetsAnEarlierProblem) {
   Store store(kFile);
   EXPECT_FALSE(store.clear());

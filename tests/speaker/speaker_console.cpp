@@ -27,7 +27,33 @@ TEST_F(Console, PointsAtAMistakeAndGoesOn) {
   EXPECT_TRUE(has(output, "getVolume() = 30"));
 }
 
-TEST_F(Console, TellsADisappointmentAndGoesOn) {
+TEST_F(Console, FailsFromAPipeAfterABadLineOrWhatWasNotMet) {
+  type("assistant VornDeviceInfo.getVolum\nassistant VornDeviceInfo.getVolume\n");
+  EXPECT_EQ(m_status, 1);
+  type("assistant VornDeviceInfo.getVolume\nexpect 1\n");
+  EXPECT_EQ(m_status, 1);
+  type("save /tmp/speaker/none/x\n");
+  EXPECT_EQ(m_status, 1);
+}
+
+TEST_F(Console, ReplacesNoFileThatItDidNotSave) {
+  const std::string mine = file("mine", "precious\n");
+  EXPECT_TRUE(has(type("section a\nsave " + mine + "\n"), "mine is there already; choose another name"));
+  EXPECT_EQ(content(mine), "precious\n");
+  type("section a\nsave " + mine + "2\nsection b\nsave " + mine + "2\n");
+  EXPECT_EQ(content(mine + "2"), "section a\nsection b\n");
+}
+
+TEST_F(Console, ShowsNothingOfALineThatItDidNotUnderstand) {
+  const std::string output = type(
+      "assistant VornDeviceInfo.notifyVolume x\nasistant y\nfirmware VornDeviceInfo.notifyVolumeChanged \x1b[2J\n");
+  EXPECT_TRUE(has(output, "  assistant\n            ^ expected"));
+  EXPECT_TRUE(has(output, "  \n  ^ expected one of assistant"));
+  EXPECT_TRUE(has(output, "  firmware VornDeviceInfo.notifyVolumeChanged\n"));
+  EXPECT_EQ(output.find('\x1b'), std::string::npos);
+}
+
+TEST_F(Console, TellsWhatWasNotMetAndGoesOn) {
   const std::string output =
       type("assistant VornDeviceInfo.getVolume\nexpect 1\nassistant VornDeviceInfo.getTimezone\n");
   EXPECT_TRUE(has(output, "expected the result 1, saw 30"));
@@ -136,6 +162,22 @@ TEST_F(Terminal, RemembersLinesAlsoWhenItIsEnded) {
   waitpid(m_child, &ended, 0);
   EXPECT_TRUE(WIFEXITED(ended) && WEXITSTATUS(ended) == 128 + SIGHUP) << ended;
   EXPECT_TRUE(has(content(std::string(kFolder) + "/console-history"), "getTimezone"));
+}
+
+TEST_F(Terminal, RemembersOnlyWhatItUnderstoodAndHoldsNoSecret) {
+  const std::string history = std::string(kFolder) + "/console-history";
+  for (const char* line : {" assistant VornEMPAdapterControl.login KEEP-THIS ada true 1s x",
+                           "assistant VornEMPAdapterControl.logn KEEP-THIS",
+                           "assistant VornDeviceInfo.setSystemSetting Psk KEEP-THIS",
+                           "assistant VornStorage.writeKeyValue {Psk=KEEP-THIS}", "expect KEEP-THIS",
+                           "KEEP-THIS", "assistant VornDeviceInfo.getVolume", "expect 31"}) {
+    type(line + std::string("\n"));
+    ASSERT_TRUE(shows("speaker> "));
+  }
+  EXPECT_EQ(quit(), 0);
+  EXPECT_EQ(content(history), "assistant VornDeviceInfo.getVolume\nexpect 31\n");
+  EXPECT_EQ(std::filesystem::status(history).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 }  // namespace

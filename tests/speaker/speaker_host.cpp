@@ -61,6 +61,20 @@ TEST_F(OwnHost, ThatCrashesIsNamedWithOperationAndStacks) {
   EXPECT_TRUE(has(output, "Thread main"));
 }
 
+TEST_F(OwnHost, MaySetALocaleWithADecimalComma) {
+  if (std::system(
+          "mkdir -p /tmp/locales && localedef -i de_DE -f UTF-8 /tmp/locales/de_DE.UTF-8 2>/dev/null") != 0)
+    GTEST_SKIP() << "the package locales is not here";
+  setenv("LOCPATH", "/tmp/locales", 1);
+  const std::string recording = std::string(kFolder) + "/comma";
+  run("record " + recording + " --host " VORN_OWN_HOST " --scenario " +
+      file("comma.scenario", "assistant VornDeviceCapabilities.onSetRangeValue 2.5\nexpect true\n"));
+  EXPECT_EQ(m_status, 0);
+  EXPECT_TRUE(has(content(recording), "\"arguments\":[\"2.5\"]"));
+  run("replay " + recording + " --host " VORN_OWN_HOST);
+  EXPECT_EQ(m_status, 0);
+}
+
 TEST_F(OwnHost, WithoutAnExternalPlayerIsNamed) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer ends the process at the null pointer, before it crashes";

@@ -111,7 +111,71 @@ TEST_F(Recordings, ThatCannotBeReadAreNamedWithTheLine) {
   EXPECT_EQ(m_status, 2);
   EXPECT_TRUE(has(run("report " + file("new", "{\"recording\":\"vorn-speaker\",\"version\":2}\n")),
                   "new:1: expected a recording of version 1"));
-  EXPECT_TRUE(has(run("report /tmp/speaker/none"), "found nothing to read"));
+  EXPECT_TRUE(has(run("report /tmp/speaker/none"), "cannot be read: No such file or directory"));
+}
+
+TEST_F(Recordings, LeaveTheScenarioAlone) {
+  const std::string scenario = file("mine.scenario", "assistant VornDeviceInfo.getVolume\n");
+  EXPECT_TRUE(
+      has(run("record " + scenario + " --scenario " + scenario), "is there already and is no recording"));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_EQ(content(scenario), "assistant VornDeviceInfo.getVolume\n");
+}
+
+TEST_F(Recordings, OnAFullDiskAreAFailure) {
+  const std::string output =
+      run("record /dev/full --scenario " + file("a.scenario", "assistant VornDeviceInfo.getVolume\n"));
+  EXPECT_EQ(m_status, 1);
+  EXPECT_TRUE(has(output, "/dev/full cannot be written: No space left on device"));
+}
+
+TEST_F(Recordings, WithNothingToPlayAreRefused) {
+  record("firmware VornDeviceInfo.notifyVolumeChanged 3\n");
+  EXPECT_TRUE(has(run("replay " + m_path), "expected calls of the assistant client, found none to play"));
+  EXPECT_EQ(m_status, 2);
+  run("replay " + file("empty", "{\"recording\":\"vorn-speaker\",\"version\":1}\n"));
+  EXPECT_EQ(m_status, 2);
+}
+
+TEST_F(Recordings, ThatNoHostCanAnswerAreToldWithTheLine) {
+  std::string text = record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
+  std::string other = text;
+  other.replace(other.find("\"operation\":\"getVolume\""), 23, "\"operation\":\"getVolumn\"");
+  EXPECT_TRUE(has(run("replay " + file("other", other)), "other:3: expected an operation of the slot 13"));
+  EXPECT_EQ(m_status, 2);
+  text.replace(text.rfind("\"arguments\":[]"), 14, "\"arguments\":[\"x\"]");
+  EXPECT_TRUE(has(run("replay " + file("more", text)), "more:3: expected the end of the line after"));
+  EXPECT_EQ(m_status, 2);
+}
+
+TEST_F(Recordings, ThatAreCutArePlayedAsFarAsTheyGo) {
+  const std::string text =
+      record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
+  const std::string output = run("replay " + file("cut", text.substr(0, text.size() - 9)));
+  EXPECT_TRUE(has(output, "cut:3: left out, the line is cut\n1 calls, all answered as recorded."));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Recordings, AreReportedWhereNothingCanBeWritten) {
+  record("assistant VornDeviceInfo.getVolume\n");
+  std::filesystem::remove_all(std::string(kFolder) + "/state");
+  file("state", "no folder");
+  EXPECT_TRUE(has(run("report " + m_path), "VornDeviceInfo.getVolume = 30"));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Recordings, DifferWithTheirPlace) {
+  std::string text = record("assistant VornDeviceInfo.getVolume\n");
+  text.replace(text.find("\"result\":\"30\""), 13, "\"result\":\"31\"");
+  EXPECT_TRUE(has(run("replay " + file("changed", text)), "changed:2: Call 1 is answered differently:\n"));
+}
+
+TEST_F(Recordings, OfBytesThatAreNoTextAreAnsweredTheSame) {
+  record(
+      "assistant VornStorage.open\nassistant VornStorage.writeKeyValue {a=\"\\xff\"}\n"
+      "assistant VornStorage.readKeyValue a\n");
+  run("replay " + m_path);
+  EXPECT_EQ(m_status, 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Scenarios of vorn-speaker: what they can say, and what happens when they cannot be read or are disappointed.
+// Scenarios of vorn-speaker: what they can say, and what happens when they cannot be read or expect what is not.
 
 #include "speaker/speaker_program.h"
 
@@ -92,6 +92,149 @@ TEST_F(Scenario, FailsWhenStrictAndAnOperationIsMissing) {
   EXPECT_TRUE(has(play("assistant VornDeviceInfo.getVolume\n", "--strict"),
                   "saw none of VornAlexaState.alexaStateChanged"));
   EXPECT_EQ(m_status, 1);
+}
+
+TEST_F(Scenario, ComparesEveryArgumentOfAnExpectedCall) {
+  const std::string call = "firmware VornDeviceInfo.notifySystemSettingChanged mode \"a, b\"\nexpect call ";
+  for (const char* same : {"mode \"a, b\"", ""}) {
+    play(call + "VornDeviceInfo.notifySystemSettingChanged " + same + "\n");
+    EXPECT_EQ(m_status, 0) << same;
+  }
+  for (const char* other : {"mode b", "other \"a, b\""}) {
+    play(call + "VornDeviceInfo.notifySystemSettingChanged " + other + "\n");
+    EXPECT_EQ(m_status, 1) << other;
+  }
+}
+
+TEST_F(Scenario, ComparesArgumentsAsValues) {
+  play(
+      "firmware VornAudioIn.notifyAlexaButtonPress tap 2s\nexpect call VornAudioIn.notifyAlexaButtonPress tap 2000\n"
+      "firmware VornDeviceInfo.notifyMuteChanged on\nexpect call VornDeviceInfo.notifyMuteChanged true\n"
+      "firmware VornAudioIn.sendAudioData [1, 2]\nexpect call VornAudioIn.sendAudioData [1, 2]\n");
+  EXPECT_EQ(m_status, 0);
+  play("firmware VornAudioIn.sendAudioData [1, 2]\nexpect call VornAudioIn.sendAudioData [1, 3]\n");
+  EXPECT_EQ(m_status, 1);
+  play(
+      "firmware VornDeviceInfo.notifyLocaleChange [a, b]\n"
+      "expect call VornDeviceInfo.notifyLocaleChange [\"a, b\"]\n");
+  EXPECT_EQ(m_status, 1);
+}
+
+TEST_F(Scenario, ComplainsOfACallThatCameThoughNoneShould) {
+  const std::string output =
+      play("assistant VornDeviceInfo.getVolume\nexpect no call VornDeviceInfo.getVolume\n");
+  EXPECT_EQ(m_status, 1);
+  EXPECT_TRUE(has(output, "expected no call VornDeviceInfo.getVolume, saw VornDeviceInfo.getVolume"));
+  play("assistant VornDeviceInfo.getVolume\nexpect no call VornDeviceInfo.getTimezone\n");
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Scenario, ComplainsOfSoundThatWasNotHeard) {
+  EXPECT_TRUE(has(play("expect heard some\n"), ":1: expected some samples heard, saw 0"));
+  EXPECT_EQ(m_status, 1);
+  EXPECT_TRUE(has(play("firmware VornAudioIn.sendAudioData [1, 2]\nexpect heard 3\n"),
+                  "expected 3 samples heard, saw 2"));
+  play("firmware VornAudioIn.sendAudioData [1, 2]\nfirmware VornAudioIn.sendAudioData [1]\nexpect heard 3\n");
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Scenario, ReadsTheTraceOfThisRunOnly) {
+  std::ofstream("/tmp/xAppLog.txt") << " Time: receiveAppMessage(earlier,,)\n";
+  EXPECT_TRUE(has(play("expect trace earlier\n"), "expected a trace line with earlier, saw"));
+  EXPECT_EQ(m_status, 1);
+  const std::string output =
+      play("firmware VornAppMessaging.SendMessageToxApp now a b\nexpect trace (now,\n");
+  EXPECT_EQ(m_status, 0);
+  EXPECT_FALSE(has(output, "(earlier,"));
+}
+
+TEST_F(Scenario, AnswersByTheFlagThatItWasTold) {
+  const std::string ask = "\nfirmware VornAppMessaging.SendMessageToxApp a b c\nexpect ";
+  play("answer messageAccepted on" + ask + "true\nanswer messageAccepted off" + ask + "false\n");
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Scenario, KeepsGoingWhenToldToAndCountsWhatWasNotMet) {
+  const std::string output = play(
+      "assistant VornDeviceInfo.getVolume\nexpect 1\nexpect 2\nexpect 30\nassistant VornDeviceInfo.getTimezone\n",
+      "--keep-going");
+  EXPECT_EQ(m_status, 1);
+  EXPECT_TRUE(has(output, "test.scenario:2: expected the result 1, saw 30\n"));
+  EXPECT_TRUE(has(output, "test.scenario: expectations that were not met: 2\n"));
+  EXPECT_TRUE(has(output, "getTimezone() ="));
+}
+
+TEST_F(Scenario, CallsFromSeveralThreadsAtOnce) {
+  // None of four answers before all four have arrived, so they overlap.
+  const std::string output =
+      play("together 4 VornStorage.readKeyValue x\nexpect 5\n", "--host " VORN_OWN_HOST);
+  for (const char* thread : {"assistant 1", "assistant 2", "assistant 3", "assistant 4"})
+    EXPECT_TRUE(has(output, std::string("down  ") + thread)) << thread;
+  EXPECT_TRUE(has(output, "saw {together=4}"));
+}
+
+TEST_F(Scenario, TellsResultsThatDifferBetweenThreads) {
+  EXPECT_TRUE(matches(play("together 2 VornAudioFocus.requestAudioFocus\nexpect true\n"),
+                      "expected the result true, saw (true; false|false; true)"));
+}
+
+TEST_F(Scenario, MakesCallsThrowUntilTheyAreRestored) {
+  play(
+      "fail VornDeviceInfo.getVolume \"no dial\"\nassistant VornDeviceInfo.getVolume\nexpect threw no dial\n"
+      "restore VornDeviceInfo.getVolume\nassistant VornDeviceInfo.getVolume\nexpect 30\n"
+      "fail VornDeviceInfo.notifyVolumeChanged lost\nfirmware VornDeviceInfo.notifyVolumeChanged 3\n"
+      "expect threw lost\n");
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Scenario, DelaysCallsUntilTheyAreRestored) {
+  const std::string recording = std::string(kFolder) + "/delayed";
+  run("record " + recording + " --scenario " +
+      file("delayed.scenario",
+           "delay VornDeviceInfo.getVolume 50ms\nassistant VornDeviceInfo.getVolume\nexpect 30\n"));
+  const std::string text = content(recording);
+  const std::size_t at = text.find("\"duration\":");
+  ASSERT_NE(at, std::string::npos);
+  EXPECT_GE(std::stol(text.substr(at + 11)), 50000);
+  const std::string output =
+      play("delay VornDeviceInfo.getVolume 3600s\nassistant VornDeviceInfo.getVolume\n", "--watchdog 1");
+  EXPECT_TRUE(has(output, "inside VornDeviceInfo.getVolume"));
+  EXPECT_EQ(m_status, 3);
+}
+
+TEST_F(Scenario, WaitsForACallFromAThreadOfTheHosts) {
+  const std::string output = play(
+      "assistant VornDeviceInfo.changeAlexaLocale later\n"
+      "expect call VornDeviceInfo.notifyLocaleChange later within 60s\n",
+      "--host " VORN_OWN_HOST);
+  EXPECT_EQ(m_status, 0) << output;
+  EXPECT_TRUE(has(play("assistant VornDeviceInfo.getVolume\n"
+                       "expect call VornDeviceInfo.notifyLocaleChange within 1ms\n"),
+                  "expected the call VornDeviceInfo.notifyLocaleChange, saw VornDeviceInfo.getVolume"));
+}
+
+TEST_F(Scenario, CountsWhatWasCalledAndHowManyWereNot) {
+  const std::string output = play("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_FALSE(has(output, "VornDeviceInfo.getTimezone  "));
+  EXPECT_TRUE(matches(output, "Operations that no call reached \\(--all tells them\\) +[0-9]+\n"));
+  EXPECT_TRUE(has(play("assistant VornDeviceInfo.getVolume\n", "--all"), "VornDeviceInfo.getTimezone  "));
+}
+
+TEST_F(Scenario, ShowsNoControlCharacters) {
+  const std::string output = play(
+      "section \"a\\x1b[2Jb\"\nassistant VornDeviceInfo.setSystemSetting \"\\x1b[3J\" \"\\x07\"\n"
+      "expect \"\\x1b[4J\"\nexpect trace \"\\x1b[5J\"\nfail VornDeviceInfo.getVolume \"\\x1b[6J\"\n"
+      "assistant VornDeviceInfo.getVolume\nexpect 3\n",
+      "--keep-going");
+  EXPECT_EQ(output.find('\x1b'), std::string::npos) << output;
+  EXPECT_TRUE(has(output, "\na\\x1b[2Jb\n"));
+}
+
+TEST_F(Scenario, IsReadWithCarriageReturnsAndAByteOrderMark) {
+  play(
+      "\xef\xbb\xbf"
+      "assistant VornDeviceInfo.getVolume\rexpect 30\r\nexpect 30\r");
+  EXPECT_EQ(m_status, 0);
 }
 
 struct Mistake {

@@ -2,9 +2,10 @@
 
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
+#include <locale>
 #include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -40,9 +41,11 @@ inline std::string text(bool value) { return value ? "true" : "false"; }
 inline std::string text(int value) { return std::to_string(value); }
 inline std::string text(std::int64_t value) { return std::to_string(static_cast<long long>(value)); }
 inline std::string text(double value) {
-  char digits[32];
-  std::snprintf(digits, sizeof digits, "%.17g", value);
-  return digits;
+  std::ostringstream digits;
+  digits.imbue(std::locale::classic());  // A point, whatever locale a host has set.
+  digits.precision(17);
+  digits << value;
+  return digits.str();
 }
 inline std::string text(std::chrono::milliseconds value) { return text(value.count()) + "ms"; }
 inline std::string text(const void* value) { return value ? "object" : "null"; }

@@ -24,6 +24,8 @@
 #include <string>
 #include <vector>
 
+#include "Masking.h"
+
 /// The one list of operations, for whatever treats them all alike: doubles, tables, printers, recorders.
 ///
 /// What guards the list does not stand on it: docs/operations.tsv is written by hand, so that a slip here is not
@@ -66,27 +68,6 @@ inline std::vector<std::string> parameterNames(const Operation& operation) {
     at += length + (at[length] == ' ');
   }
   return names;
-}
-
-/// Whether what bears this name must not be printed: a parameter, a key of a setting, a key in a store.
-///
-/// Case and what stands between words do not matter: accessToken, wifi_password and API-KEY are all secret. A word inside
-/// another counts too: a harmless value that is masked is the smaller harm.
-inline bool isSecretName(const std::string& name) {
-  std::string letters;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const char c = name[i];
-    if (c >= 'A' && c <= 'Z') letters += static_cast<char>(c - 'A' + 'a');
-    if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) letters += c;
-  }
-  static const char* const kWords[] = {"token",      "password",   "passwd",     "passphrase",  "passcode",
-                                       "pwd",        "psk",        "apikey",     "accesskey",   "privatekey",
-                                       "credential", "secret",     "setupcode",  "pairingcode", "authcode",
-                                       "wpakey",     "encryptkey", "networkkey", "pincode"};
-  for (const char* const word : kWords) {
-    if (letters.find(word) != std::string::npos) return true;
-  }
-  return false;
 }
 
 /// A constructor in the list, which no pointer can name.

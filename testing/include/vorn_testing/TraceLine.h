@@ -1,6 +1,8 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace vorn_testing {
 
@@ -14,11 +16,15 @@ struct TraceLine {
   /// Takes a message apart. Never fails: what is not known becomes adapter "?".
   static TraceLine parse(const std::string& text);
 
-  /// The message with access tokens and play context tokens replaced by "****".
+  /// The message with its secrets masked. Fails closed: what no line of the library looks like is masked whole, and
+  /// of a line that was cut or ran into the next everything that may be part of a token.
   static std::string masked(const std::string& text);
 
   /// The message with its numbers replaced by "#": lines that differ in them only are alike.
   static std::string shape(const std::string& text);
 };
+
+/// Cuts a trace into records: a line that begins with " Time: " begins one, other lines go on with it.
+std::vector<std::string> traceRecords(std::istream& trace);
 
 }  // namespace vorn_testing

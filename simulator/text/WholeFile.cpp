@@ -1,0 +1,102 @@
+#include "WholeFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <locale>
+#include <streambuf>
+
+namespace vorn_speaker {
+
+/// Writes to a descriptor, and keeps the reason of the first failure.
+class WholeFile::Bytes : public std::streambuf {
+ public:
+  explicit Bytes(int descriptor) : m_descriptor(descriptor) {
+    setp(m_buffer.data(), m_buffer.data() + m_buffer.size());
+  }
+  ~Bytes() override { close(); }
+
+  int error() const { return m_error; }
+
+  bool close() {
+    if (m_descriptor < 0) return m_error == 0;
+    sync();
+    if (::close(m_descriptor) != 0) failed();
+    m_descriptor = -1;
+    return m_error == 0;
+  }
+
+ protected:
+  int_type overflow(int_type byte) override {
+    if (sync() != 0) return traits_type::eof();
+    if (!traits_type::eq_int_type(byte, traits_type::eof())) sputc(traits_type::to_char_type(byte));
+    return traits_type::not_eof(byte);
+  }
+
+  int sync() override {
+    const char* at = pbase();
+    while (at < pptr() && m_error == 0) {
+      const ssize_t written = ::write(m_descriptor, at, static_cast<std::size_t>(pptr() - at));
+      if (written >= 0) {
+        at += written;
+      } else if (errno != EINTR) {
+        failed();
+      }
+    }
+    setp(m_buffer.data(), m_buffer.data() + m_buffer.size());
+    return m_error == 0 ? 0 : -1;
+  }
+
+ private:
+  void failed() {
+    if (m_error == 0) m_error = errno;
+  }
+
+  int m_descriptor;
+  int m_error = 0;
+  std::array<char, 1 << 14> m_buffer;
+};
+
+WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
+  if (char* const real = ::realpath(path.c_str(), nullptr)) {
+    m_target = real;
+    std::free(real);
+  }
+  struct stat there {};
+  const bool exists = ::stat(m_target.c_str(), &there) == 0;
+  int descriptor = -1;
+  if (exists && S_ISREG(there.st_mode)) {
+    m_aside = m_target + ".XXXXXX";
+    descriptor = ::mkostemp(&m_aside[0], O_CLOEXEC);
+    if (descriptor < 0) m_aside.clear();
+  } else {
+    const int flags = O_WRONLY | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL);
+    descriptor = ::open(m_target.c_str(), flags, S_IRUSR | S_IWUSR);
+  }
+  if (descriptor < 0) fail(errno);
+  m_bytes = std::make_unique<Bytes>(descriptor);
+  m_stream = std::make_unique<std::ostream>(m_bytes.get());
+  m_stream->imbue(std::locale::classic());
+}
+
+WholeFile::~WholeFile() {
+  if (!m_aside.empty()) ::unlink(m_aside.c_str());
+}
+
+void WholeFile::finish() {
+  if (!m_bytes->close()) fail(m_bytes->error());
+  if (!m_aside.empty() && ::rename(m_aside.c_str(), m_target.c_str()) != 0) fail(errno);
+  m_aside.clear();
+}
+
+void WholeFile::fail(int error) const {
+  throw NotWritten(m_path + " cannot be written: " + std::strerror(error));
+}
+
+}  // namespace vorn_speaker

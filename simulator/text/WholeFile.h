@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+namespace vorn_speaker {
+
+/// A file could not be written whole; what() names it and the reason.
+class NotWritten : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A file that only its owner may read, and that appears whole where it takes the place of another: it is written aside
+/// and renamed. What is no regular file, such as a pipe or a device, is written as it is.
+class WholeFile {
+ public:
+  /// @throws NotWritten
+  explicit WholeFile(const std::string& path);
+
+  /// Removes what was written aside and never finished.
+  ~WholeFile();
+
+  WholeFile(const WholeFile&) = delete;
+  WholeFile& operator=(const WholeFile&) = delete;
+
+  std::ostream& stream() { return *m_stream; }
+
+  /// Every byte is on its way to the disk, and the file in its place. @throws NotWritten
+  void finish();
+
+ private:
+  class Bytes;
+
+  [[noreturn]] void fail(int error) const;
+
+  const std::string m_path;
+  std::string m_target;  ///< Behind links.
+  std::string m_aside;   ///< Empty when nothing is replaced.
+  std::unique_ptr<Bytes> m_bytes;
+  std::unique_ptr<std::ostream> m_stream;
+};
+
+}  // namespace vorn_speaker

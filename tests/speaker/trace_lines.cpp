@@ -1,0 +1,199 @@
+// Lines of the trace, taken apart and masked: what goes in, what comes out.
+
+#include <gtest/gtest.h>
+#include <vorn_testing/Masking.h>
+#include <vorn_testing/TraceLine.h>
+
+#include <sstream>
+#include <string>
+
+namespace {
+
+using vorn_testing::TraceLine;
+using vorn_testing::traceRecords;
+
+#define CONTROL "VornDeviceAbstractionLayer::VornEMPAdapterControl::"
+constexpr char kLogin[] =
+    "bool " CONTROL
+    "login(const string&, const string&, bool, std::chrono::milliseconds, std::string): "
+    "accessToken: ";
+constexpr char kAfterToken[] = ", userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: kitchen";
+constexpr char kLaunch[] = "bool " CONTROL
+                           "launchAndPlay(std::string, std::chrono::milliseconds, std::string): "
+                           "playContextToken: ";
+constexpr char kLogout[] = "bool " CONTROL "logout(std::string): playerId: kitchen";
+constexpr char kSecret[] = "KEEP-THIS";
+
+struct Meaning {
+  const char* line;
+  const char* adapter;
+  const char* operation;
+  const char* meaning;
+};
+
+class Meanings : public testing::TestWithParam<Meaning> {};
+
+TEST_P(Meanings, AreToldByClassAndOperation) {
+  const TraceLine line = TraceLine::parse(GetParam().line);
+  EXPECT_EQ(line.adapter, GetParam().adapter);
+  EXPECT_EQ(line.operation, GetParam().operation);
+  EXPECT_EQ(line.meaning, GetParam().meaning);
+}
+
+#define AUDIO "void VornDeviceAbstractionLayer::VornAudioIn::"
+const Meaning kMeanings[] = {
+    {"hello", "?", "", "not a line of the library"},
+    {"", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::VornAudioIn", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::VornAudioIn::", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::VornAudioIn::sendAudioData", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::Other::call()", "?", "", "not a line of the library"},
+    {"VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)",
+     "VornAudioIn", "VornAudioIn", "an object of the class was made"},
+    {"static std::shared_ptr<" CONTROL "X> " CONTROL "CreateInstance(int)", "VornEMPAdapterControl",
+     "CreateInstance", "the firmware asked for the adapter to be created"},
+    {"static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> " CONTROL "getInstance()",
+     "VornEMPAdapterControl", "getInstance", "somebody fetched the adapter"},
+    {"void VornDeviceAbstractionLayer::VornOOBE::sendCBLInfo(std::string&) m_instance is Null", "VornOOBE",
+     "sendCBLInfo", "dropped: the adapter has no instance"},
+    {"void VornDeviceAbstractionLayer::VornOOBE::notifyOOBEInitiated() dalinstance is Null", "VornOOBE",
+     "notifyOOBEInitiated", "dropped: the assistant client has no object for it"},
+    {AUDIO "sendAudioData(std::vector<short int>&) dalInstance is NULL", "VornAudioIn", "sendAudioData",
+     "buffer dropped: the assistant client takes no audio yet"},
+    {AUDIO "sendAudioData(std::vector<short int>&) calling AudioInHelper getInstance 3", "VornAudioIn",
+     "sendAudioData", "looking for who takes the audio, at the buffer of this number"},
+    {AUDIO "sendAudioData(std::vector<short int>&) calling xApp API count=3", "VornAudioIn", "sendAudioData",
+     "the buffer of this number is handed to the assistant"},
+    {AUDIO "setAlexaHandsFreeState(bool) calling xApp API", "VornAudioIn", "setAlexaHandsFreeState",
+     "about to be told to the host, whatever the line says of an xApp"},
+    {AUDIO "notifyAlexaInvocationDetected(std::string) calling xApp API", "VornAudioIn",
+     "notifyAlexaInvocationDetected", "about to be told to the host, whatever the line says of an xApp"},
+    {AUDIO "notifyAlexaButtonReleased() calling xApp API", "VornAudioIn", "notifyAlexaButtonReleased",
+     "about to be told to the assistant"},
+    {"VornMediaPlayerFactory::createDalMediaPlayer WARNING: returning NULLPTR", "VornMediaPlayerFactory",
+     "createDalMediaPlayer", "no such media player, and no DefaultMediaPlayer"},
+    {"VornMediaPlayerFactory::createDalMediaPlayer name=x", "VornMediaPlayerFactory", "createDalMediaPlayer",
+     "a media player was asked for by this name"},
+    {"receiveAppMessage(a,b,c)", "VornAppMessaging", "SendMessageToxApp",
+     "a message goes up to the app; commas in its texts are not marked"},
+    {kLogout, "VornEMPAdapterControl", "logout",
+     "a command for the external player arrived; the host is called if there is an instance"},
+    {"std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onMute(bool)",
+     "VornDeviceCapabilities", "onMute", "a directive arrived; the host is called if there is an instance"},
+    {"void VornDeviceAbstractionLayer::VornCommsManager::notifyCallAction(int)", "VornCommsManager",
+     "notifyCallAction", "a call action is handed to the assistant"},
+    {"void VornDeviceAbstractionLayer::VornCommsManager::onCommsStateChanged(int)", "VornCommsManager",
+     "onCommsStateChanged", "a new state of calls is handed to the host"},
+    {"void VornDeviceAbstractionLayer::VornStorage::open()", "VornStorage", "open",
+     "the operation was called"},
+};
+
+INSTANTIATE_TEST_SUITE_P(TraceLine, Meanings, testing::ValuesIn(kMeanings));
+
+TEST(TraceMasking, ReplacesATokenAndLeavesTheRest) {
+  EXPECT_EQ(TraceLine::masked(kLogin + std::string(kSecret) + kAfterToken),
+            kLogin + std::string("********") + kAfterToken);
+  EXPECT_EQ(TraceLine::masked(kLaunch + std::string(kSecret) + ", offset: 5ms, playerId: x"),
+            kLaunch + std::string("********, offset: 5ms, playerId: x"));
+  EXPECT_EQ(TraceLine::masked(kLogout), kLogout);
+}
+
+TEST(TraceMasking, HidesWhatIsNoLineOfTheLibraryWhole) {
+  EXPECT_EQ(TraceLine::masked("hello"), "********");
+  EXPECT_EQ(TraceLine::masked(kSecret + std::string(kAfterToken)), "********");
+}
+
+TEST(TraceMasking, HidesAMessageThatNamesASecret) {
+  EXPECT_EQ(TraceLine::masked("receiveAppMessage(wifi password,KEEP-THIS,x)"), "receiveAppMessage(********");
+  EXPECT_EQ(TraceLine::masked("receiveAppMessage(a,b,c)"), "receiveAppMessage(a,b,c)");
+}
+
+/// A login as the library writes it, with the token that is told.
+std::string loginOf(const std::string& token) { return " Time: " + (kLogin + token) + kAfterToken + "\n"; }
+
+/// All that is shown of a trace.
+std::string shown(const std::string& trace) {
+  std::istringstream stream(trace);
+  std::string text;
+  for (const std::string& record : traceRecords(stream)) text += TraceLine::masked(record) + "\n";
+  return text;
+}
+
+class HostileTokens : public testing::TestWithParam<const char*> {};
+
+TEST_P(HostileTokens, AreNotShown) {
+  EXPECT_EQ(shown(loginOf(GetParam())).find(kSecret), std::string::npos) << shown(loginOf(GetParam()));
+}
+
+const char* const kTokens[] = {
+    "KEEP-THIS",
+    "a, userName: KEEP-THIS, userName: b",
+    "a\nKEEP-THIS",
+    "a\n Time: KEEP-THIS",
+    "a\n Time: KEEP-THIS\n Time: b",
+    "KEEP-THIS\n",
+    "\n\n\nKEEP-THIS\n\n",
+    "): accessToken: KEEP-THIS, userName: ): accessToken: KEEP-THIS",
+    "): playContextToken: KEEP-THIS, offset: KEEP-THIS",
+    "a\n Time: void VornDeviceAbstractionLayer::VornAudioIn::startStreaming(KEEP-THIS",
+    "\x1b[2JKEEP-THIS",
+};
+
+INSTANTIATE_TEST_SUITE_P(Trace, HostileTokens, testing::ValuesIn(kTokens));
+
+// Bytes may be missing anywhere: the disk was full, or the file was moved while it was read.
+TEST(TraceMasking, HidesATokenOfALineThatIsTornAnywhere) {
+  const std::string before = " Time: " + std::string(kLogout) + "\n";
+  const std::string login = loginOf(kSecret);
+  for (std::size_t at = 0; at <= login.size(); ++at) {
+    EXPECT_EQ(shown(login.substr(0, at) + before).find(kSecret), std::string::npos) << at;
+    EXPECT_EQ(shown(login.substr(0, at) + login).find(kSecret), std::string::npos) << at;
+    EXPECT_EQ(shown(before + login.substr(at)).find(kSecret), std::string::npos) << at;
+  }
+}
+
+TEST(TraceMasking, GoesToTheEndWhenASecondTokenFollowsTheFirst) {
+  const std::string first = kLogin + std::string("a, userName: b");
+  EXPECT_EQ(TraceLine::masked(first + " Time: " + kLogin + kSecret), kLogin + std::string("********"));
+}
+
+TEST(TraceRecords, BeginWithTheirPrefixAndGoOnWithoutIt) {
+  std::istringstream trace("rest\n Time: one\n Time: two\nmore\n\n Time:x\n Time: last");
+  EXPECT_EQ(traceRecords(trace), (std::vector<std::string>{"rest", "one", "two\nmore\n\n Time:x", "last"}));
+}
+
+TEST(TraceShapes, DifferInMoreThanNumbers) {
+  EXPECT_EQ(TraceLine::shape("count=12 of 3456"), "count=# of #");
+  EXPECT_EQ(TraceLine::shape("019"), "#");
+  EXPECT_EQ(TraceLine::shape("a/b:c"), "a/b:c");
+}
+
+struct Name {
+  const char* text;
+  bool secret;
+};
+
+class Names : public testing::TestWithParam<Name> {};
+
+TEST_P(Names, AreSecretByTheirLetters) {
+  EXPECT_EQ(vorn_testing::isSecretName(GetParam().text), GetParam().secret);
+}
+
+const Name kNames[] = {
+    {"accessToken", true},  {"ACCESS_TOKEN", true},  {"access-token", true}, {"access token", true},
+    {"passwd", true},       {"wifiPassword", true},  {"PWD", true},          {"passphrase", true},
+    {"wifi_psk", true},     {"apiKey", true},        {"api.key", true},      {"credentials", true},
+    {"clientSecret", true}, {"t\no\nk\ne\nn", true}, {"networkKey", true},   {"", false},
+    {"key", false},         {"channel", false},      {"tok", false},         {"friendlyName", false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Masking, Names, testing::ValuesIn(kNames));
+
+TEST(Masking, KnowsATextThatWasMaskedOnce) {
+  EXPECT_TRUE(vorn_testing::isSecretText("hello ********"));
+  EXPECT_TRUE(vorn_testing::isSecretText("the token: 1"));
+  EXPECT_FALSE(vorn_testing::isSecretText("hello *******"));
+}
+
+}  // namespace
