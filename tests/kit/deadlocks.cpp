@@ -372,8 +372,29 @@ TEST_F(TwoThreads, AreToldButNotRefusedWhileTheOtherMayGoOn) {
   second.join();
   VornDeviceInfo::Shutdown();
   EXPECT_EQ(refusals, 0);
+  struct sigaction action = {};
+  sigaction(SIGURG, nullptr, &action);
+  EXPECT_EQ(action.sa_handler, SIG_DFL) << "the signal that asked the holder is free again";
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(findings[0].rule, Finding::kLongWait);
+}
+
+TEST_F(TwoThreads, AreToldWhenAnOperationWaitsForAMutexThatTheHostHoldsElsewhere) {
+  std::mutex own;
+  Event held;
+  std::thread holder([&] {
+    const std::lock_guard<std::mutex> lock(own);
+    held.set_value();
+    wait(told);
+  });
+  wait(held);
+  behind.recorder->onCall([&](const vorn_testing::Call&) { const std::lock_guard<std::mutex> lock(own); });
+  VornDeviceInfo::CreateInstance(doctor)->getVolume();
+  holder.join();
+  VornDeviceInfo::Shutdown();
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(findings[0].message.find("VornDeviceInfo::getVolume() asks for the mutex at 0x"), 0U)
+      << findings[0].message;
 }
 
 TEST_F(TwoThreads, AreToldWhenEachHoldsWhatTheOtherWants) {

@@ -85,9 +85,9 @@ extern "C" int watchesHere() {
   Careless host;
   std::vector<Finding> findings;
   const auto onFinding = [&](const Finding& finding) { findings.push_back(finding); };
+  const auto rightsBefore = rights();
   // So that whatever is bound at its first call is bound.
   { vorn_testing::DoctorHost first(host, onFinding); }
-  const auto rightsBefore = rights();
   const auto memoryBefore = closedMemory();
   {
     vorn_testing::DoctorHost doctor(host, onFinding);
