@@ -50,8 +50,8 @@ void Tally::print(std::ostream& out, bool all) const {
   }
   row("VornEMPAdapterControl: getEMPAdapter, asked before each command", true, count(kHostInterface, 33));
   if (silent > 0 && !all)
-    out << std::left << std::setw(kNameWidth) << "Operations that no call reached (--all tells them)" << std::right
-        << std::setw(2 * kCountWidth) << silent << '\n';
+    out << std::left << std::setw(kNameWidth) << "Operations that no call reached (--all tells them)"
+        << std::right << std::setw(2 * kCountWidth) << silent << '\n';
   out << std::left << std::setw(kNameWidth) << "Together" << std::right << std::setw(kCountWidth) << down
       << std::setw(kCountWidth) << up << '\n';
 }

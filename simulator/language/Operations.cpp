@@ -39,8 +39,7 @@ std::size_t distanceBelow(std::size_t limit, const std::string& left, const std:
 
 /// The full name of the operation that was meant, or nothing.
 std::string nearestOperation(const std::string& word) {
-  std::vector<std::string> names;
-  std::vector<std::string> shortNames;
+  std::vector<std::string> names, shortNames;
   for (const Operation& operation : operations()) {
     names.push_back(operation.fullName());
     shortNames.push_back(operation.name);

@@ -99,6 +99,7 @@ namespace {
 
 constexpr char kAnOperation[] = "an operation such as VornDeviceInfo.getVolume";
 constexpr int kMostThreads = 64;
+constexpr int kMostMistakes = 100;
 
 using Names = std::vector<std::string>;
 
@@ -323,11 +324,17 @@ std::vector<Step> readScenario(const std::string& file, const std::string& text)
   std::vector<Step> steps;
   std::string problems;
   std::size_t number = 0;
+  int mistakes = 0;
   for (const std::string& line : lines(text)) {
     ++number;
+    if (mistakes == kMostMistakes) {
+      problems += "\n" + oneLine(file) + ": that is enough of mistakes, the rest was not read";
+      break;
+    }
     try {
       if (auto play = readStatement(line)) steps.push_back({number, std::move(play)});
     } catch (const Unreadable& error) {
+      ++mistakes;
       problems += (problems.empty() ? "" : "\n") + oneLine(file) + ":" + std::to_string(number) + ":" +
                   std::to_string(error.column) + ": " + error.what();
     }

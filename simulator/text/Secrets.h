@@ -2,9 +2,11 @@
 
 #include <vorn_testing/Masking.h>
 
+#include <map>
 #include <mutex>
-#include <set>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "Tokens.h"
@@ -37,7 +39,8 @@ class KnownSecrets {
 
  private:
   mutable std::mutex m_mutex;
-  std::set<std::string> m_values;
+  /// By their first characters, then by their length: a text is looked through once, however many they are.
+  std::unordered_map<std::string, std::map<std::size_t, std::unordered_set<std::string>>> m_values;
 };
 
 }  // namespace vorn_speaker

@@ -195,6 +195,19 @@ TEST(Scenarios, AreReadWithEveryEndOfLine) {
   EXPECT_EQ(steps[2].line, 4U);
 }
 
+TEST(Scenarios, AreNotReadBeyondAHundredMistakes) {
+  std::string text;
+  for (int i = 0; i < 101; ++i) text += "mistake\n";
+  try {
+    readScenario("x", text);
+    FAIL() << "it was read";
+  } catch (const BadScenario& error) {
+    const std::string told = error.what();
+    EXPECT_NE(told.find("\nx:100:1: "), std::string::npos);
+    EXPECT_EQ(told.substr(told.rfind('\n') + 1), "x: that is enough of mistakes, the rest was not read");
+  }
+}
+
 struct Masking {
   const char* line;
   const char* shown;

@@ -287,7 +287,17 @@ TEST(KnownSecrets, AreFoundAgainUnlessTheyAreShort) {
   known.add({"abcdef", "abcde"});
   EXPECT_TRUE(known.in("x abcdef y"));
   EXPECT_FALSE(known.in("x abcde y"));
+  EXPECT_TRUE(known.in("abcdef"));
+  EXPECT_FALSE(known.in("abcdeabcdxf"));
   EXPECT_FALSE(KnownSecrets().in("token"));
+}
+
+RC_GTEST_PROP(KnownSecrets, AreFoundInsideAnyText,
+              (const std::string& before, const std::string& secret, const std::string& after)) {
+  RC_PRE(secret.size() >= 6U);
+  KnownSecrets known;
+  known.add({secret, secret + "x", secret.substr(0, 6) + "other"});
+  RC_ASSERT(known.in(before + secret + after));
 }
 
 }  // namespace
