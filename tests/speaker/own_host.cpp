@@ -16,7 +16,7 @@ namespace {
 
 class OwnHost : public vorn_testing::NullHost {
  public:
-  OwnHost() { std::setlocale(LC_ALL, "de_DE.UTF-8"); }
+  OwnHost() { std::setlocale(LC_NUMERIC, "comma"); }
   ~OwnHost() override {
     if (m_news.joinable()) m_news.join();
     std::puts("the own host is destroyed");

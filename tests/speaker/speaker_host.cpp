@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "speaker/comma_locale.h"
 #include "speaker/speaker_program.h"
 
 namespace {
@@ -62,10 +63,7 @@ TEST_F(OwnHost, ThatCrashesIsNamedWithOperationAndStacks) {
 }
 
 TEST_F(OwnHost, MaySetALocaleWithADecimalComma) {
-  if (std::system(
-          "mkdir -p /tmp/locales && localedef -i de_DE -f UTF-8 /tmp/locales/de_DE.UTF-8 2>/dev/null") != 0)
-    GTEST_SKIP() << "the package locales is not here";
-  setenv("LOCPATH", "/tmp/locales", 1);
+  if (!makeCommaLocale()) GTEST_SKIP() << "the package locales is not here";
   const std::string recording = std::string(kFolder) + "/comma";
   run("record " + recording + " --host " VORN_OWN_HOST " --scenario " +
       file("comma.scenario", "assistant VornDeviceCapabilities.onSetRangeValue 2.5\nexpect true\n"));
