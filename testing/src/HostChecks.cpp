@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "checks/Checks.h"
 
@@ -16,9 +17,13 @@ const checks::Checks& all() {
     checks::addStoreChecks(*made);
     checks::addSettingChecks(*made);
     checks::addLifeChecks(*made);
+    checks::addHostChecks(*made);
     std::stable_sort(made->begin(), made->end(), [](const checks::Check& left, const checks::Check& right) {
       const auto place = [](const checks::Check& check) {
-        return check.shown.id.substr(0, check.shown.id.rfind('/'));
+        const std::string& id = check.shown.id;
+        const std::size_t slash = id.rfind('/');
+        const int turn = check.shown.slot == 1 ? 2 : id.compare(slash, id.npos, "/answers") == 0 ? 0 : 1;
+        return std::make_pair(turn, id.substr(0, slash));
       };
       return place(left) < place(right);
     });
@@ -38,11 +43,63 @@ const std::vector<HostCheck>& hostChecks() {
   return *kShown;
 }
 
-HostVerdict runHostCheck(const HostCheck& check, const HostMaker& maker, const HostDemands& demands) {
+const std::vector<std::string>& hostAreas() { return checks::areas(); }
+
+struct HostCheckRun::State {
+  HostMaker maker;
+  HostDemands demands;
+  checks::Known known;
+};
+
+HostCheckRun::HostCheckRun(HostMaker maker, HostDemands demands)
+    : m_state(new State{std::move(maker), std::move(demands), {}}) {
+  for (const auto* const areas : {&m_state->demands.without, &m_state->demands.required}) {
+    for (const std::string& area : *areas) {
+      if (std::find(hostAreas().begin(), hostAreas().end(), area) == hostAreas().end())
+        throw std::invalid_argument("there is no area " + area + ", see hostAreas()");
+    }
+  }
+  // What the host does not offer is not called either.
+  for (const checks::Operation& operation : checks::operations()) {
+    if (m_state->demands.without.count(checks::areaOf(operation.name))) m_state->known.dead.insert(operation.name);
+  }
+}
+
+HostVerdict HostCheckRun::run(const HostCheck& check) {
   for (const checks::Check& known : all()) {
-    if (known.shown.id == check.id) return checks::runWatched(known, maker, demands);
+    if (known.shown.id != check.id) continue;
+    const std::string area = checks::areaOf(check.operation);
+    HostVerdict verdict{HostVerdict::kNotAsked, "the host is said to be without " + area, true, "", {}, false,
+                        false, "", {}};
+    if (m_state->demands.without.count(area)) return verdict;
+    verdict = checks::runWatched(known, m_state->maker, m_state->demands, m_state->known);
+    if (verdict.kind == HostVerdict::kNotAsked && verdict.refused && m_state->demands.required.count(area)) {
+      verdict.kind = HostVerdict::kBroken;
+      verdict.detail = area + " is required and could not be asked: " + verdict.detail;
+    }
+    remember(check, verdict);
+    return verdict;
   }
   throw std::invalid_argument("there is no check " + check.id + ", see hostChecks()");
+}
+
+void HostCheckRun::remember(const HostCheck& check, const HostVerdict& verdict) {
+  if (verdict.kind != HostVerdict::kBroken) return;
+  m_state->known.broken.insert(check.id);
+  const std::string culprit = verdict.detail.substr(0, verdict.detail.find('('));
+  const std::string kAnswers = "/answers";
+  const bool plainly = check.id.size() > kAnswers.size() &&
+                       check.id.compare(check.id.size() - kAnswers.size(), kAnswers.size(), kAnswers) == 0;
+  if (plainly) m_state->known.dead.insert(check.operation);
+  if (verdict.hung || plainly) {
+    for (const checks::Operation& operation : checks::operations()) {
+      if (operation.name == culprit) m_state->known.dead.insert(culprit);
+    }
+  }
+}
+
+HostVerdict runHostCheck(const HostCheck& check, const HostMaker& maker, const HostDemands& demands) {
+  return HostCheckRun(maker, demands).run(check);
 }
 
 }  // namespace vorn_testing

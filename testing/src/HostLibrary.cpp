@@ -2,8 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <stdexcept>
 
+#include "checks/Trial.h"
 #include "vorn_testing/HostEntry.h"
 
 namespace vorn_testing {
@@ -34,6 +36,36 @@ std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> HostLibrary::makeHost
   VornDeviceAbstractionLayer::VornDALImplIF* const host = m_create();
   if (!host) return nullptr;
   return {host, m_destroy};
+}
+
+std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bound) {
+  const auto run = [path](checks::Trial& trial) {
+    std::unique_ptr<HostLibrary> library;
+    trial.explain("while " + path + " was loaded");
+    trial.ask("the library", [&] {
+      try {
+        library = std::make_unique<HostLibrary>(path);
+      } catch (const std::runtime_error& problem) {
+        trial.broken(problem.what());
+      }
+    });
+    trial.explain("while it made a host");
+    std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> host;
+    trial.ask("vornCreateHost()", [&] { host = library->makeHost(); });
+    if (!host) trial.broken("vornCreateHost() answers null");
+    trial.explain("while it destroyed a host that was never called");
+    trial.ask("vornDestroyHost()", [&] { host.reset(); });
+    trial.explain("while its process ended");
+    trial.ask("the library", [] { std::exit(checks::kOrderly); });
+  };
+  HostDemands demands;
+  demands.bound = bound;
+  const checks::Check check{HostCheck{"", "", 0, "", ""}, run};
+  const HostVerdict verdict = checks::runWatched(check, nullptr, demands, checks::Known());
+  std::string detail = verdict.detail;
+  if (detail.compare(0, 15, "vornDestroyHost") == 0) return "";  // there are checks of that
+  for (const std::string& frame : verdict.stack) detail += "\n    " + frame;
+  return verdict.kind == HostVerdict::kKept ? "" : detail;
 }
 
 }  // namespace vorn_testing

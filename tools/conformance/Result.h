@@ -2,7 +2,12 @@
 
 #include <vorn_testing/HostChecks.h>
 
+#include <chrono>
+#include <map>
 #include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace vorn_conformance {
 
@@ -13,15 +18,42 @@ struct Result {
   std::chrono::duration<double> took;
 };
 
+/// What a report says of the run as a whole: "tool" and "1.0.0", in this order.
+using Facts = std::vector<std::pair<std::string, std::string>>;
+
 /// How many came out so.
 std::size_t count(const std::vector<Result>& results, vorn_testing::HostVerdict::Kind kind);
 
-/// What was seen, the rule and the remedy.
-void printBroken(std::ostream& out, const Result& result);
+/// Shows results as they come: what was seen, the rule and the remedy. A reason that was shown before, but for numbers
+/// and addresses, is shown by the name of the check that had it.
+class Printer {
+ public:
+  explicit Printer(std::ostream& out) : m_out(out) {}
+  void add(const Result& result);
+
+ private:
+  std::ostream& m_out;
+  std::map<std::string, std::string> m_said;
+};
 
 /// What was not asked and why, the slowest answers, and the count.
 void printSummary(std::ostream& out, const std::string& library, const std::vector<Result>& results);
 
-void writeJUnit(std::ostream& out, const std::string& library, const std::vector<Result>& results);
+void writeJUnit(std::ostream& out, const Facts& facts, const std::vector<Result>& results);
+
+/// One line of JSON each.
+std::string jsonOf(const Facts& facts);
+std::string jsonOf(const Result& result);
+
+/// The check and the verdict of a line that jsonOf() made; an empty name for any other line.
+std::pair<std::string, vorn_testing::HostVerdict> resultOf(const std::string& line);
+
+/// Replaces the file in one go, so that it is whole at any moment.
+/// @throws std::runtime_error  It cannot be written.
+void replaceFile(const std::string& path, const std::string& content);
+
+/// Adds a line to a file.
+/// @throws std::runtime_error  It cannot be written.
+void appendLine(const std::string& path, const std::string& line);
 
 }  // namespace vorn_conformance

@@ -1,6 +1,10 @@
 // vorn-conformance: tells whether a host keeps its promises to the library.
 
+#include <VornDeviceInfo.h>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <getopt.h>
+#include <unistd.h>
 #include <vorn_testing/HostChecks.h>
 #include <vorn_testing/HostLibrary.h>
 
@@ -9,6 +13,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
 
@@ -22,34 +28,54 @@ using vorn_testing::HostDemands;
 using vorn_testing::HostMaker;
 using vorn_testing::HostVerdict;
 
-constexpr int kKept = 0, kBroken = 1, kCouldNotRun = 2;
+constexpr int kKept = 0, kBroken = 1, kNothingChecked = 2, kHostFailed = 3;
 
 constexpr char kHelp[] = R"(Usage: vorn-conformance [OPTION...] ./libMyHost.so
 
 Checks whether a host keeps what VornDALImplIF.h and VornEMPAdapterIF.h promise to the library. The shared library
-defines vornCreateHost() and vornDestroyHost(), see vorn_testing/HostEntry.h. Every check makes a host of its own in
-a process of its own. The checks write, remove and clear: give the host a store that may be lost.
+defines vornCreateHost() and vornDestroyHost(), see vorn_testing/HostEntry.h. Every check loads it and makes a host of
+its own in a process of its own. The checks write, remove and clear: give the host a store that may be lost.
 
-  --only TEXT           run the checks whose name contains TEXT; may be given several times
-  --list                name the checks, their rules and remedies, and run none
-  --junit FILE          write the results as JUnit XML too
+What to check
+  --only TEXT           the checks whose name contains TEXT; may be given several times
+  --shard I/N           the I-th of N parts, for several machines
+  --without A,B         areas that the host does not offer; they are not asked
+  --require A,B         areas that it claims: one that could not be asked is broken
   --durable             ask that the store survives its process, also one that is killed
-  --setting NAME=A,B    a setting that may be changed to A and to B; may be given several times
+  --strict              a remark counts as broken
+  --list                name the checks, their rules and remedies, and the areas, and run none
+
+What the host accepts, used wherever an argument is needed; each may be given several times
+  --setting NAME=A,B    a setting that may be changed to A and to B
+  --mode NAME=A,B       a mode and its values
+  --channel NAME        a channel
+  --input NAME          an input
+  --locale NAME         a locale
+
+How
   --bound SECONDS       how long one call may take before it counts as not answering (30)
+  --junit FILE          write the results as JUnit XML too
+  --json FILE           write the results as lines of JSON too
+  --resume              take over what stands in the file of --json and run the rest
+  --version             name this program's version
   --help                this text
 
-Exit status: 0 all promises are kept, 1 one is broken, 2 the checks could not run.
+Reports are written check by check and are whole at any moment.
+
+Exit status: 0 all promises are kept, 1 one is broken, 2 nothing was checked, 3 the host failed outside a check: it
+could not be loaded or made.
 )";
 
-/// Why the checks cannot run: what is wrong, and what to do.
+/// Why nothing can be checked: what is wrong, and what to do.
 struct Problem : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 struct Options {
-  std::string library, junit;
+  std::string library, junit, json, all;
   std::vector<std::string> only;
-  bool list = false, help = false;
+  std::size_t shard = 0, shards = 1;
+  bool list = false, help = false, version = false, resume = false, strict = false;
   HostDemands demands;
 };
 
@@ -61,14 +87,63 @@ std::chrono::milliseconds bound(const std::string& text) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
-void addSetting(HostDemands& demands, const std::string& text) {
+std::vector<std::string> parts(const std::string& text) {
+  std::vector<std::string> found;
+  std::istringstream list(text);
+  for (std::string part; std::getline(list, part, ',');) found.push_back(part);
+  return found;
+}
+
+void addValues(std::map<std::string, std::vector<std::string>>& values, const char* option,
+               const std::string& text) {
   const std::size_t equals = text.find('=');
-  if (equals == std::string::npos || text.find(',', equals) == std::string::npos)
-    throw Problem("--setting " + text +
-                  ": give a name and two values or more, as in --setting mode=day,night");
-  std::istringstream values(text.substr(equals + 1));
-  for (std::string value; std::getline(values, value, ',');)
-    demands.settings[text.substr(0, equals)].push_back(value);
+  if (equals == std::string::npos || parts(text.substr(equals + 1)).size() < 2)
+    throw Problem(std::string(option) + " " + text + ": give a name and two values or more, as in " + option +
+                  " mode=day,night");
+  for (const std::string& value : parts(text.substr(equals + 1))) values[text.substr(0, equals)].push_back(value);
+}
+
+/// How many letters differ.
+std::size_t distance(const std::string& left, const std::string& right) {
+  std::vector<std::size_t> row(right.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < right.size(); ++j) {
+      const std::size_t changed = diagonal + (left[i] != right[j]);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+std::string meant(const std::string& text, const std::vector<std::string>& names) {
+  if (names.empty()) return "";
+  const auto nearest = std::min_element(names.begin(), names.end(), [&](const auto& left, const auto& right) {
+    return distance(text, left) < distance(text, right);
+  });
+  return distance(text, *nearest) <= std::max<std::size_t>(2, text.size() / 3) ? "; did you mean " + *nearest + "?"
+                                                                               : "";
+}
+
+void addAreas(std::set<std::string>& areas, const char* option, const std::string& text) {
+  const auto& known = vorn_testing::hostAreas();
+  for (const std::string& area : parts(text)) {
+    if (std::find(known.begin(), known.end(), area) == known.end())
+      throw Problem(std::string(option) + " " + area + ": there is no such area" + meant(area, known) +
+                    " --list names them all");
+    areas.insert(area);
+  }
+}
+
+void setShard(Options& options, const std::string& text) {
+  unsigned part = 0, of = 0;
+  char more = 0;
+  if (std::sscanf(text.c_str(), "%u/%u%c", &part, &of, &more) != 2 || part < 1 || part > of)
+    throw Problem("--shard " + text + ": give a part and how many there are, as in --shard 2/4");
+  options.shard = part - 1;
+  options.shards = of;
 }
 
 Options parse(int count, char** arguments) {
@@ -76,81 +151,221 @@ Options parse(int count, char** arguments) {
       {"only", required_argument, nullptr, 'o'},    {"list", no_argument, nullptr, 'l'},
       {"junit", required_argument, nullptr, 'j'},   {"durable", no_argument, nullptr, 'd'},
       {"setting", required_argument, nullptr, 's'}, {"bound", required_argument, nullptr, 'b'},
-      {"help", no_argument, nullptr, 'h'},          {nullptr, 0, nullptr, 0}};
+      {"help", no_argument, nullptr, 'h'},          {"version", no_argument, nullptr, 'v'},
+      {"json", required_argument, nullptr, 'J'},    {"resume", no_argument, nullptr, 'r'},
+      {"shard", required_argument, nullptr, 'S'},   {"without", required_argument, nullptr, 'w'},
+      {"require", required_argument, nullptr, 'q'}, {"strict", no_argument, nullptr, 't'},
+      {"mode", required_argument, nullptr, 'm'},    {"channel", required_argument, nullptr, 'c'},
+      {"input", required_argument, nullptr, 'i'},   {"locale", required_argument, nullptr, 'L'},
+      {nullptr, 0, nullptr, 0}};
   Options options;
+  HostDemands& demands = options.demands;
+  for (int i = 1; i < count; ++i) options.all += (i > 1 ? " " : "") + std::string(arguments[i]);
   for (int letter; (letter = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
     if (letter == 'o') options.only.push_back(optarg);
     if (letter == 'l') options.list = true;
     if (letter == 'j') options.junit = optarg;
-    if (letter == 'd') options.demands.durable = true;
-    if (letter == 's') addSetting(options.demands, optarg);
-    if (letter == 'b') options.demands.bound = bound(optarg);
+    if (letter == 'J') options.json = optarg;
+    if (letter == 'r') options.resume = true;
+    if (letter == 'S') setShard(options, optarg);
+    if (letter == 'd') demands.durable = true;
+    if (letter == 't') options.strict = true;
+    if (letter == 'w') addAreas(demands.without, "--without", optarg);
+    if (letter == 'q') addAreas(demands.required, "--require", optarg);
+    if (letter == 's') addValues(demands.settings, "--setting", optarg);
+    if (letter == 'm') addValues(demands.modes, "--mode", optarg);
+    if (letter == 'c') demands.channels.push_back(optarg);
+    if (letter == 'i') demands.inputs.push_back(optarg);
+    if (letter == 'L') demands.locales.push_back(optarg);
+    if (letter == 'b') demands.bound = bound(optarg);
     if (letter == 'h') options.help = true;
+    if (letter == 'v') options.version = true;
     if (letter == '?') throw Problem("see --help");  // getopt_long has said what it does not know
   }
-  if (options.help || options.list) return options;
+  for (const std::string& area : demands.required) {
+    if (demands.without.count(area)) throw Problem(area + " cannot be both required and left out");
+  }
+  if (options.resume && options.json.empty()) throw Problem("--resume needs --json FILE, from which it goes on");
+  if (options.help || options.list || options.version) return options;
   if (count - optind != 1) throw Problem("name one library that makes a host; see --help");
   options.library = arguments[optind];
   return options;
 }
 
-std::vector<HostCheck> chosen(const std::vector<std::string>& only) {
+std::vector<HostCheck> chosen(const Options& options) {
   std::vector<HostCheck> checks;
-  const auto matches = [&](const HostCheck& check) {
-    return only.empty() || std::any_of(only.begin(), only.end(), [&](const std::string& text) {
-             return check.id.find(text) != std::string::npos;
-           });
-  };
-  std::copy_if(vorn_testing::hostChecks().begin(), vorn_testing::hostChecks().end(),
-               std::back_inserter(checks), matches);
-  if (checks.empty()) throw Problem("no check is named so; --list names them all");
+  std::vector<std::string> operations, names;  // those of one operation stay together
+  for (const HostCheck& check : vorn_testing::hostChecks()) {
+    names.push_back(check.id.substr(check.id.find('/', check.id.find('/') + 1) + 1));
+    if (!options.only.empty() && std::none_of(options.only.begin(), options.only.end(), [&](const auto& text) {
+          return check.id.find(text) != std::string::npos;
+        }))
+      continue;
+    const std::string place = check.id.substr(0, check.id.rfind('/'));
+    auto found = std::find(operations.begin(), operations.end(), place);
+    if (found == operations.end()) found = operations.insert(operations.end(), place);
+    const auto number = check.slot == 1 ? checks.size() : static_cast<std::size_t>(found - operations.begin());
+    if (number % options.shards == options.shard || options.shards == 1) checks.push_back(check);
+  }
+  if (operations.empty()) {
+    std::vector<std::string> words = names;
+    for (const std::string& name : names) words.push_back(name.substr(0, name.find('/')));
+    throw Problem("no check is named so" + meant(options.only.back(), words) + " --list names them all");
+  }
   return checks;
 }
 
+/// A file by its size and a sum of its bytes.
+std::string identityOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::uint64_t sum = 0xcbf29ce484222325, size = 0;
+  for (char c; file.get(c); ++size) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  char text[64];
+  std::snprintf(text, sizeof text, " (%llu bytes, %016llx)", static_cast<unsigned long long>(size),
+                static_cast<unsigned long long>(sum));
+  return path + text;
+}
+
+Facts factsOf(const Options& options) {
+  Dl_info library = {};
+  dladdr(reinterpret_cast<const void*>(&VornDeviceAbstractionLayer::VornDeviceInfo::Shutdown), &library);
+  return {{"tool", "vorn-conformance " VORN_VERSION},
+          {"library", library.dli_fname ? identityOf(library.dli_fname) : "unknown"},
+          {"host", options.library},
+          {"host file", identityOf(options.library)},
+          {"options", options.all}};
+}
+
+/// What an earlier run wrote of the same host; a line that was cut off is dropped.
+std::map<std::string, HostVerdict> earlier(const Options& options) {
+  std::map<std::string, HostVerdict> known;
+  std::ifstream file(options.json);
+  std::string whole;
+  for (std::string line; std::getline(file, line) && !file.eof();) {
+    whole += line + "\n";
+    const auto result = resultOf(line);
+    if (!result.first.empty()) known.insert(result);
+  }
+  file.close();
+  replaceFile(options.json, whole);
+  return known;
+}
+
+/// The library is loaded in the process of each check and never in this one.
+HostMaker makerOf(const std::string& path) {
+  return [path, library = std::make_shared<std::unique_ptr<vorn_testing::HostLibrary>>()] {
+    if (!*library) *library = std::make_unique<vorn_testing::HostLibrary>(path);
+    return (*library)->makeHost();
+  };
+}
+
+class Progress {
+ public:
+  void at(std::size_t done, std::size_t all) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_last < std::chrono::seconds(2)) return;
+    m_last = now;
+    std::cerr << "vorn-conformance: " << done << " of " << all << " checks" << std::endl;
+  }
+
+ private:
+  std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
+};
+
 int run(const Options& options) {
-  const std::vector<HostCheck> checks = chosen(options.only);
+  const std::vector<HostCheck> checks = chosen(options);
   if (options.list) {
     for (const HostCheck& check : checks)
       std::cout << check.id << "\n  rule:   " << check.rule << "\n  remedy: " << check.remedy << "\n";
+    std::cout << "Areas:";
+    for (const std::string& area : vorn_testing::hostAreas()) std::cout << " " << area;
+    std::cout << "\n";
     return kKept;
   }
-  const HostMaker maker = [library = vorn_testing::HostLibrary(options.library)] {
-    return library.makeHost();
-  };
-  std::ofstream junit;
-  if (!options.junit.empty()) {
-    junit.open(options.junit);
-    if (!junit) throw Problem("--junit " + options.junit + " cannot be written; is there such a folder?");
-  }
+  const Facts facts = factsOf(options);
   std::vector<Result> results;
+  const auto writeJUnitFile = [&] {
+    if (options.junit.empty()) return;
+    std::ostringstream xml;
+    writeJUnit(xml, facts, results);
+    replaceFile(options.junit, xml.str());
+  };
+  const auto writeReports = [&] {
+    writeJUnitFile();
+    if (!options.json.empty()) appendLine(options.json, jsonOf(results.back()));
+  };
+  const auto known = options.resume ? earlier(options) : std::map<std::string, HostVerdict>();
+  if (!options.json.empty() && known.empty()) replaceFile(options.json, jsonOf(facts) + "\n");
+  writeJUnitFile();
+
+  const std::string failure = vorn_testing::tryHostLibrary(options.library, options.demands.bound);
+  if (!failure.empty()) {
+    results.push_back({{"host/loads", "the library", 0, "The library can be loaded, makes a host and can be unloaded.",
+                        "Do nothing while it is loaded and unloaded that can fail, wait or end the process."},
+                       {HostVerdict::kBroken, failure, false, "", {}, false, false, "", {}},
+                       {}});
+    writeReports();
+    std::cerr << "vorn-conformance: " << options.library << ": " << failure << "\n";
+    return kHostFailed;
+  }
+
+  vorn_testing::HostCheckRun checkRun(makerOf(options.library), options.demands);
+  Printer printer(std::cout);
+  Progress progress;
   for (const HostCheck& check : checks) {
     const auto start = std::chrono::steady_clock::now();
-    const HostVerdict verdict = runHostCheck(check, maker, options.demands);
-    if (verdict.kind == HostVerdict::kBroken && !verdict.made)
-      throw Problem(
-          options.library + ": " +
-          (verdict.detail == "no host was made" ? "vornCreateHost() answers null" : verdict.detail));
+    const auto before = known.find(check.id);
+    if (before != known.end()) {
+      checkRun.remember(check, before->second);
+      results.push_back({check, before->second, {}});
+      printer.add(results.back());
+      continue;
+    }
+    HostVerdict verdict = checkRun.run(check);
+    if (verdict.kind == HostVerdict::kKept && verdict.slowest >= std::chrono::seconds(1)) {
+      verdict.kind = HostVerdict::kRemark;
+      verdict.detail = verdict.slowestCall + " took " + std::to_string(verdict.slowest.count() / 1000) + " ms";
+    }
+    if (verdict.kind == HostVerdict::kRemark && options.strict) verdict.kind = HostVerdict::kBroken;
     results.push_back({check, verdict, std::chrono::steady_clock::now() - start});
-    if (verdict.kind == HostVerdict::kBroken) printBroken(std::cout, results.back());
+    printer.add(results.back());
+    writeReports();
+    progress.at(results.size(), checks.size());
   }
+  writeJUnitFile();
   printSummary(std::cout, options.library, results);
-  if (junit.is_open()) {
-    writeJUnit(junit, options.library, results);
-    if (!junit.flush()) throw Problem("--junit " + options.junit + " cannot be written; is the disk full?");
+  if (count(results, HostVerdict::kBroken)) return kBroken;
+  return count(results, HostVerdict::kKept) + count(results, HostVerdict::kRemark) ? kKept : kNothingChecked;
+}
+
+/// A standard stream that the caller closed would be the next file that is opened.
+bool occupyStreams() {
+  const bool open = fcntl(STDOUT_FILENO, F_GETFD) >= 0;
+  for (int stream = 0; stream <= 2; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) < 0) std::exit(kNothingChecked);
   }
-  return count(results, HostVerdict::kBroken) ? kBroken : kKept;
+  return open;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
+  const bool shown = occupyStreams();
+  int status = kNothingChecked;
   try {
     const Options options = parse(count, arguments);
-    if (!options.help) return run(options);
-    std::cout << kHelp;
-    return kKept;
+    if (options.help)
+      std::cout << kHelp, status = kKept;
+    else if (options.version)
+      std::cout << "vorn-conformance " VORN_VERSION "\n", status = kKept;
+    else
+      status = run(options);
   } catch (const std::exception& problem) {
     std::cerr << "vorn-conformance: " << problem.what() << "\n";
-    return kCouldNotRun;
   }
+  if (!std::cout.flush() || !shown) {
+    std::cerr << "vorn-conformance: the results cannot be written to the standard output\n";
+    return kNothingChecked;
+  }
+  return status;
 }

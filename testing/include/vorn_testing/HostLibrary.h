@@ -2,6 +2,7 @@
 
 #include <VornDALImplIF.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -22,5 +23,10 @@ class HostLibrary {
   VornDeviceAbstractionLayer::VornDALImplIF* (*m_create)();
   void (*m_destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
 };
+
+/// Loads the library, makes a host, destroys it and ends, all in a process of its own, which then is not this one's
+/// business: whatever the library does while it is loaded or unloaded.
+/// @returns  What went wrong; empty when all went well.
+std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bound);
 
 }  // namespace vorn_testing

@@ -1,5 +1,11 @@
 #include <malloc.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
 #include "Checks.h"
 #include "vorn_testing/Text.h"
 
@@ -7,29 +13,47 @@ namespace vorn_testing::checks {
 
 namespace {
 
-constexpr int kThreads = 4;
-constexpr int kCallsEach = 20;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr int kThreads = 6;
 
 /// Calls plainly, once, on the thread that made the host: what every other check stands on.
 void presumeAnswer(Trial& trial, const Operation& operation) {
-  if (operation.ofPlayer) {
-    trial.presume("VornDALImplIF/33/getEMPAdapter/answers", [&] { trial.player(); });
-  }
   trial.presume(operation.place() + "/answers", [&] { call(trial, operation, Given::kPlain, 0); });
 }
 
 void callWith(Trial& trial, const Operation& operation, Given given) {
-  for (int which = 0; which < samples(given); ++which) call(trial, operation, given, which);
+  for (int which = 0; which < operation.samples(given); ++which) call(trial, operation, given, which);
 }
 
 void answers(Trial& trial, const Operation& operation) {
-  if (operation.ofPlayer) {
-    trial.presume("VornDALImplIF/33/getEMPAdapter/answers", [&] { trial.player(); });
-  }
   trial.host();
   callWith(trial, operation, Given::kPlain);
   for (int thread = 0; thread < 2; ++thread)
     trial.onThreads(1, [&](int) { callWith(trial, operation, Given::kPlain); });
+}
+
+/// Every argument that `operation` may be given in a load, ready to be used again and again.
+std::vector<Prepared> ammunition(const Operation& operation) {
+  std::vector<Prepared> all;
+  for (const Given given : {Given::kPlain, Given::kLoad}) {
+    for (int which = 0; which < operation.samples(given); ++which)
+      all.push_back(operation.prepare(given, which));
+  }
+  return all;
+}
+
+void again(Trial& trial, const Operation& operation) {
+  presumeAnswer(trial, operation);
+  const auto calls = ammunition(operation);
+  const auto enough = Clock::now() + milliseconds(300), atLast = Clock::now() + milliseconds(3000);
+  int count = 0;
+  for (; count < 260 ? Clock::now() < atLast : count < 3000 && Clock::now() < enough; ++count) {
+    if (count == 260) trial.explain("after more than 260 calls of it");
+    call(trial, operation, calls[static_cast<std::size_t>(count) % calls.size()]);
+  }
+  trial.saw(std::to_string(count) + " calls");
 }
 
 void survives(Trial& trial, const Operation& operation, Given given) {
@@ -39,43 +63,104 @@ void survives(Trial& trial, const Operation& operation, Given given) {
 
 void concurrent(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  trial.onThreads(kThreads, [&](int thread) {
-    for (int i = 0; i < kCallsEach; ++i) call(trial, operation, Given::kPlain, thread + i);
-  });
+  constexpr long kOverlaps = 2000;
+  std::vector<std::vector<Prepared>> calls;
+  for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
+  trial.explain("while other threads were in it");
+  const long before = trial.overlaps();
+  const auto start = Clock::now();
+  std::atomic<long> made{0};
+  trial.onThreads(
+      kThreads,
+      [&](int thread) {
+        const auto& own = calls[static_cast<std::size_t>(thread)];
+        for (std::size_t i = static_cast<std::size_t>(thread);; ++i, ++made) {
+          const auto took = Clock::now() - start;
+          const long seen = trial.overlaps() - before;
+          if (took > milliseconds(seen >= kOverlaps ? 90 : seen > 40 ? 400 : 2000)) return;
+          call(trial, operation, own[i % own.size()]);
+        }
+      },
+      true);
+  const long seen = trial.overlaps() - before;
+  if (seen == 0) trial.notAsked("no two calls overlapped within two seconds");
+  trial.saw(std::to_string(seen) + " of " + std::to_string(made) + " calls overlapped");
+}
+
+/// Every call that may come before leaves the operation answering: those of its own adapter first.
+void inSequence(Trial& trial, const Operation& operation) {
+  presumeAnswer(trial, operation);
+  std::vector<const Operation*> before = neighbours(operation);
+  for (const Operation& other : operations()) {
+    if (other.adapter != operation.adapter) before.push_back(&other);
+  }
+  const Prepared own = operation.prepare(Given::kPlain, operation.samples(Given::kPlain) - 1);
+  const auto atLast = Clock::now() + milliseconds(1500);
+  for (const Operation* const other : before) {
+    for (int which = 0; which < std::min(3, other->samples(Given::kPlain)); ++which) {
+      if (Clock::now() > atLast) return;
+      const Prepared first = other->prepare(Given::kPlain, which);
+      try {
+        trial.explain("after " + own.shown);
+        call(trial, *other, first);
+        trial.explain("after " + first.shown);
+        call(trial, operation, own);
+        trial.explain("after " + first.shown + ", " + own.shown);
+        call(trial, operation, own);
+      } catch (const Outcome& outcome) {
+        if (outcome.kind == HostVerdict::kBroken) throw;
+      }
+    }
+  }
 }
 
 void staysOut(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  const Prepared prepared = operation.prepare(Given::kPlain, 0);
   trial.explain("called through " + operation.adapter);
-  trial.ask(prepared.shown, [&] { prepared.makeThrough(trial.host()); });
+  const auto calls = ammunition(operation);
+  const auto atLast = Clock::now() + milliseconds(1000);
+  for (std::size_t i = 0; i < 100 && (i < calls.size() || Clock::now() < atLast); ++i)
+    callThrough(trial, operation, calls[i % calls.size()]);
 }
 
 void letsGo(Trial& trial, const Operation& operation) {
-  trial.presume("the checks of that operation", [&] {
-    // All of it in another process first, with arguments that stay.
-    trial.inKilledProcess([&] {
-      presumeAnswer(trial, operation);
-      callOthers(trial, operation);
-      trial.destroy();
-    });
-    // Buffers go back to the system as soon as they are freed, and a look at them ends the process.
-    mallopt(M_MMAP_THRESHOLD, 1024);
-    const Prepared prepared = operation.prepare(Given::kLent, 0);
-    call(trial, operation, prepared);
-    prepared.revoke();
-  });
-  trial.explain("after " + operation.name + "() had returned and its arguments were gone");
-  callOthers(trial, operation);
+  presumeAnswer(trial, operation);
+  // Buffers go back to the system as soon as they are freed, and a look at them ends the process.
+  mallopt(M_MMAP_THRESHOLD, 1024);
+  for (int which = 0; which < operation.samples(Given::kLent); ++which) {
+    for (int turn = 0; turn < 2; ++turn) {
+      const Prepared prepared = operation.prepare(Given::kLent, which);
+      call(trial, operation, prepared);
+      prepared.revoke();
+      trial.explain("after " + operation.name + "() had returned and its arguments were gone");
+    }
+  }
+  callAll(trial, neighbours(operation));
+  std::this_thread::sleep_for(milliseconds(60));  // a worker may come to it later
   trial.destroy();
 }
 
 void utf8(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  for (int which = 0; which < samples(Given::kPlain); ++which) {
-    const Prepared prepared = operation.prepare(Given::kPlain, which);
-    for (const std::string& text : call(trial, operation, prepared)) {
-      if (!isUtf8(text)) trial.broken(prepared.shown + " answered " + spelled(text));
+  for (const Given given : {Given::kPlain, Given::kCut}) {
+    for (int which = 0; which < operation.samples(given); ++which) {
+      const Prepared prepared = operation.prepare(given, which);
+      for (const std::string& text : call(trial, operation, prepared)) {
+        if (!isUtf8(text)) trial.broken(prepared.shown + " answered " + spelled(text));
+      }
+    }
+  }
+  // In other states too.
+  for (const Operation* const other : neighbours(operation)) {
+    try {
+      for (int which = 0; which < 2; ++which) call(trial, *other, Given::kPlain, which);
+      const Prepared prepared = operation.prepare(Given::kPlain, 0);
+      for (const std::string& text : call(trial, operation, prepared)) {
+        if (!isUtf8(text))
+          trial.broken(prepared.shown + " answered " + spelled(text) + " after " + other->name + "()");
+      }
+    } catch (const Outcome& outcome) {
+      if (outcome.kind == HostVerdict::kBroken) throw;
     }
   }
 }
@@ -94,6 +179,11 @@ void addCallChecks(Checks& checks) {
     };
     add("answers", "It answers on any thread, again and again, without an exception.",
         "Tie no state to a thread; catch what you call throws, and answer with a result instead.", answers);
+    add("again", "It answers the three-hundredth time as it did the first.",
+        "Let nothing grow with the calls; give back what a call took.", again);
+    add("in-sequence", "It answers whatever was called before, and twice in a row.",
+        "Decide for each state of the device what the call means there; what makes no sense is refused by an answer.",
+        inSequence);
     if (operation.takesTexts)
       add("empty-arguments", "Empty texts, lists and maps can arrive and are answered.",
           "Look whether there is a first element before you use it.", survive(Given::kEmpty));

@@ -25,4 +25,16 @@ void addSettingChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.
 void addLifeChecks(Checks& checks);
 
+
+/// What is about all operations together, under the name "host".
+void addHostChecks(Checks& checks);
+
+/// A check of the host as a whole.
+Check checkOfHost(const std::string& name, const std::string& rule, const std::string& remedy,
+                  std::function<void(Trial&)> run);
+
+/// The area that an operation belongs to, by its name; empty for none.
+std::string areaOf(const std::string& operation);
+const std::vector<std::string>& areas();
+
 }  // namespace vorn_testing::checks

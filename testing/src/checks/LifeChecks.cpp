@@ -1,55 +1,79 @@
+#include <chrono>
+#include <thread>
+#include <vector>
+
 #include "Checks.h"
 
 namespace vorn_testing::checks {
 
 namespace {
 
-/// Calls every operation plainly, whatever comes of it.
+/// Calls every operation plainly, but for those that are known to be broken.
 void useAll(Trial& trial) {
+  std::vector<const Operation*> all;
+  for (const Operation& operation : operations()) all.push_back(&operation);
+  callAll(trial, all);
+}
+
+void expectPlayer(Trial& trial) { trial.player(); }
+
+void playerOnAnyThread(Trial& trial) {
+  trial.player();
+  trial.explain("on another thread");
+  trial.onThreads(4, [&](int) { trial.player(); });
+}
+
+void playerAfterUse(Trial& trial) {
+  trial.player();
   for (const Operation& operation : operations()) {
-    try {
-      call(trial, operation, Given::kPlain, 0);
-    } catch (const Outcome&) {
+    for (int which = 0; which < 2; ++which) {
+      trial.explain("");
+      try {
+        call(trial, operation, Given::kPlain, which);
+      } catch (const Outcome& outcome) {
+        if (outcome.kind == HostVerdict::kBroken) throw;
+      }
+      trial.explain("after " + operation.name + "()");
+      trial.player();
     }
   }
 }
 
-void expectPlayer(Trial& trial, const char* when) {
-  Player* player = nullptr;
-  Host& host = trial.host();
-  trial.ask("getEMPAdapter()", [&] { player = host.getEMPAdapter(); });
-  if (!player) trial.broken(std::string("getEMPAdapter() answered null") + when);
+void playerAfterMany(Trial& trial) {
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+  for (int i = 0; i < 20000 && std::chrono::steady_clock::now() < enough; ++i) {
+    if (i % 100 == 0) trial.explain("after " + std::to_string(i) + " calls");
+    trial.player();
+  }
 }
 
-void presumePlayer(Trial& trial) {
-  trial.presume("VornDALImplIF/33/getEMPAdapter/never-null", [&] { expectPlayer(trial, ""); });
-}
-
-void playerOnAnyThread(Trial& trial) {
-  presumePlayer(trial);
-  trial.onThreads(4, [&](int) { expectPlayer(trial, " on another thread"); });
-}
-
-void playerAfterUse(Trial& trial) {
-  presumePlayer(trial);
-  trial.presume("the checks of that operation", [&] { useAll(trial); });
-  expectPlayer(trial, " after every operation had been called");
+/// What is handed out is valid until the command returns, also when others are asked for meanwhile.
+void playerStays(Trial& trial) {
+  Player& first = trial.player();
+  trial.onThreads(1, [&](int) { trial.player(); });
+  trial.explain("of the player that was handed out before another was asked for");
+  trial.ask("getPlaybackState(\"\")", [&] { first.getPlaybackState(""); });
+  trial.ask("pause(\"\")", [&] { first.pause(""); });
+  trial.ask("stop(\"\")", [&] { first.stop(""); });
 }
 
 void endsUnused(Trial& trial) {
   trial.host();
   trial.destroy();
+  trial.explain("after the host was destroyed");
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));  // what runs on comes to it later
 }
 
-/// In another process, so that what happens there leaves no trace here.
 void presumeEnd(Trial& trial) {
-  trial.presume("VornDALImplIF/01/destructor/unused",
-                [&] { trial.inKilledProcess([&] { endsUnused(trial); }); });
+  trial.presume("VornDALImplIF/01/destructor/unused", [] {});
 }
 
 void endsUsed(Trial& trial) {
-  trial.presume("the checks of that operation", [&] { useAll(trial); });
+  presumeEnd(trial);
+  useAll(trial);
   trial.destroy();
+  trial.explain("after the host was destroyed");
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));
 }
 
 void endsOnAnyThread(Trial& trial) {
@@ -60,7 +84,13 @@ void endsOnAnyThread(Trial& trial) {
 
 void endsAndBegins(Trial& trial) {
   presumeEnd(trial);
-  for (int i = 0; i < 3; ++i) endsUnused(trial);
+  for (int i = 0; i < 3; ++i) {
+    endsUnused(trial);
+    trial.explain("after one was destroyed");
+  }
+  useAll(trial);
+  trial.destroy();
+  useAll(trial);
 }
 
 }  // namespace
@@ -70,11 +100,18 @@ void addLifeChecks(Checks& checks) {
   const char* const kPlayer =
       "Own one player as long as the host lives, one that answers false if there is none.";
   checks.push_back(checkOf(player, "never-null", "It never answers null.", kPlayer,
-                           [](Trial& trial) { expectPlayer(trial, ""); }));
+                           expectPlayer));
   checks.push_back(
       checkOf(player, "never-null-any-thread", "It answers null to no thread.", kPlayer, playerOnAnyThread));
   checks.push_back(checkOf(player, "never-null-after-use",
                            "It never answers null, whatever was called before.", kPlayer, playerAfterUse));
+
+  checks.push_back(checkOf(player, "never-null-after-many", "It never answers null, however often it is asked.",
+                           kPlayer, playerAfterMany));
+  checks.push_back(checkOf(player, "stays",
+                           "What it hands out is valid while a command runs, also when another thread asks.",
+                           "Hand out one player that lives as long as the host, not one for each call.",
+                           playerStays));
 
   Operation destructor;
   destructor.name = "destructor";
@@ -88,7 +125,7 @@ void addLifeChecks(Checks& checks) {
       endsUsed);
   add("any-thread", "A host can be destroyed on another thread than the one that made it.",
       "Tie nothing to the thread of the constructor.", endsOnAnyThread);
-  add("again", "When a host is destroyed the next one can be made.",
+  add("again", "When a host is destroyed the next one can be made and used.",
       "Release in the destructor what the constructor took.", endsAndBegins);
 }
 

@@ -4,7 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <mutex>
 #include <new>
+#include <set>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -60,13 +63,76 @@ Values* onPages(Values values) {
   return new (memory) Values(std::move(values));
 }
 
+// What was lent and has ended, so that a touch can be told from any other crash.
+
+struct Revoked {
+  std::uintptr_t begin, end;
+  const char* operation;
+};
+Revoked g_revoked[4096];
+std::atomic<std::size_t> g_revokedCount{0};
+
+void noteRevoked(const void* begin, std::size_t size, const std::string& operation) {
+  const auto address = reinterpret_cast<std::uintptr_t>(begin);
+  const std::size_t place = g_revokedCount++ % (sizeof g_revoked / sizeof *g_revoked);
+  static auto* const names = new std::set<std::string>;  // what a handler reads must stay
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
+  g_revoked[place] = {address, address + size, names->insert(operation).first->c_str()};
+}
+
+template <class Value>
+void noteBuffers(const Value&, const std::string&) {}
+
+/// The buffer of a long text is its own block of memory, see letsGo().
+void noteBuffers(const std::string& text, const std::string& operation) {
+  if (text.size() >= 1024) noteRevoked(text.data(), text.size(), operation);
+}
+
+// What the caller's own arguments were, to be compared after the call.
+
+template <class Value>
+bool same(const Value& left, const Value& right) {
+  return left == right;
+}
+bool same(const CommsStateInfo& left, const CommsStateInfo& right) { return left.state == right.state; }
+
+template <class Parameter>
+constexpr bool kLendsConst =
+    std::is_lvalue_reference_v<Parameter> && std::is_const_v<std::remove_reference_t<Parameter>>;
+
+template <class Parameter, class Value>
+void mustBeSame(const std::string& operation, const Value& before, const Value& after) {
+  if constexpr (kLendsConst<Parameter>) {
+    if (!same(before, after))
+      throw Outcome{HostVerdict::kBroken, operation + "() changed the caller's argument from " + spelled(before) +
+                                              " to " + spelled(after)};
+  }
+}
+
+/// By operation: its arguments of type text, as a host is said to accept them.
+std::map<std::string, std::vector<Texts>>& accepted() {
+  static auto* const all = new std::map<std::string, std::vector<Texts>>;
+  return *all;
+}
+
+template <class Parameter, class Value>
+void accept(Value& value, const Texts& texts, std::size_t& next) {
+  if constexpr (std::is_same_v<Value, std::string> && !std::is_same_v<Parameter, std::string&>) {
+    if (next < texts.size()) value = texts[next++];
+  }
+}
+
 template <class Object, class Answer, class... Parameters>
 using Member = Answer (Object::*)(Parameters...);
 
 template <class Object, class Answer, class... Parameters>
-Texts answer(Object& object, Member<Object, Answer, Parameters...> member,
+Texts answer(const std::string& called, Object& object, Member<Object, Answer, Parameters...> member,
              std::tuple<std::decay_t<Parameters>...>& values) {
   Texts texts;
+  constexpr bool kLends = (kLendsConst<Parameters> || ...);
+  std::conditional_t<kLends, std::tuple<std::decay_t<Parameters>...>, bool> before{};
+  if constexpr (kLends) before = values;
   const auto ask = [&](auto&... arguments) {
     if constexpr (std::is_void_v<Answer>)
       (object.*member)(arguments...);
@@ -75,7 +141,28 @@ Texts answer(Object& object, Member<Object, Answer, Parameters...> member,
     (collectWritten<Parameters>(texts, arguments), ...);
   };
   std::apply(ask, values);
+  if constexpr (kLends) {
+    std::apply(
+        [&](auto&... old) {
+          std::apply([&](auto&... now) { (mustBeSame<Parameters>(called, old, now), ...); }, values);
+        },
+        before);
+  }
   return texts;
+}
+
+/// The values of a call, on pages of their own.
+template <class... Parameters>
+auto* lentValues(const std::string& called, Given given, int which) {
+  using Values = std::tuple<std::decay_t<Parameters>...>;
+  Values values(Sample<std::decay_t<Parameters>>::make(given, which)...);
+  const auto found = accepted().find(called);
+  if (found != accepted().end() && which >= samples(given)) {
+    const Texts& texts = found->second[static_cast<std::size_t>(which - samples(given)) % found->second.size()];
+    std::size_t next = 0;
+    std::apply([&](auto&... each) { (accept<Parameters>(each, texts, next), ...); }, values);
+  }
+  return onPages(std::move(values));
 }
 
 template <class Object, class Answer, class... Parameters>
@@ -90,7 +177,7 @@ Operation operation(const vorn_testing::Operation& listed, Member<Object, Answer
   made.answersTexts = kHasText<Answer> || (std::is_same_v<Parameters, std::string&> || ...);
   made.prepare = [called = made.name, member]([[maybe_unused]] Given given, [[maybe_unused]] int which) {
     using Values = std::tuple<std::decay_t<Parameters>...>;
-    Values* const values = onPages(Values(Sample<std::decay_t<Parameters>>::make(given, which)...));
+    Values* const values = lentValues<Parameters...>(called, given, which);
     Prepared prepared;
     const auto spell = [](const auto&... arguments) {
       std::string all;
@@ -98,13 +185,15 @@ Operation operation(const vorn_testing::Operation& listed, Member<Object, Answer
       return all;
     };
     prepared.shown = called + "(" + std::apply(spell, *values) + ")";
-    prepared.make = [values, member](Host& host, [[maybe_unused]] Player* player) {
+    prepared.make = [called, values, member](Host& host, [[maybe_unused]] Player* player) {
       if constexpr (std::is_same_v<Object, Player>)
-        return answer(*player, member, *values);
+        return answer(called, *player, member, *values);
       else
-        return answer(host, member, *values);
+        return answer(called, host, member, *values);
     };
-    prepared.revoke = [values] {
+    prepared.revoke = [called, values] {
+      noteRevoked(values, pages<Values>(), called);
+      std::apply([&](const auto&... each) { (noteBuffers(each, called), ...); }, *values);
       values->~Values();
       mprotect(values, pages<Values>(), PROT_NONE);
     };
@@ -118,12 +207,11 @@ Operation locked(const vorn_testing::Operation& listed, Member<Host, Answer, Par
                  Member<Adapter, AdapterAnswer, Parameters...> through) {
   Operation made = operation(listed, member);
   made.locked = true;
-  made.prepare = [direct = made.prepare, through](Given given, int which) {
-    using Values = std::tuple<std::decay_t<Parameters>...>;
+  made.prepare = [called = made.name, direct = made.prepare, through](Given given, int which) {
     Prepared prepared = direct(given, which);
-    Values* const values = onPages(Values(Sample<std::decay_t<Parameters>>::make(given, which)...));
-    prepared.makeThrough = [values, through](Host& host) {
-      answer(*Adapter::CreateInstance(host), through, *values);
+    auto* const values = lentValues<Parameters...>(called, given, which);
+    prepared.makeThrough = [called, values, through](Host& host) {
+      answer(called, *Adapter::CreateInstance(host), through, *values);
     };
     return prepared;
   };
@@ -183,15 +271,58 @@ Texts call(Trial& trial, const Operation& operation, Given given, int which) {
   return call(trial, operation, operation.prepare(given, which));
 }
 
-void callOthers(Trial& trial, const Operation& operation) {
-  for (const Operation& other : operations()) {
-    if (other.adapter != operation.adapter || other.place() == operation.place()) continue;
-    if (operation.ofPlayer && !other.ofPlayer) continue;
+void callThrough(Trial& trial, const Operation&, const Prepared& prepared) {
+  Host& host = trial.host();
+  trial.ask(prepared.shown, [&] { prepared.makeThrough(host); });
+}
+
+void callAll(Trial& trial, const std::vector<const Operation*>& which) {
+  for (const Operation* const operation : which) {
     try {
-      call(trial, other, Given::kPlain, 0);
-    } catch (const Outcome&) {
+      call(trial, *operation, Given::kPlain, 0);
+    } catch (const Outcome& outcome) {
+      if (outcome.kind == HostVerdict::kBroken) throw;
     }
   }
+}
+
+std::vector<const Operation*> neighbours(const Operation& operation) {
+  std::vector<const Operation*> found;
+  for (const Operation& other : operations()) {
+    if (other.adapter == operation.adapter && (other.ofPlayer || !operation.ofPlayer)) found.push_back(&other);
+  }
+  return found;
+}
+
+int Operation::samples(Given given) const {
+  const auto found = accepted().find(name);
+  const bool plain = given == Given::kPlain || given == Given::kLent || given == Given::kLoad;
+  return checks::samples(given) +
+         (plain && found != accepted().end() ? static_cast<int>(found->second.size()) : 0);
+}
+
+void takeAccepted(const HostDemands& demands) {
+  auto& all = accepted();
+  all.clear();
+  for (const auto& setting : demands.settings) {
+    all["getSystemSetting"].push_back({setting.first});
+    for (const auto& value : setting.second) all["setSystemSetting"].push_back({setting.first, value});
+  }
+  for (const auto& mode : demands.modes) {
+    all["onAdjustMode"].push_back({mode.first});
+    for (const auto& value : mode.second) all["onSetMode"].push_back({mode.first, value});
+  }
+  for (const auto& channel : demands.channels) all["onChangeChannel"].push_back({channel});
+  for (const auto& input : demands.inputs) all["onInputChange"].push_back({input});
+  for (const auto& locale : demands.locales) all["changeAlexaLocale"].push_back({locale});
+}
+
+const char* ownerOfRevoked(const void* address) {
+  const auto wanted = reinterpret_cast<std::uintptr_t>(address);
+  for (const Revoked& range : g_revoked) {
+    if (range.operation && wanted >= range.begin && wanted < range.end) return range.operation;
+  }
+  return nullptr;
 }
 
 }  // namespace vorn_testing::checks

@@ -25,6 +25,9 @@ struct Operation {
   bool answersTexts = false;
   std::function<Prepared(Given, int which)> prepare;
 
+  /// How many samples of a kind there are for it: those of any host, then what this one is said to accept.
+  int samples(Given given) const;
+
   /// "VornDALImplIF/13/getVolume".
   std::string place() const;
 };
@@ -36,7 +39,19 @@ const std::vector<Operation>& operations();
 Texts call(Trial& trial, const Operation& operation, Given given, int which);
 Texts call(Trial& trial, const Operation& operation, const Prepared& prepared);
 
-/// Calls the other operations of the same adapter plainly; what they throw is not looked at.
-void callOthers(Trial& trial, const Operation& operation);
+/// The same for a locked operation, through its adapter.
+void callThrough(Trial& trial, const Operation& operation, const Prepared& prepared);
+
+/// Calls each of them plainly, but for those that are known to be broken.
+void callAll(Trial& trial, const std::vector<const Operation*>& which);
+
+/// The other operations of the same adapter, and its own.
+std::vector<const Operation*> neighbours(const Operation& operation);
+
+/// From now on the arguments of plain calls are also those that a host is said to accept.
+void takeAccepted(const HostDemands& demands);
+
+/// The operation whose argument stood at that address, or null. May be called by a handler of signals.
+const char* ownerOfRevoked(const void* address);
 
 }  // namespace vorn_testing::checks

@@ -14,11 +14,24 @@ enum class Given {
   kEmpty,    ///< Empty texts, lists and maps.
   kLarge,    ///< A mebibyte of text, ten thousand entries, the largest numbers.
   kHostile,  ///< Bytes and numbers that nobody expects.
-  kLent      ///< Plain, and too long for a text to hold without a buffer.
+  kLent,     ///< Too long for a text to hold without a buffer; in an order and a case that somebody may want to change.
+  kLoad,     ///< Of many lengths, so that what is shared without a guard is laid out anew.
+  kCut       ///< Long, of characters of three bytes, which stand differently in each sample: every cut shows.
 };
 
 /// How many samples of a kind there are.
-inline int samples(Given given) { return given == Given::kHostile ? 6 : given == Given::kLent ? 1 : 2; }
+inline int samples(Given given) {
+  switch (given) {
+    case Given::kHostile:
+      return 14;
+    case Given::kLoad:
+      return 6;
+    case Given::kCut:
+      return 3;
+    default:
+      return 2;
+  }
+}
 
 /// The arguments themselves, by type; `which` counts from 0 and wraps round.
 template <class Value>
@@ -43,7 +56,14 @@ struct Sample<std::string> {
       case Given::kHostile:
         return kHostile[which % 6];
       case Given::kLent:
-        return std::string(2000, 'l');
+        return which % 2 ? "Vorn Conformance  " : "L" + std::string(2000, 'l');
+      case Given::kLoad:
+        return std::string(std::size_t{3} << (which % 6 * 2), static_cast<char>('a' + which % 26));
+      case Given::kCut: {
+        std::string text(static_cast<std::size_t>(which % 3), 'c');
+        for (int i = 0; i < 1500; ++i) text += "\xe9\x9f\xb3";
+        return text;
+      }
     }
     return "";
   }
@@ -55,6 +75,7 @@ struct Sample<Texts> {
     const std::string text = Sample<std::string>::make(given, which);
     if (given == Given::kEmpty && which % 2 == 0) return {};
     if (given == Given::kLarge && which % 2 == 0) return Texts(10000, "vorn-conformance");
+    if (given == Given::kLent) return {text, "b", "a"};
     return given == Given::kEmpty ? Texts{text} : Texts{text, text};
   }
 };
@@ -90,13 +111,17 @@ template <class Number>
 struct Sample {
   static Number make(Given given, int which) {
     using Limits = std::numeric_limits<Number>;
+    static const Number kHostile[] = {Limits::min(), -1,  0,   1,    -100,  100,   101,
+                                      255,           256, 999, 4096, 32768, 65536, Limits::max()};
     switch (given) {
       case Given::kLarge:
         return which % 2 ? Limits::max() : static_cast<Number>(Limits::max() - 1);
       case Given::kHostile:
-        return which % 2 ? Number{-1} : Limits::min();
+        return kHostile[which % 14];
       case Given::kEmpty:
         return 0;
+      case Given::kLoad:
+        return static_cast<Number>(which * 7 - 10);
       default:
         return static_cast<Number>(1 - which % 2);
     }
@@ -107,10 +132,12 @@ template <>
 struct Sample<double> {
   static double make(Given given, int which) {
     using Limits = std::numeric_limits<double>;
-    static const double kHostile[] = {
-        Limits::quiet_NaN(), -Limits::infinity(), Limits::lowest(), -0.0, Limits::denorm_min(), -1};
+    static const double kHostile[] = {Limits::quiet_NaN(), -Limits::infinity(), Limits::infinity(), Limits::lowest(),
+                                      Limits::max(),       -0.0,                Limits::denorm_min(), -1,
+                                      1e10,                2147483648.0,        -2147483649.0,       1e300,
+                                      0.1,                 -1e-300};
     if (given == Given::kLarge) return which % 2 ? Limits::infinity() : Limits::max();
-    if (given == Given::kHostile) return kHostile[which % 6];
+    if (given == Given::kHostile) return kHostile[which % 14];
     return 0.5 * (which % 2);
   }
 };

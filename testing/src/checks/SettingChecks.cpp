@@ -1,6 +1,8 @@
-#include <VornDeviceInfo.h>
-
+#include <map>
+#include <optional>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "Checks.h"
 
@@ -10,7 +12,6 @@ namespace {
 
 using Result = std::pair<bool, std::string>;
 using Values = std::vector<std::string>;
-using Named = std::pair<std::string, Values>;
 
 const std::string kReported = "VornDALImplIF/23/setSystemSetting/reported";
 
@@ -18,14 +19,6 @@ const std::string kReported = "VornDALImplIF/23/setSystemSetting/reported";
 std::map<std::string, Values> settings(const Trial& trial) {
   if (!trial.demands.settings.empty()) return trial.demands.settings;
   return {{"vorn-conformance a", {"1", "2"}}, {"vorn-conformance b", {"1", "2"}}};
-}
-
-/// The first setting, with two values.
-Named setting(const Trial& trial) {
-  for (const auto& named : settings(trial)) {
-    if (named.second.size() > 1) return named;
-  }
-  trial.notAsked("no setting of HostDemands::settings (--setting) has two values");
 }
 
 bool set(Trial& trial, const std::string& name, const std::string& value) {
@@ -38,25 +31,63 @@ bool set(Trial& trial, const std::string& name, const std::string& value) {
 
 void mustSet(Trial& trial, const std::string& name, const std::string& value) {
   if (!set(trial, name, value))
-    trial.notAsked("setSystemSetting(" + spelled(name) + ", " + spelled(value) +
-                   ") answered false; name settings by HostDemands::settings (--setting)");
+    trial.refused("setSystemSetting(" + spelled(name) + ", " + spelled(value) +
+                  ") answered false; name settings by HostDemands::settings (--setting)");
 }
 
-void expect(Trial& trial, const std::string& name, const std::string& value) {
+/// What is reported, or nothing when the answer is false.
+std::optional<std::string> get(Trial& trial, const std::string& name) {
   std::string found = "untouched";
   bool known = false;
   Host& host = trial.host();
-  const std::string shown = "getSystemSetting(" + spelled(name) + ")";
-  trial.ask(shown, [&] { known = host.getSystemSetting(name, found); });
-  if (!known) trial.broken(shown + " answered false, accepted was " + spelled(value));
-  if (found != value)
-    trial.broken(shown + " answered " + spelled(found) + ", accepted was " + spelled(value));
+  trial.ask("getSystemSetting(" + spelled(name) + ")", [&] { known = host.getSystemSetting(name, found); });
+  return known ? std::optional<std::string>(found) : std::nullopt;
 }
 
+void expect(Trial& trial, const std::string& name, const std::string& value, const std::string& when = "") {
+  const auto found = get(trial, name);
+  const std::string shown = "getSystemSetting(" + spelled(name) + ")";
+  if (!found) trial.broken(shown + " answered false, accepted was " + spelled(value) + when);
+  if (*found != value)
+    trial.broken(shown + " answered " + spelled(*found) + ", accepted was " + spelled(value) + when);
+}
+
+/// Puts the settings back as they were found, whatever came out.
+class PutBack {
+ public:
+  explicit PutBack(Trial& trial) : m_trial(trial) {
+    for (const auto& named : settings(trial)) {
+      if (const auto value = get(trial, named.first)) m_values[named.first] = *value;
+    }
+  }
+  ~PutBack() {
+    for (const auto& value : m_values) {
+      try {
+        set(m_trial, value.first, value.second);
+      } catch (const Outcome&) {
+      }
+    }
+  }
+  PutBack(const PutBack&) = delete;
+  PutBack& operator=(const PutBack&) = delete;
+
+ private:
+  Trial& m_trial;
+  std::map<std::string, std::string> m_values;
+};
+
+/// Every value of every setting is reported, twice through, so that each follows another.
 void reported(Trial& trial) {
-  const Named named = setting(trial);
-  mustSet(trial, named.first, named.second[0]);
-  expect(trial, named.first, named.second[0]);
+  const PutBack putBack(trial);
+  for (int turn = 0; turn < 2; ++turn) {
+    for (const auto& named : settings(trial)) {
+      for (const std::string& value : named.second) {
+        mustSet(trial, named.first, value);
+        expect(trial, named.first, value);
+        trial.onThreads(1, [&](int) { expect(trial, named.first, value, " on another thread"); });
+      }
+    }
+  }
 }
 
 void presumeReported(Trial& trial) {
@@ -65,95 +96,210 @@ void presumeReported(Trial& trial) {
 
 void lastReported(Trial& trial) {
   presumeReported(trial);
-  const Named named = setting(trial);
-  mustSet(trial, named.first, named.second[1]);
-  expect(trial, named.first, named.second[1]);
+  const PutBack putBack(trial);
+  for (const auto& named : settings(trial)) {
+    for (const std::string& value : named.second) mustSet(trial, named.first, value);
+    expect(trial, named.first, named.second.back());
+  }
 }
 
 void settingsApart(Trial& trial) {
   presumeReported(trial);
+  const PutBack putBack(trial);
   const auto all = settings(trial);
   if (all.size() < 2) trial.notAsked("HostDemands::settings (--setting) names one setting");
-  for (const auto& named : all)
-    mustSet(trial, named.first,
-            named.first == all.begin()->first ? named.second.front() : named.second.back());
-  expect(trial, all.begin()->first, all.begin()->second.front());
+  for (const auto& named : all) {
+    mustSet(trial, named.first, named.second.front());
+    for (const auto& other : all) {
+      if (other.first != named.first) mustSet(trial, other.first, other.second.back());
+    }
+    expect(trial, named.first, named.second.front(), ", then others were set");
+  }
 }
 
 void refused(Trial& trial) {
   presumeReported(trial);
-  const Named named = setting(trial);
-  if (set(trial, named.first, "\xff")) trial.notAsked("setSystemSetting() refuses nothing");
-  expect(trial, named.first, named.second[0]);
+  const PutBack putBack(trial);
+  bool any = false;
+  for (const auto& named : settings(trial)) {
+    for (const std::string value : {"\xff", "", "vorn-conformance \x01"}) {
+      mustSet(trial, named.first, named.second.front());
+      if (set(trial, named.first, value)) {
+        expect(trial, named.first, value);
+        continue;
+      }
+      any = true;
+      expect(trial, named.first, named.second.front(), ", refused was " + spelled(value));
+    }
+  }
+  if (!any) trial.saw("setSystemSetting() refuses nothing");
+}
+
+/// Values that a cut or a change of letters would show; whatever of them is accepted is reported.
+void whole(Trial& trial) {
+  presumeReported(trial);
+  const PutBack putBack(trial);
+  int accepted = 0;
+  for (const auto& named : settings(trial)) {
+    std::string longer = "K\xc3\xbc" "che ";
+    for (int i = 0; i < 40; ++i) longer += "\xe9\x9f\xb3";
+    for (const std::string& value : {longer, std::string("MiXed Case  "), std::string("a=b\nc;d")}) {
+      if (!set(trial, named.first, value)) continue;
+      ++accepted;
+      expect(trial, named.first, value);
+    }
+  }
+  if (accepted == 0) trial.notAsked("setSystemSetting() refuses other values than those that it is said to accept");
+}
+
+void many(Trial& trial) {
+  presumeReported(trial);
+  const PutBack putBack(trial);
+  const auto all = settings(trial);
+  trial.onThreads(
+      4,
+      [&](int thread) {
+        Host& host = trial.host();
+        for (int i = 0; i < 300; ++i) {
+          for (const auto& named : all) {
+            if (thread == 0) {
+              set(trial, named.first, named.second[static_cast<std::size_t>(i) % named.second.size()]);
+              continue;
+            }
+            std::string found;
+            bool known = false;
+            const std::string shown = "getSystemSetting(" + spelled(named.first) + ")";
+            trial.ask(shown, [&] { known = host.getSystemSetting(named.first, found); });
+            if (known && i > 0 && !found.empty() && trial.demands.settings.count(named.first) == 0 && found != "1" &&
+                found != "2")
+              trial.broken(shown + " answered " + spelled(found) + " while it was set");
+          }
+        }
+      },
+      true);
 }
 
 void leavesText(Trial& trial) {
   Host& host = trial.host();
-  std::string value = "untouched";
-  bool known = false;
-  trial.ask("getSystemSetting(\"vorn-conformance none\")",
-            [&] { known = host.getSystemSetting("vorn-conformance none", value); });
-  if (known) trial.notAsked("getSystemSetting() answers true for a name that nobody set");
-  if (value != "untouched") trial.broken("getSystemSetting() answered false and wrote " + spelled(value));
-}
-
-/// A directive, and how it is shown.
-struct Directive {
-  std::string shown;
-  std::function<Result(Host&)> give;
-};
-
-/// Follows what the getter says while a directive moves the value to `target`, and back.
-template <class Value>
-void follows(Trial& trial, const std::string& getter, Value (Host::*get)(),
-             const std::function<Value(Value)>& target,
-             const std::function<Directive(Value from, Value to)>& directive) {
-  Host& host = trial.host();
-  const auto now = [&] {
-    Value value{};
-    trial.ask(getter + "()", [&] { value = (host.*get)(); });
-    return value;
-  };
-  const Value before = now();
-  bool moved = false;
-  Value from = before;
-  for (const Value to : {target(before), before}) {
-    const Directive given = directive(from, to);
-    Result answer;
-    trial.ask(given.shown, [&] { answer = given.give(host); });
-    if (!answer.first) trial.notAsked(given.shown + " answered {false, " + spelled(answer.second) + "}");
-    const Value found = now();
-    moved = moved || found != before;
-    // Until it moves it may be of a host without any, which answers the same whatever happens.
-    if (moved && found != to)
-      trial.broken(given.shown + " answered true, then " + getter + "() answered " + spelled(found) +
-                   " instead of " + spelled(to));
-    from = to;
+  bool any = false;
+  for (const std::string name : {"vorn-conformance none", "", "\xff"}) {
+    std::string value = "untouched";
+    bool known = false;
+    const std::string shown = "getSystemSetting(" + spelled(name) + ")";
+    trial.ask(shown, [&] { known = host.getSystemSetting(name, value); });
+    any = any || !known;
+    if (!known && value != "untouched") trial.broken(shown + " answered false and wrote " + spelled(value));
   }
-  if (!moved) trial.notAsked(getter + "() answers " + spelled(before) + " whatever is set");
+  if (!any) trial.refused("getSystemSetting() answers true for names that nobody set");
 }
 
-int nextTo(int volume) { return volume > 0 ? volume - 1 : volume + 1; }
+/// "Reads a system setting into value": whatever stood there before.
+void replacesText(Trial& trial) {
+  Host& host = trial.host();
+  bool any = false;
+  for (const auto& named : settings(trial)) {
+    std::string first = "vorn 1", second = "another one";
+    bool known = false;
+    const std::string shown = "getSystemSetting(" + spelled(named.first) + ")";
+    trial.ask(shown, [&] { known = host.getSystemSetting(named.first, first); });
+    if (!known) continue;
+    any = true;
+    trial.ask(shown, [&] { known = host.getSystemSetting(named.first, second); });
+    if (known && first != second)
+      trial.broken(shown + " answered true and left " + spelled(first) + " in one text and " + spelled(second) +
+                   " in another: it depends on what was there before");
+  }
+  if (!any) trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
+}
 
+int volume(Trial& trial) {
+  Host& host = trial.host();
+  int value = 0;
+  trial.ask("getVolume()", [&] { value = host.getVolume(); });
+  return value;
+}
+
+bool muted(Trial& trial) {
+  Host& host = trial.host();
+  bool value = false;
+  trial.ask("getMuteStatus()", [&] { value = host.getMuteStatus(); });
+  return value;
+}
+
+/// Gives a directive on another thread than the one that reads; answers whether it was accepted.
+bool give(Trial& trial, const std::string& shown, const std::function<Result(Host&)>& directive) {
+  Result answer;
+  Host& host = trial.host();
+  trial.onThreads(1, [&](int) { trial.ask(shown, [&] { answer = directive(host); }); });
+  return answer.first;
+}
+
+bool setVolume(Trial& trial, int to) {
+  return give(trial, "onSetVolume(" + spelled(to) + ")", [to](Host& host) { return host.onSetVolume(to); });
+}
+
+bool adjustVolume(Trial& trial, int by) {
+  return give(trial, "onAdjustVolume(" + spelled(by) + ")", [by](Host& host) { return host.onAdjustVolume(by); });
+}
+
+/// Whatever the scale, its steps and its limits: more asked is never less reported, the same asked is the same
+/// reported, what is reported can be set again, and not everything is one.
 void setVolumeFollows(Trial& trial) {
-  follows<int>(trial, "getVolume", &Host::getVolume, nextTo, [](int, int to) {
-    return Directive{"onSetVolume(" + spelled(to) + ")", [to](Host& host) { return host.onSetVolume(to); }};
-  });
+  const int before = volume(trial);
+  std::map<int, int> reported;
+  std::set<int> different;
+  const std::vector<int> kAsked = {before, 10, 50, 3, 70, 30, 1, 100, 5, 0, 20, 7, -20, -40, 50, 10, 3, before};
+  for (const int asked : kAsked) {
+    if (!setVolume(trial, asked)) continue;
+    const int found = volume(trial);
+    const auto shown = "onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " + spelled(found);
+    const auto known = reported.emplace(asked, found).first;
+    if (known->second != found) trial.broken(shown + ", before that " + spelled(known->second));
+    for (const auto& other : reported) {
+      if ((other.first < asked && other.second > found) || (other.first > asked && other.second < found))
+        trial.broken(shown + ", but " + spelled(other.second) + " after onSetVolume(" + spelled(other.first) + ")");
+    }
+    different.insert(found);
+    if (setVolume(trial, found) && volume(trial) != found)
+      trial.broken("onSetVolume(" + spelled(found) + ") answered true, which getVolume() had answered; now it answers " +
+                   spelled(volume(trial)));
+  }
+  if (reported.empty()) trial.refused("onSetVolume() answered false to every volume");
+  setVolume(trial, before);
+  if (different.size() < 2 && reported.size() > 1)
+    trial.broken("onSetVolume() answered true to " + spelled(static_cast<int>(reported.size())) +
+                 " volumes, and getVolume() answers " + spelled(before) + " whatever is set");
 }
 
 void adjustVolumeFollows(Trial& trial) {
-  follows<int>(trial, "getVolume", &Host::getVolume, nextTo, [](int from, int to) {
-    return Directive{"onAdjustVolume(" + spelled(to - from) + ")",
-                     [from, to](Host& host) { return host.onAdjustVolume(to - from); }};
-  });
+  const int before = volume(trial);
+  bool accepted = false, moved = false;
+  for (const int by : {-5, 5, -10, 10, -1, 1, -30, 30, 20, -20, 50, -50, 50, 100, -100}) {
+    const int from = volume(trial);
+    if (!adjustVolume(trial, by)) continue;
+    accepted = true;
+    const int to = volume(trial);
+    moved = moved || to != from;
+    if ((by > 0 && to < from) || (by < 0 && to > from))
+      trial.broken("onAdjustVolume(" + spelled(by) + ") answered true and moved getVolume() from " + spelled(from) +
+                   " to " + spelled(to));
+  }
+  if (!accepted) trial.refused("onAdjustVolume() answered false to every delta");
+  if (!moved) trial.broken("onAdjustVolume() answered true, and getVolume() answers " + spelled(before) + " whatever is asked");
+  setVolume(trial, before);
 }
 
 void muteFollows(Trial& trial) {
-  follows<bool>(
-      trial, "getMuteStatus", &Host::getMuteStatus, [](bool muted) { return !muted; },
-      [](bool, bool to) {
-        return Directive{"onMute(" + spelled(to) + ")", [to](Host& host) { return host.onMute(to); }};
-      });
+  const bool before = muted(trial);
+  bool accepted = false;
+  for (const bool to : {true, true, false, false, true, false, true, before}) {
+    const std::string shown = "onMute(" + spelled(to) + ")";
+    if (!give(trial, shown, [to](Host& host) { return host.onMute(to); })) continue;
+    accepted = true;
+    if (muted(trial) != to)
+      trial.broken(shown + " answered true, then getMuteStatus() answered " + spelled(!to));
+  }
+  if (!accepted) trial.refused("onMute() answered false");
 }
 
 }  // namespace
@@ -167,6 +313,8 @@ void addSettingChecks(Checks& checks) {
 
   add(kGet, "leaves-text", "When it answers false the caller's text is as it was.",
       "Write to the text only when you are going to answer true.", leavesText);
+  add(kGet, "replaces-text", "When it answers true the caller's text is the setting, whatever it was before.",
+      "Assign to the text, and only then answer true.", replacesText);
   add(kSet, "reported", "A setting that was accepted is what getSystemSetting() reports.",
       "Keep the value where getSystemSetting() looks, or answer false.", reported);
   add(kSet, "last-reported", "The value accepted last is the one reported.",
@@ -175,10 +323,15 @@ void addSettingChecks(Checks& checks) {
       settingsApart);
   add(kSet, "refused", "A value that was refused is not taken.", "Check first, change then.", refused);
 
+  add(kSet, "whole", "Every value that was accepted is reported as it was, long ones and those in any script too.",
+      "Keep the value as it is, or answer false.", whole);
+  add(kSet, "threads", "A setting is read while it is changed.",
+      "Guard the settings with one mutex for both: getSystemSetting() comes without the adapter's.", many);
+
   const char* const kFollow = "Change what the getter reports before you answer true, or answer false.";
-  add(kSetVolume, "reported", "A volume that was set is the volume that getVolume() reports.", kFollow,
+  add(kSetVolume, "reported", "getVolume() follows what is set, on its own scale, steps and limits.", kFollow,
       setVolumeFollows);
-  add(kAdjustVolume, "reported", "A volume is moved by so much, and getVolume() reports it.", kFollow,
+  add(kAdjustVolume, "reported", "The volume moves the way that was asked, and getVolume() reports it.", kFollow,
       adjustVolumeFollows);
   add(kMute, "reported", "getMuteStatus() reports what was set.", kFollow, muteFollows);
 }

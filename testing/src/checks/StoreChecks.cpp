@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "Checks.h"
 
@@ -21,23 +24,25 @@ class Store {
   void write(const Entries& entries) const {
     bool done = false;
     m_trial.ask("writeKeyValue(" + spelled(entries) + ")", [&] { done = m_host.writeKeyValue(entries); });
-    if (!done) m_trial.notAsked("writeKeyValue() answered false");
+    if (!done) m_trial.refused("writeKeyValue() answered false");
   }
 
   void remove(const Texts& keys) const {
     bool done = false;
     m_trial.ask("removeKeyValue(" + spelled(keys) + ")", [&] { done = m_host.removeKeyValue(keys); });
-    if (!done) m_trial.notAsked("removeKeyValue() answered false");
+    if (!done) m_trial.refused("removeKeyValue() answered false");
   }
 
   void clear() const {
     bool done = false;
     m_trial.ask("clear()", [&] { done = m_host.clear(); });
-    if (!done) m_trial.notAsked("clear() answered false");
+    if (!done) m_trial.refused("clear() answered false");
   }
 
-  void open() const {
-    m_trial.ask("open()", [&] { m_host.open(); });
+  bool open() const {
+    bool done = false;
+    m_trial.ask("open()", [&] { done = m_host.open(); });
+    return done;
   }
 
   /// Breaks the check when `key` does not hold `value`.
@@ -49,9 +54,12 @@ class Store {
                      spelled(value));
   }
 
+  /// Breaks the check when `key` holds a value. An empty one is a way to say that there is none.
   void expectNone(const std::string& key) const {
     const Entries found = read(key);
-    if (found.count(key)) m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found));
+    const auto entry = found.find(key);
+    if (entry != found.end() && !entry->second.empty())
+      m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found) );
   }
 
   /// Writes and reads back, as the ground of a check that is about something else.
@@ -115,6 +123,91 @@ std::string filledBefore(Trial& trial) {
     trial.destroy();
   });
   return known;
+}
+
+/// What a store must bring back: every byte in key and value, nothing, much.
+Entries difficult(const std::string& known) {
+  Entries entries;
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string text(1, static_cast<char>(byte));
+    entries[known + "/" + text + "/" + std::to_string(byte)] = text + "value" + text;
+  }
+  const std::string first(1000, 'f');
+  entries[known + first + "1"] = "one";
+  entries[known + first + "2"] = "two";
+  entries[known + "=a=b"] = "=c=d=";
+  entries[known + " b "] = "  blanks  ";
+  entries[known + "\nline"] = "first\nsecond\r\n\nthird";
+  entries[known + " all"] = everyByte();
+  entries[known + " long"] = std::string(300000, 'v');
+  for (int i = 0; i < 500; ++i) entries[known + " many " + std::to_string(i)] = std::to_string(i);
+  return entries;
+}
+
+void keepsDifficult(Trial& trial) {
+  const std::string known = filledBefore(trial);
+  const Entries entries = difficult(known);
+  trial.inKilledProcess([&] {
+    const Store store(trial);
+    store.write(entries);
+    for (const auto& entry : entries) store.expect(entry.first, entry.second);
+  });
+  const Store store(trial);
+  store.expect(known, "before");
+  for (const auto& entry : entries) store.expect(entry.first, entry.second);
+}
+
+/// Killed at many moments while it writes: what was acknowledged is there, and what was there before.
+void killedWhileWriting(Trial& trial) {
+  const std::string known = filledBefore(trial);
+  const auto keyOf = [&](int round, int i) { return known + "/" + std::to_string(round) + "/" + std::to_string(i); };
+  const auto valueOf = [](int i) { return std::to_string(i) + std::string(static_cast<std::size_t>(i % 7) * 150, 'w'); };
+  bool opens = false;
+  trial.inKilledProcess([&] {
+    const Store store(trial);
+    trial.acknowledged() = store.open();
+    Entries base;
+    for (int i = 0; i < 200; ++i) base[keyOf(-1, i)] = valueOf(i);
+    store.write(base);
+  });
+  opens = trial.acknowledged() != 0;
+  constexpr int kRounds = 16;
+  int total = 0;
+  std::vector<int> written;
+  for (int round = 0; round < kRounds; ++round) {
+    trial.acknowledged() = 0;
+    trial.explain("");
+    trial.inKilledProcess(
+        [&] {
+          const Store store(trial);
+          for (int i = 0; i < 100000; ++i) {
+            store.write({{keyOf(round, i % 60), valueOf(i % 60)}});
+            ++trial.acknowledged();
+          }
+        },
+        std::chrono::microseconds(3000 + round * 1700 + round * round * 90));
+    written.push_back(std::min(60, trial.acknowledged().load()));
+    total += trial.acknowledged();
+    const std::string when = "after the process was killed while it wrote";
+    trial.explain(when);
+    trial.inKilledProcess([&] {
+      const Store store(trial);
+      if (opens && !store.open()) trial.broken("open() answered false " + when);
+      store.expect(known, "before");
+      for (int i = 0; i < 200; ++i) store.expect(keyOf(-1, i), valueOf(i));
+      for (int old = 0; old <= round; ++old) {
+        for (int i = 0; i < written[static_cast<std::size_t>(old)]; ++i) store.expect(keyOf(old, i), valueOf(i));
+      }
+    });
+  }
+  trial.saw(std::to_string(total) + " writes acknowledged in " + std::to_string(kRounds) + " processes that were killed");
+}
+
+void opensWhenKilled(Trial& trial) {
+  const std::string known = filledBefore(trial);
+  trial.inKilledProcess([&] { trial.acknowledged() = Store(trial).open(); });
+  if (trial.acknowledged() == 0) trial.refused("open() answered false");
+  if (!Store(trial).open()) trial.broken("open() answered false after the process before was killed");
 }
 
 void newHost(Trial& trial) {
@@ -193,7 +286,13 @@ void keysApart(Trial& trial) {
   presumeOthers(trial);
   const Store store(trial);
   store.presume({{key("a"), "1"}});
-  const Texts keys = {key("k"), key("K"), key("k "), key("k/"), key("k%"), "V" + key("k").substr(1)};
+  // Also such as lists of lines, sums of letters and names of files would take for one.
+  const std::string first(250, 'f');
+  const Texts keys = {key("k"),        key("K"),        key("k "),       key("k/"),       key("k%"),
+                      key("k="),       key("k=v"),      key("ab"),       key("ba"),       key("k") + '\0',
+                      key("k") + '\0' + "n",            key("k\n"),      key("k\xff"),    key("k\xc3\xbc"),
+                      key(first + "1"), key(first + "2"), key(first + first + first + first + "1"),
+                      key(first + first + first + first + "2"), "V" + key("k").substr(1)};
   for (const std::string& each : keys) store.write({{each, each}});
   for (const std::string& each : keys) store.expect(each, each);
 }
@@ -235,11 +334,20 @@ void writesFromThreads(Trial& trial) {
   const Store store(trial);
   store.presume({{key("a"), "1"}});
   const auto keyOf = [](int thread, int i) { return key(std::to_string(100 * thread + i)); };
-  trial.onThreads(4, [&](int thread) {
-    for (int i = 0; i < 25; ++i) store.write({{keyOf(thread, i), "1"}});
-  });
+  // As many as come to overlap, so that two stand between reading and writing at once.
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(150);
+  std::atomic<int> written[4] = {};
+  trial.onThreads(
+      4,
+      [&](int thread) {
+        for (int i = 0; i < 25 || (i < 100 && std::chrono::steady_clock::now() < enough); ++i) {
+          store.write({{keyOf(thread, i), "1"}});
+          written[thread] = i + 1;
+        }
+      },
+      true);
   for (int thread = 0; thread < 4; ++thread) {
-    for (int i = 0; i < 25; ++i) store.expect(keyOf(thread, i), "1");
+    for (int i = 0; i < written[thread]; ++i) store.expect(keyOf(thread, i), "1");
   }
 }
 
@@ -314,8 +422,29 @@ void pastAbsent(Trial& trial) {
 void removeLeavesOthers(Trial& trial) {
   const Store store(trial);
   store.presume({{key("a"), "1"}, {key("ab"), "2"}});
+  store.write({{key("A"), "3"}, {key("a") + '\0', "4"}, {key("a="), "5"}, {key("ba"), "6"}});
   store.remove({key("a")});
   store.expect(key("ab"), "2");
+  store.expect(key("A"), "3");
+  store.expect(key("a") + '\0', "4");
+  store.expect(key("a="), "5");
+  store.expect(key("ba"), "6");
+}
+
+void removesMany(Trial& trial) {
+  presumeRemoval(trial);
+  const Store store(trial);
+  Entries entries;
+  Texts keys;
+  for (int i = 0; i < 600; ++i) {
+    entries[key("many " + std::to_string(i))] = "1";
+    keys.push_back(key("many " + std::to_string(i)));
+  }
+  store.write(entries);
+  store.write({{key("other"), "1"}});
+  store.remove(keys);
+  for (const std::string& each : keys) store.expectNone(each);
+  store.expect(key("other"), "1");
 }
 
 void emptyList(Trial& trial) {
@@ -355,6 +484,8 @@ void addStoreChecks(Checks& checks) {
 
   add(kOpen, "keeps", "Opening a store that is open changes nothing in it.",
       "Answer true at once when the store is open.", openKeeps);
+  add(kOpen, "killed", "A store whose process was killed can be opened again.",
+      "Leave no mark that only an orderly end takes away.", opensWhenKilled);
   add(kOpen, "in-use", "Opening comes without a lock, also while others write, and loses nothing of theirs.",
       "Guard the store with one mutex, open() included.", openInUse);
 
@@ -391,11 +522,17 @@ void addStoreChecks(Checks& checks) {
       "Hold one mutex from reading the store to writing it back.", writesFromThreads);
   add(kWrite, "new-host", "What was stored is there for the host of the next process.",
       "Keep the store in a file, and find it again when a host is made or opened.", newHost);
+  add(kWrite, "difficult", "What was stored is there for the next process, whatever bytes, sizes and numbers.",
+      "Store keys and values by length, not as lines or C strings.", keepsDifficult);
+  add(kWrite, "killed-writing",
+      "However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.",
+      "Write a new file aside, hand it to the medium, and rename it over the old one.", killedWhileWriting);
   add(kWrite, "killed", "What was stored is there after the process was killed.", kDurable, writesThenKilled);
 
   add(kRemove, "removes", "A key that was removed is not read any more.",
       "Answer false when you do not remove.", removes);
   add(kRemove, "removes-all", "Every key of the list is removed.", "Go through the whole list.", removesAll);
+  add(kRemove, "many", "Every one of six hundred keys is removed.", "Go through the whole list.", removesMany);
   add(kRemove, "past-absent", "A key that is not there does not keep the next ones from being removed.",
       "Go on to the end of the list.", pastAbsent);
   add(kRemove, "leaves-others", "Removing leaves other keys alone, also those that begin the same.",

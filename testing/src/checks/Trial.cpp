@@ -2,13 +2,19 @@
 
 #include "Trial.h"
 
+#include <dlfcn.h>
+#include <execinfo.h>
+#include <pthread.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -16,6 +22,7 @@
 #include <vector>
 
 #include "../Stack.h"
+#include "Operations.h"
 #include "Spelling.h"
 
 namespace vorn_testing::checks {
@@ -24,25 +31,37 @@ namespace {
 
 std::int64_t now() { return std::chrono::steady_clock::now().time_since_epoch().count(); }
 
+/// The call that this thread is in.
+thread_local const Report::Busy* t_call = nullptr;
+
+std::atomic<int> g_inside{0};
+std::atomic<long> g_overlaps{0};
+
 /// Enters a call in the report for as long as it runs.
 class OnItsWay {
  public:
-  OnItsWay(Report& report, const std::string& shown) : m_report(report), m_shown(shown) {
+  OnItsWay(Report& report, const std::string& shown) : m_report(report), m_shown(shown), m_outer(t_call) {
     for (Report::Busy& call : report.calls) {
       std::int64_t free = 0;
       if (!call.since.compare_exchange_strong(free, -1)) continue;
       put(call.call, shown);
+      call.thread = static_cast<int>(syscall(SYS_gettid));
       m_call = &call;
       break;
     }
     m_start = now();
     if (m_call) m_call->since = m_start;
+    if (g_inside++ > 0) ++g_overlaps;
+    t_call = m_call;
   }
 
   ~OnItsWay() {
+    t_call = m_outer;
+    --g_inside;
     const std::int64_t end = now();
     if (m_call) m_call->since = 0;
     m_report.active = end;
+    if (end - m_start <= m_report.slowest) return;
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
     if (end - m_start <= m_report.slowest) return;
@@ -56,23 +75,89 @@ class OnItsWay {
  private:
   Report& m_report;
   const std::string& m_shown;
+  const Report::Busy* const m_outer;
   Report::Busy* m_call = nullptr;
   std::int64_t m_start = 0;
 };
 
+Report* g_report = nullptr;
+
+/// What a handler may do: no memory is asked for.
+void append(char (&text)[sizeof(Report::stack)], std::size_t& length, const char* more) {
+  while (*more && length + 1 < sizeof text) text[length++] = *more++;
+  text[length] = '\0';
+}
+
+void onCrash(int signal, siginfo_t* info, void*) {
+  if (g_report && !g_report->crashed.exchange(true)) {
+    if (t_call) std::memcpy(g_report->crashedCall, t_call->call, sizeof g_report->crashedCall);
+    if (signal == SIGSEGV || signal == SIGBUS) {
+      if (const char* const operation = ownerOfRevoked(info->si_addr))
+        std::strncpy(g_report->touched, operation, sizeof g_report->touched - 1);
+    }
+    void* frames[24];
+    const int depth = backtrace(frames, 24);
+    std::size_t length = 0;
+    for (int i = 1; i < depth; ++i) {
+      Dl_info where;
+      if (dladdr(frames[i], &where) == 0) continue;
+      append(g_report->stack, length, where.dli_sname ? where.dli_sname : where.dli_fname);
+      append(g_report->stack, length, "\n");
+    }
+  }
+  ::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+/// Holds a thread up in the midst of a call.
+void onDisturbed(int) {
+  if (!t_call) return;
+  const int error = errno;
+  thread_local unsigned turn = 0;
+  const timespec pause{0, 20000 + static_cast<long>(++turn % 7) * 30000};
+  nanosleep(&pause, nullptr);
+  errno = error;
+}
+
+int disturbance() { return SIGRTMIN + 6; }
+
+std::string nameOf(const std::string& shown) { return shown.substr(0, shown.find('(')); }
+
 }  // namespace
 
+void noteCrashes(Report& report) {
+  g_report = &report;
+  void* frame[1];
+  backtrace(frame, 1);  // loads what it needs now, not in the handler
+  constexpr std::size_t kStack = 1 << 16;
+  stack_t own = {};
+  own.ss_sp = new char[kStack];
+  own.ss_size = kStack;
+  sigaltstack(&own, nullptr);
+  for (const int signal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
+    struct sigaction action = {};
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_DFL) continue;
+    action.sa_sigaction = onCrash;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
+    sigaction(signal, &action, nullptr);
+  }
+}
+
 void Trial::ask(const std::string& shown, const std::function<void()>& call) {
+  if (m_known.dead.count(nameOf(shown)))
+    notAsked(nameOf(shown) + "() fails, see its checks");
   const OnItsWay onItsWay(m_report, shown);
+  const auto after = [&] { return *m_report.context ? std::string(", ") + m_report.context : std::string(); };
   try {
     call();
   } catch (const Outcome&) {
     throw;
   } catch (const std::exception& exception) {
     broken(shown + " threw " + demangled(typeid(exception).name()) + ": " +
-           spelled(std::string(exception.what())));
+           spelled(std::string(exception.what())) + after());
   } catch (...) {
-    broken(shown + " threw what is no std::exception");
+    broken(shown + " threw what is no std::exception" + after());
   }
 }
 
@@ -94,34 +179,37 @@ void Trial::destroy() {
 }
 
 Player& Trial::player() {
+  if (m_known.broken.count("VornDALImplIF/33/getEMPAdapter/never-null"))
+    notAsked("there is no player, see VornDALImplIF/33/getEMPAdapter/never-null");
   Player* player = nullptr;
   Host& asked = host();
   ask("getEMPAdapter()", [&] { player = asked.getEMPAdapter(); });
-  if (!player) notAsked("there is no player, see VornDALImplIF/33/getEMPAdapter/never-null");
+  if (!player)
+    broken(std::string("getEMPAdapter() answered null") + (*m_report.context ? ", " : "") + m_report.context);
   return *player;
 }
 
-void Trial::presume(const std::string& check, const std::function<void()>& act) {
-  const std::string outer = m_report.excuse;
-  if (outer.empty()) put(m_report.excuse, check);
-  try {
-    act();
-  } catch (Outcome& outcome) {
-    if (outcome.kind == HostVerdict::kBroken)
-      outcome = {HostVerdict::kNotAsked, outcome.detail + ", see " + check};
-    throw;
-  }
-  put(m_report.excuse, outer);
+void Trial::presume(const std::string& check, const std::function<void()>& act) const {
+  if (m_known.broken.count(check)) notAsked("a promise that this one stands on is broken, see " + check);
+  act();
 }
 
 void Trial::explain(const std::string& context) { put(m_report.context, context); }
 
-void Trial::onThreads(int count, const std::function<void(int)>& act) {
+long Trial::overlaps() const { return g_overlaps; }
+
+void Trial::onThreads(int count, const std::function<void(int)>& act, bool disturbed) {
   std::mutex mutex;
   std::optional<Outcome> first;
-  std::atomic<int> ready{0};
+  std::atomic<int> ready{0}, left{count};
   std::vector<std::thread> threads;
   threads.reserve(static_cast<std::size_t>(count));
+  if (disturbed) {
+    struct sigaction action = {};
+    action.sa_handler = onDisturbed;
+    action.sa_flags = SA_RESTART;
+    sigaction(disturbance(), &action, nullptr);
+  }
   for (int number = 0; number < count; ++number) {
     threads.emplace_back([&, number] {
       ++ready;
@@ -130,15 +218,22 @@ void Trial::onThreads(int count, const std::function<void(int)>& act) {
         act(number);
       } catch (const Outcome& outcome) {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (!first) first = outcome;
+        if (!first || (first->kind != HostVerdict::kBroken && outcome.kind == HostVerdict::kBroken))
+          first = outcome;
       }
+      --left;
     });
+  }
+  for (std::size_t turn = 0; disturbed && left > 0; ++turn) {
+    pthread_kill(threads[turn * 7 % threads.size()].native_handle(), disturbance());
+    const timespec pause{0, 20000};
+    nanosleep(&pause, nullptr);
   }
   for (std::thread& thread : threads) thread.join();
   if (first) throw Outcome(*first);
 }
 
-void Trial::inKilledProcess(const std::function<void()>& act) {
+void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::microseconds after) {
   m_report.innerEnded = false;
   const pid_t child = fork();
   if (child < 0) notAsked(std::string("no process can be made: ") + std::strerror(errno));
@@ -149,20 +244,36 @@ void Trial::inKilledProcess(const std::function<void()>& act) {
     } catch (const Outcome& outcome) {
       put(m_report.detail, outcome.detail);
       m_report.verdict = outcome.kind;
+      m_report.refused = outcome.refused;
     }
     m_report.innerEnded = true;
     std::raise(SIGKILL);
   }
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  bool cut = false;
+  if (after.count() > 0) {
+    std::this_thread::sleep_for(after);
+    cut = waitpid(child, &status, WNOHANG) == 0;
+    if (cut) kill(child, SIGKILL);
+  }
+  if (cut || after.count() == 0) {
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+  }
+  if (cut && !m_report.innerEnded && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) {
+    for (Report::Busy& call : m_report.calls) call.since = 0;
+    return;
   }
   if (!m_report.innerEnded) {
     // The host ended it: this process follows, and leaves the word to the watching one.
-    if (WIFSIGNALED(status)) std::raise(WTERMSIG(status));
+    if (WIFSIGNALED(status)) {
+      ::signal(WTERMSIG(status), SIG_DFL);
+      std::raise(WTERMSIG(status));
+    }
     _exit(WEXITSTATUS(status));
   }
   if (m_report.verdict != HostVerdict::kKept)
-    throw Outcome{static_cast<HostVerdict::Kind>(m_report.verdict.load()), m_report.detail};
+    throw Outcome{static_cast<HostVerdict::Kind>(m_report.verdict.load()), m_report.detail, m_report.refused};
 }
 
 }  // namespace vorn_testing::checks

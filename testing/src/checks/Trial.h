@@ -5,6 +5,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "vorn_testing/HostChecks.h"
@@ -18,6 +19,7 @@ using Player = VornDeviceAbstractionLayer::VornEMPAdapterIF;
 struct Outcome {
   HostVerdict::Kind kind;
   std::string detail;
+  bool refused = false;  ///< Of what was not asked: whether the host's answer is the reason.
 };
 
 /// Copies as much of a text as fits.
@@ -34,27 +36,48 @@ struct Report {
   /// A call on its way. `since` is 0 when free, else the start in nanoseconds of the steady clock.
   struct Busy {
     std::atomic<std::int64_t> since;
+    std::atomic<int> thread;
     Text call;
   };
 
   std::atomic<bool> ended;       ///< Whether the check came to its end; verdict and detail hold then.
   std::atomic<bool> innerEnded;  ///< Whether a process that the check started came to its own.
   std::atomic<bool> made;
+  std::atomic<bool> refused;
   std::atomic<std::int64_t> active;  ///< When something was last done.
   std::atomic<int> verdict;
   Text detail;
-  Text excuse;   ///< While not empty, what goes wrong is the business of the check named here.
   Text context;  ///< What goes before a call that ends the process.
+  Text seen;     ///< How much was seen, also of a promise that was kept.
   std::atomic<std::int64_t> slowest;
   Text slowestCall;
   Busy calls[16];
+
+  std::atomic<int> acknowledged;  ///< Of a process that is killed while it writes: how much was written.
+
+  // Of a thread that was ended by a signal.
+  std::atomic<bool> crashed;
+  Text crashedCall;
+  Text touched;  ///< The operation whose argument it touched after the call.
+  char stack[4000];
+
+  // What the watching process adds.
+  std::atomic<bool> watched;
+  std::atomic<int> status;
+  Text reason;
+};
+
+/// What is known from the checks that were run before.
+struct Known {
+  std::set<std::string> broken;  ///< Checks, by id.
+  std::set<std::string> dead;    ///< Operations, by name, that fail plainly or once did not answer.
 };
 
 /// One check at work in the child process: makes hosts, calls them and says what was seen.
 class Trial {
  public:
-  Trial(const HostMaker& hostMaker, const HostDemands& hostDemands, Report& forParent)
-      : demands(hostDemands), m_report(forParent), m_maker(hostMaker) {}
+  Trial(const HostMaker& hostMaker, const HostDemands& hostDemands, const Known& before, Report& forParent)
+      : demands(hostDemands), m_known(before), m_report(forParent), m_maker(hostMaker) {}
 
   const HostDemands& demands;
 
@@ -67,30 +90,48 @@ class Trial {
   /// Destroys it, on this thread.
   void destroy();
 
-  /// The host's player, asked for anew as the library does. Without one there is nothing to ask.
+  /// The host's player, asked for anew as the library does.
   Player& player();
 
   [[noreturn]] void broken(const std::string& detail) const { throw Outcome{HostVerdict::kBroken, detail}; }
+  [[noreturn]] void remark(const std::string& detail) const { throw Outcome{HostVerdict::kRemark, detail}; }
+  /// For a reason that lies in the demands, or in what was broken before.
   [[noreturn]] void notAsked(const std::string& detail) const {
     throw Outcome{HostVerdict::kNotAsked, detail};
+  }
+  /// Because the host refuses by its answer.
+  [[noreturn]] void refused(const std::string& detail) const {
+    throw Outcome{HostVerdict::kNotAsked, detail, true};
   }
 
   /// Makes one call into the host, named `shown`: watched and timed; what it throws breaks the check.
   void ask(const std::string& shown, const std::function<void()>& call);
 
-  /// Does what another check is about: when that goes wrong, in whatever way, this check is not asked.
-  void presume(const std::string& check, const std::function<void()>& act);
+  /// Does what another check is about: not asked when that is known to be broken. What goes wrong here breaks this.
+  void presume(const std::string& check, const std::function<void()>& act) const;
 
-  /// Adds to what is said when a call from now on ends the process or does not answer.
+  /// Adds to what is said when a call from now on goes wrong.
   void explain(const std::string& context);
 
-  /// Runs on `count` threads, numbered from 0 and let go together, until all have ended.
-  void onThreads(int count, const std::function<void(int)>& act);
+  /// Says how much was seen.
+  void saw(const std::string& text) { put(m_report.seen, text); }
 
-  /// Runs in a process of its own that is killed as soon as `act` is done.
-  void inKilledProcess(const std::function<void()>& act);
+  /// Runs on `count` threads, numbered from 0 and let go together, until all have ended. When `disturbed`, they are
+  /// held up in the midst of their calls again and again, so that others come in between.
+  void onThreads(int count, const std::function<void(int)>& act, bool disturbed = false);
+
+  /// How many calls began while another was on its way.
+  long overlaps() const;
+
+  /// Runs in a process of its own that is killed as soon as `act` is done, or, when `after` is not zero, then.
+  void inKilledProcess(const std::function<void()>& act,
+                       std::chrono::microseconds after = std::chrono::microseconds(0));
+
+  /// Shared with the processes that are killed.
+  std::atomic<int>& acknowledged() { return m_report.acknowledged; }
 
  private:
+  const Known& m_known;
   Report& m_report;
   const HostMaker& m_maker;
   std::shared_ptr<Host> m_host;
@@ -102,7 +143,14 @@ struct Check {
   std::function<void(Trial&)> run;
 };
 
+/// The status of a process that a check let end in its own way, so that a host that ends it looks different.
+constexpr int kOrderly = 86;
+
+/// Catches the signals that end a process, to note the call and the stack before they do. Not where somebody else,
+/// such as a sanitizer, looks already.
+void noteCrashes(Report& report);
+
 /// Runs the check in a child process and watches it.
-HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands);
+HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands, const Known& known);
 
 }  // namespace vorn_testing::checks

@@ -1,6 +1,8 @@
 // The watching side of a check: starts the child, and says how it ended when it cannot say so itself.
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -8,13 +10,21 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <map>
+#include <sstream>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "../Stack.h"
+#include "Operations.h"
 #include "Trial.h"
 
 namespace vorn_testing::checks {
@@ -55,24 +65,47 @@ std::string lineOf(const std::string& path) {
   return line;
 }
 
-/// Whether the first thread of the child waits for a mutex that it holds itself, and so for ever. Told from the
-/// system call that it sits in and the owner that the C library notes in the mutex; where either cannot be
-/// read, the answer is false and the bound decides.
-bool waitsForItself(pid_t child) {
-  const std::string process = "/proc/" + std::to_string(child);
-  const std::string call = lineOf(process + "/syscall");
+/// For whom a thread waits, as far as it can be seen: the holder of a mutex, or a thread that it joins. 0: for none.
+pid_t waitsFor(pid_t process, pid_t thread) {
+  const std::string root = "/proc/" + std::to_string(process);
+  const std::string call = lineOf(root + "/task/" + std::to_string(thread) + "/syscall");
   long number = -1;
-  unsigned long mutex = 0, operation = 0;
-  if (std::sscanf(call.c_str(), "%ld %lx %lx", &number, &mutex, &operation) != 3) return false;
-  constexpr unsigned long kCommand =
-      0x7f;  // without FUTEX_PRIVATE_FLAG and FUTEX_CLOCK_REALTIME; 0 is to wait
-  if (number != SYS_futex || (operation & kCommand) != 0) return false;
-  int fields[3] = {};  // lock, count, owner
-  const int memory = open((process + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
-  const ssize_t size = pread(memory, fields, sizeof fields, static_cast<off_t>(mutex));
+  unsigned long word = 0, operation = 0, expected = 0;
+  if (std::sscanf(call.c_str(), "%ld %lx %lx %lx", &number, &word, &operation, &expected) != 4) return 0;
+  constexpr unsigned long kCommand = 0x7f;  // without FUTEX_PRIVATE_FLAG and FUTEX_CLOCK_REALTIME
+  constexpr unsigned long kWait = 0, kWaitBitset = 9;
+  if (number != SYS_futex) return 0;
+  int fields[3] = {};  // of a mutex: lock, count, owner; of a thread that is joined: its number
+  const int memory = open((root + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
+  const ssize_t size = pread(memory, fields, sizeof fields, static_cast<off_t>(word));
   close(memory);
-  if (size != static_cast<ssize_t>(sizeof fields)) return false;
-  return fields[2] == child && lineOf(process + "/syscall") == call;
+  if (size != static_cast<ssize_t>(sizeof fields)) return 0;
+  if ((operation & kCommand) == kWait && fields[0] == 2) return fields[2];
+  if ((operation & kCommand) == kWaitBitset && fields[0] == static_cast<int>(expected)) return fields[0];
+  return 0;
+}
+
+/// The threads that wait for each other in a circle, and so for ever; empty when there is none. Told from the system
+/// calls that they sit in and the owner that the C library notes in a mutex; where these cannot be read, the bound
+/// decides.
+std::vector<pid_t> circle(pid_t process) {
+  std::map<pid_t, pid_t> edges;
+  DIR* const tasks = opendir(("/proc/" + std::to_string(process) + "/task").c_str());
+  if (!tasks) return {};
+  while (const dirent* const entry = readdir(tasks)) {
+    const pid_t thread = std::atoi(entry->d_name);
+    if (thread > 0) edges[thread] = waitsFor(process, thread);
+  }
+  closedir(tasks);
+  for (const auto& edge : edges) {
+    std::vector<pid_t> path{edge.first};
+    for (pid_t next = edge.second; edges.count(next); next = edges[next]) {
+      const auto seen = std::find(path.begin(), path.end(), next);
+      if (seen != path.end()) return {seen, path.end()};
+      path.push_back(next);
+    }
+  }
+  return {};
 }
 
 /// The call that has been on its way for longest, or null, and since when. Read once: it may end at any moment.
@@ -97,74 +130,173 @@ std::string howItEnded(int status) {
          strsignal(WTERMSIG(status)) + ")";
 }
 
+/// The call that a thread is in, or what is known of it.
+std::string callOf(const Report& report, pid_t thread) {
+  for (const Report::Busy& call : report.calls) {
+    if (call.since > 0 && call.thread == thread) return call.call;
+  }
+  return "a thread of the host";
+}
+
+/// How threads wait for each other, in words.
+std::string told(const Report& report, const std::vector<pid_t>& threads) {
+  if (threads.size() == 1) return "waits for a mutex that its own thread holds";
+  std::string words = "waits for a mutex that its own thread holds, or for a thread that waits for it: ";
+  for (std::size_t i = 0; i < threads.size(); ++i)
+    words += (i ? ", which waits for " : "") + callOf(report, threads[i]);
+  return words + ", which waits for the first";
+}
+
 /// Waits for the child. Returns its status, or the reason why it was not waited for any longer.
 std::string wait(pid_t child, int ends, const Report& report, std::chrono::milliseconds bound, int& status) {
   pollfd end{ends, POLLIN, 0};
+  std::vector<pid_t> waiting;
   for (int stuck = 0;;) {
     if (poll(&end, 1, end.fd < 0 ? kLastTickMs : kTickMs) > 0)
       end.fd = -1;  // closed by the end, or by the host
-    if (waitpid(child, &status, report.ended ? 0 : WNOHANG) == child) return "";
-    stuck = waitsForItself(child) ? stuck + 1 : 0;
-    if (stuck == 3) return "waits for a mutex that its own thread holds";
-    const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
+    if (waitpid(child, &status, WNOHANG | WUNTRACED) == child)
+      return WIFSTOPPED(status) ? "stopped its own process" : "";
+    const std::vector<pid_t> now = circle(child);
+    stuck = !now.empty() && now == waiting ? stuck + 1 : 0;
+    waiting = now;
+    if (stuck == 3) return told(report, waiting);
+    const std::chrono::nanoseconds time = std::chrono::steady_clock::now().time_since_epoch();
     const auto [call, since] = oldest(report);
-    if (now - std::chrono::nanoseconds(call ? since : report.active.load()) >
-        (call ? std::chrono::nanoseconds(bound) : kOwnBound))
-      return "did not answer within " + seconds(call ? bound : kOwnBound);
+    if (time - std::chrono::nanoseconds(call ? since : report.active.load()) >
+        (call || report.ended ? std::chrono::nanoseconds(bound) : kOwnBound))
+      return "did not answer within " + seconds(call || report.ended ? bound : kOwnBound);
   }
 }
 
 [[noreturn]] void runChild(const Check& check, const HostMaker& maker, const HostDemands& demands,
-                           Report& report) {
+                           const Known& known, Report& report) {
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   dup2(STDERR_FILENO, STDOUT_FILENO);
+  mallopt(M_PERTURB, 0xa5);  // what is freed does not look as it was
+  noteCrashes(report);
+  takeAccepted(demands);
   // Not destroyed: the host of a check that is not about its end lives as long as the process.
-  auto* const trial = new Trial(maker, demands, report);
+  auto* const trial = new Trial(maker, demands, known, report);
   Outcome outcome{HostVerdict::kKept, ""};
   try {
     check.run(*trial);
   } catch (const Outcome& thrown) {
     outcome = thrown;
   } catch (const std::exception& exception) {
-    outcome = {HostVerdict::kNotAsked, std::string("the check itself failed: ") + exception.what()};
+    outcome = {HostVerdict::kBroken, std::string("the check itself failed: ") + exception.what()};
   }
   put(report.detail, outcome.detail);
+  report.refused = outcome.refused;
   report.verdict = outcome.kind;
   std::fflush(nullptr);
+  report.active = std::chrono::steady_clock::now().time_since_epoch().count();
   report.ended = true;
+  _exit(0);
+}
+
+/// Ends what the host has started and not ended: this process takes the place of their parent, see runWatcher().
+void endOrphans() {
+  for (;;) {
+    int status = 0;
+    while (waitpid(-1, &status, WNOHANG) > 0) {
+    }
+    bool any = false;
+    DIR* const processes = opendir("/proc");
+    while (const dirent* const entry = processes ? readdir(processes) : nullptr) {
+      const pid_t process = std::atoi(entry->d_name);
+      if (process <= 0) continue;
+      const std::string line = lineOf("/proc/" + std::string(entry->d_name) + "/stat");
+      const std::size_t name = line.rfind(')');
+      char state = 0;
+      int parent = 0;
+      if (name == std::string::npos || std::sscanf(line.c_str() + name + 1, " %c %d", &state, &parent) != 2)
+        continue;
+      if (parent != getpid()) continue;
+      any = true;
+      kill(process, SIGKILL);
+    }
+    if (processes) closedir(processes);
+    if (!any) return;
+    waitpid(-1, &status, 0);
+  }
+}
+
+/// A process between the caller and the check: whatever the host does to its parent, its children or its group stays
+/// below, and how the caller treats SIGCHLD does not matter.
+[[noreturn]] void runWatcher(const Check& check, const HostMaker& maker, const HostDemands& demands,
+                             const Known& known, Report& report) {
+  std::signal(SIGCHLD, SIG_DFL);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) _exit(1);
+  const pid_t child = fork();
+  if (child == 0) {
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+    runChild(check, maker, demands, known, report);
+  }
+  close(ends[1]);
+  if (child < 0) _exit(1);
+  setpgid(child, child);
+  int status = 0;
+  const std::string reason = wait(child, ends[0], report, demands.bound, status);
+  kill(-child, SIGKILL);
+  kill(child, SIGKILL);
+  if (!reason.empty()) waitpid(child, &status, 0);
+  endOrphans();
+  put(report.reason, reason);
+  report.status = status;
+  report.watched = true;
   _exit(0);
 }
 
 }  // namespace
 
-HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands) {
+HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands,
+                       const Known& known) {
   Shared shared;
   Report& report = *shared;
   report.active = std::chrono::steady_clock::now().time_since_epoch().count();
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) fail("no pipe for a check");
   std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) runChild(check, maker, demands, report);
-  close(ends[1]);
-  int status = 0;
-  const std::string reason = child < 0 ? "" : wait(child, ends[0], report, demands.bound, status);
-  close(ends[0]);
-  if (child < 0) fail("no process for a check");
-  kill(-child, SIGKILL);  // and what it may have started
-  if (!reason.empty()) waitpid(child, &status, 0);
+  const pid_t watcher = fork();
+  if (watcher < 0) fail("no process for a check");
+  if (watcher == 0) runWatcher(check, maker, demands, known, report);
+  while (waitpid(watcher, nullptr, 0) < 0 && errno == EINTR) {
+  }
 
   HostVerdict verdict{
       static_cast<HostVerdict::Kind>(report.verdict.load()), report.detail, report.made, report.slowestCall,
-      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(report.slowest))};
-  if (reason.empty() && report.ended) return verdict;
-  const Report::Busy* const call = oldest(report).first;
-  const std::string context = report.context, excuse = report.excuse;
-  verdict.kind = excuse.empty() ? HostVerdict::kBroken : HostVerdict::kNotAsked;
-  verdict.detail = (call ? call->call : "the host, outside of any call,") + std::string(" ") +
-                   (reason.empty() ? howItEnded(status) : reason) + (context.empty() ? "" : ", " + context) +
-                   (excuse.empty() ? "" : ", see " + excuse);
+      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(report.slowest)),
+      report.refused, false, report.seen, {}};
+  const std::string reason = report.reason, context = report.context;
+  const int status = report.status;
+  if (report.watched && reason.empty() && report.ended && status == 0) return verdict;
+  if (report.watched && reason.empty() && WIFEXITED(status) && WEXITSTATUS(status) == kOrderly) {
+    verdict.kind = HostVerdict::kKept;
+    return verdict;
+  }
+  const auto [call, since] = oldest(report);
+  std::string who = report.crashed && *report.crashedCall ? report.crashedCall : call ? call->call : "";
+  if (who.empty()) who = report.ended ? "the host, after the check," : "the host, outside of any call,";
+  verdict.hung = report.watched && !reason.empty();
+  verdict.kind = HostVerdict::kBroken;
+  verdict.detail = who + " ";
+  if (!report.watched)
+    verdict.detail += "ended the process that watches it";
+  else
+    verdict.detail += reason.empty() ? howItEnded(status) : reason;
+  if (*report.touched)
+    verdict.detail += std::string(": it touched an argument of ") + report.touched + "(), which had returned";
+  if (!context.empty()) verdict.detail += ", " + context;
+  std::string meanwhile;
+  for (const Report::Busy& other : report.calls) {
+    if (other.since > 0 && other.call != who && meanwhile.find(other.call) == std::string::npos)
+      meanwhile += (meanwhile.empty() ? "" : ", ") + std::string(other.call);
+  }
+  if (!meanwhile.empty()) verdict.detail += ", while these were on their way: " + meanwhile;
+  std::istringstream frames(report.stack);
+  for (std::string frame; std::getline(frames, frame);) verdict.stack.push_back(demangled(frame.c_str()));
   return verdict;
 }
 

@@ -1,0 +1,345 @@
+// What is about all operations together: loads, orders, and what a host leaves behind.
+
+#include <dirent.h>
+#include <malloc.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <clocale>
+#include <csignal>
+#include <map>
+#include <thread>
+#include <vector>
+
+#include "Checks.h"
+
+namespace vorn_testing::checks {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+struct Area {
+  const char* name;
+  std::vector<const char*> operations;
+};
+
+const std::vector<Area>& table() {
+  static const auto* const kAreas = new std::vector<Area>{
+      {"storage", {"open", "readKeyValue", "writeKeyValue", "removeKeyValue", "clear"}},
+      {"settings", {"getSystemSetting", "setSystemSetting"}},
+      {"volume", {"getVolume", "onSetVolume", "onAdjustVolume"}},
+      {"mute", {"getMuteStatus", "onMute"}},
+      {"focus", {"requestAudioFocus", "releaseAudioFocus"}},
+      {"microphone",
+       {"startStreamingAudioData", "stopStreamingAudioData", "isMicrophoneAvailable", "setAlexaHandsFreeState"}},
+      {"channels", {"onChangeChannel", "onSkipChannel"}},
+      {"inputs", {"onInputChange"}},
+      {"modes", {"onSetMode", "onAdjustMode"}},
+      {"recording", {"onStartRecording", "onStopRecording"}},
+      {"cards", {"clearGUICard", "renderGUICard"}},
+      {"lights", {"setAnimation"}},
+      {"calls", {"onCommsStateChanged"}},
+      {"messages", {"sendAppMessage"}},
+      {"logs", {"onLogEmitted"}},
+      {"setup", {"sendCBLInfo", "alexaAuthStatusChanged"}}};
+  return *kAreas;
+}
+
+/// A call of a load: which operation, and with what.
+struct Round {
+  const Operation* operation;
+  Prepared prepared;
+};
+
+std::vector<Round> rounds(const std::vector<const Operation*>& which) {
+  std::vector<Round> all;
+  for (const Operation* const operation : which) {
+    for (const Given given : {Given::kPlain, Given::kLoad}) {
+      for (int sample = 0; sample < operation->samples(given); ++sample)
+        all.push_back({operation, operation->prepare(given, sample)});
+    }
+  }
+  return all;
+}
+
+/// Numbers that look random and are the same in every run.
+class Dice {
+ public:
+  explicit Dice(std::uint64_t seed) : m_state(seed * 0x9e3779b97f4a7c15 + 1) {}
+  std::size_t operator()(std::size_t sides) {
+    m_state = m_state * 6364136223846793005U + 1442695040888963407U;
+    return static_cast<std::size_t>(m_state >> 33) % sides;
+  }
+
+ private:
+  std::uint64_t m_state;
+};
+
+/// Makes the call as a device sees it; one that is known to fail is passed over.
+void make(Trial& trial, const Round& round) {
+  try {
+    if (round.operation->locked)
+      callThrough(trial, *round.operation, round.prepared);
+    else
+      call(trial, *round.operation, round.prepared);
+  } catch (const Outcome& outcome) {
+    if (outcome.kind == HostVerdict::kBroken) throw;
+  }
+}
+
+void together(Trial& trial, const std::vector<const Operation*>& which, milliseconds time) {
+  constexpr int kThreads = 8;
+  trial.host();
+  std::vector<std::vector<Round>> all;
+  for (int thread = 0; thread < kThreads; ++thread) all.push_back(rounds(which));
+  trial.explain("while other threads were in the host");
+  const long before = trial.overlaps();
+  const auto end = Clock::now() + time, atLast = end + milliseconds(2000);
+  std::atomic<long> made{0};
+  trial.onThreads(
+      kThreads,
+      [&](int thread) {
+        Dice dice(static_cast<std::uint64_t>(thread) + 1);
+        const auto& own = all[static_cast<std::size_t>(thread)];
+        while (Clock::now() < (trial.overlaps() - before < 200 ? atLast : end)) {
+          make(trial, own[dice(own.size())]);
+          ++made;
+        }
+      },
+      true);
+  trial.saw(std::to_string(trial.overlaps() - before) + " of " + std::to_string(made) + " calls overlapped");
+}
+
+std::vector<const Operation*> everything() {
+  std::vector<const Operation*> all;
+  for (const Operation& operation : operations()) all.push_back(&operation);
+  return all;
+}
+
+void anyOrder(Trial& trial) {
+  const auto all = rounds(everything());
+  const auto atLast = Clock::now() + milliseconds(2500);
+  int count = 0;
+  for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+    Dice dice(seed);
+    const Round* last[2] = {nullptr, nullptr};
+    for (int i = 0; i < 3000 && Clock::now() < atLast; ++i, ++count) {
+      const Round& next = all[dice(all.size())];
+      trial.explain(last[0] ? "after " + last[1]->prepared.shown + ", " + last[0]->prepared.shown : "");
+      make(trial, next);
+      last[1] = last[0] ? last[0] : &next;
+      last[0] = &next;
+    }
+  }
+  trial.saw(std::to_string(count) + " calls");
+}
+
+/// What a device sees on a day, in its order; twice, since nothing keeps a user from it.
+void day(Trial& trial) {
+  const std::vector<const char*> kDay = {
+      "open", "readKeyValue", "getDeviceInformation", "getConfigData", "getTimezone", "getDeviceLocale",
+      "changeAlexaLocale", "getDeviceLocale", "updateInternetConnectionStatus", "sendCBLInfo",
+      "alexaAuthStatusChanged", "writeKeyValue", "notifyMainAppInitialized", "setAlexaHandsFreeState",
+      "alexaStateChanged", "isMicrophoneAvailable", "startStreamingAudioData", "dialogUXStateChanged",
+      "notifyAlexaInvocationDetected", "requestAudioFocus", "setAnimation", "stopStreamingAudioData",
+      "releaseAudioFocus", "login", "launchAndPlay", "getPlaybackState", "pause", "getPlaybackState", "resume",
+      "nextTrack", "previousTrack", "restartCurrentTrack", "skipForward", "setShuffleOn", "setRepeatAll",
+      "setRepeatOne", "setRepeatNone", "setShuffleOff", "stop", "resume", "stop", "logout", "nextTrack", "resume",
+      "pause", "stop", "onChangePlaybackPlay", "onChangePlaybackPause", "onChangePlaybackPlay",
+      "onChangePlaybackFastForward", "onChangePlaybackRewind", "onChangePlaybackNext", "onChangePlaybackPrevious",
+      "onChangePlaybackStartOver", "onChangePlaybackStop", "onChangePlaybackPause", "onStartRecording",
+      "onStartRecording", "onStopRecording", "onStopRecording", "onSetVolume", "onAdjustVolume", "onMute", "onMute",
+      "getVolume", "getMuteStatus", "onSetPowerState", "onSearchAndPlay", "onSearchAndDisplayResults",
+      "onLaunchTarget", "onSendKeystroke", "onChangeChannel", "onSkipChannel", "onInputChange", "onSetMode",
+      "onAdjustMode", "onSetRangeValue", "onAdjustRangeValue", "onSetToggleState", "onAdjustSeekPosition",
+      "renderGUICard", "renderGUICard", "clearGUICard", "clearGUICard", "onCommsStateChanged", "sendAppMessage",
+      "onLogEmitted", "removeKeyValue", "requestAudioFocus", "requestAudioFocus", "releaseAudioFocus",
+      "releaseAudioFocus", "startStreamingAudioData", "startStreamingAudioData", "stopStreamingAudioData",
+      "stopStreamingAudioData", "open", "clear"};
+  std::string last;
+  for (int turn = 0; turn < 2; ++turn) {
+    for (const char* const name : kDay) {
+      for (const Operation& operation : operations()) {
+        if (operation.name != name) continue;
+        for (int which = 0; which < operation.samples(Given::kPlain); ++which) {
+          trial.explain(last.empty() ? "" : "after " + last);
+          const Round round{&operation, operation.prepare(Given::kPlain, which)};
+          make(trial, round);
+          last = round.prepared.shown;
+        }
+      }
+    }
+  }
+}
+
+/// Arguments of all operations are taken back, and then a worker has time to come to one.
+void letsGoLater(Trial& trial) {
+  mallopt(M_MMAP_THRESHOLD, 1024);
+  for (const Operation& operation : operations()) {
+    for (int which = 0; which < operation.samples(Given::kLent); ++which) {
+      const Round round{&operation, operation.prepare(Given::kLent, which)};
+      try {
+        call(trial, operation, round.prepared);
+      } catch (const Outcome& outcome) {
+        if (outcome.kind == HostVerdict::kBroken) throw;
+      }
+      round.prepared.revoke();
+    }
+  }
+  trial.explain("after every call had returned and its arguments were gone");
+  std::this_thread::sleep_for(milliseconds(700));
+  callAll(trial, everything());
+}
+
+// ---- What a host leaves behind ----
+
+std::size_t entriesOf(const char* folder) {
+  DIR* const opened = opendir(folder);
+  std::size_t count = 0;
+  while (opened && readdir(opened)) ++count;
+  if (opened) closedir(opened);
+  return count;
+}
+
+/// The calls are made ready once: what is measured is the host's.
+void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
+  for (int i = 0; i < times; ++i) {
+    for (const Round& round : all) make(trial, round);
+  }
+}
+
+void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count, std::size_t allowance) {
+  constexpr std::size_t kTimes = 20;
+  const auto all = rounds(everything());
+  makeAll(trial, all, 5);
+  const std::size_t before = count();
+  makeAll(trial, all, static_cast<int>(kTimes));
+  const std::size_t after = count();
+  trial.saw(std::to_string(before) + ", then " + std::to_string(after));
+  if (after > before + allowance)
+    trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
+                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) + ")");
+}
+
+std::size_t memory() {
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
+  const auto info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+#else
+  return 0;
+#endif
+}
+
+/// What belongs to the process and not to the host, put into words.
+std::map<std::string, std::string> surroundings() {
+  std::map<std::string, std::string> found;
+  char folder[4096] = "";
+  found["the working directory"] = getcwd(folder, sizeof folder) ? folder : "gone";
+  const mode_t mask = umask(0);
+  umask(mask);
+  found["the umask"] = std::to_string(mask);
+  found["the locale"] = std::setlocale(LC_ALL, nullptr);
+  for (char** entry = environ; entry && *entry; ++entry) found["the environment"] += std::string(*entry) + "\n";
+  sigset_t blocked;
+  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  for (int signal = 1; signal < 32; ++signal) {
+    found["the signal mask"] += sigismember(&blocked, signal) == 1 ? '1' : '0';
+    struct sigaction action = {};
+    sigaction(signal, nullptr, &action);
+    found["the handling of signals"] +=
+        std::to_string(reinterpret_cast<std::uintptr_t>(reinterpret_cast<void*>(action.sa_handler))) + " ";
+  }
+  for (const int stream : {0, 1, 2}) {
+    struct stat file = {};
+    const bool open = fstat(stream, &file) == 0;
+    found["a standard stream"] += open ? std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + " " : "- ";
+  }
+  return found;
+}
+
+void leavesSurroundings(Trial& trial) {
+  const auto before = surroundings();
+  trial.host();
+  makeAll(trial, rounds(everything()), 1);
+  const auto after = surroundings();
+  std::string changed;
+  for (const auto& entry : before) {
+    if (after.at(entry.first) != entry.second) changed += (changed.empty() ? "" : ", ") + entry.first;
+  }
+  if (!changed.empty()) trial.remark("the host changed " + changed + " of its process");
+}
+
+}  // namespace
+
+std::string areaOf(const std::string& operation) {
+  for (const Area& area : table()) {
+    if (std::find(area.operations.begin(), area.operations.end(), operation) != area.operations.end()) return area.name;
+  }
+  for (const Operation& each : operations()) {
+    if (each.name == operation && (each.ofPlayer || each.name == "getEMPAdapter")) return "player";
+  }
+  return operation.compare(0, 10, "onChangePl") == 0 ? "playback" : "";
+}
+
+const std::vector<std::string>& areas() {
+  static const auto* const kNames = [] {
+    auto* const names = new std::vector<std::string>{"player", "playback"};
+    for (const Area& area : table()) names->push_back(area.name);
+    std::sort(names->begin(), names->end());
+    return names;
+  }();
+  return *kNames;
+}
+
+Check checkOfHost(const std::string& name, const std::string& rule, const std::string& remedy,
+                  std::function<void(Trial&)> run) {
+  Operation host;
+  host.name = "host";
+  host.slot = 1;
+  return checkOf(host, name, rule, remedy, std::move(run));
+}
+
+void addHostChecks(Checks& checks) {
+  const char* const kGuard =
+      "Guard what operations share with one mutex, take several always in the same order, and hold none while you call "
+      "an adapter. A build with -fsanitize=thread finds the place.";
+  checks.push_back(checkOfHost("day", "Every operation answers in the order of a device's day.",
+                               "Decide for each state of the device what a call means there.", day));
+  checks.push_back(checkOfHost("any-order", "Every operation answers in any order.",
+                               "Decide for each state of the device what a call means there.", anyOrder));
+  std::map<std::string, std::vector<const Operation*>> groups;
+  for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
+  for (const auto& group : groups) {
+    if (group.second.size() < 2) continue;
+    checks.push_back(checkOfHost("together-" + group.first,
+                                 "What " + group.first +
+                                     " calls may overlap: locked operations with unlocked ones, unlocked ones with all.",
+                                 kGuard, [which = group.second](Trial& trial) {
+                                   together(trial, which, milliseconds(250));
+                                 }));
+  }
+  checks.push_back(checkOfHost("together", "Operations of different adapters may overlap, also locked ones.", kGuard,
+                               [](Trial& trial) { together(trial, everything(), milliseconds(2000)); }));
+  checks.push_back(checkOfHost("lets-go", "Arguments are the caller's and end with the call, also for a worker.",
+                               "Copy what you hand to another thread.", letsGoLater));
+
+  const char* const kLeak = "Give back what a call took before it returns.";
+  checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak, [](Trial& trial) {
+    leaves(trial, "bytes of memory", memory, 20 * 1024);
+  }));
+  checks.push_back(checkOfHost("descriptors", "Calls leave no descriptor open.", kLeak, [](Trial& trial) {
+    leaves(trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);
+  }));
+  checks.push_back(checkOfHost("threads", "Calls leave no thread behind.", kLeak, [](Trial& trial) {
+    leaves(trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
+  }));
+  checks.push_back(checkOfHost("surroundings", "What belongs to the process stays as it was.",
+                               "Leave it to the program: a host is one part of it.", leavesSurroundings));
+}
+
+}  // namespace vorn_testing::checks

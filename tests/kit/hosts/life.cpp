@@ -1,0 +1,183 @@
+// Mistakes in how a host, and the library that brings it, comes and goes; and what it does to its process.
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "Host.h"
+
+namespace hosts {
+namespace {
+
+// ---- Made, destroyed, made again -----------------------------------------------------------------
+
+struct HangsAtEnd : Device {
+  std::atomic<bool> told{false};
+  std::thread worker{[this] {
+    while (!told) std::this_thread::sleep_for(Milliseconds(5));
+  }};
+  ~HangsAtEnd() override { worker.join(); }
+};
+struct CrashesAtEnd : Device {
+  ~CrashesAtEnd() override { std::abort(); }
+};
+struct ThreadLeftAtEnd : Device {
+  std::thread worker{[] {}};  // destroyed without a join
+};
+struct ExitsAtEnd : Device {
+  ~ExitsAtEnd() override { _exit(0); }
+};
+struct UsesItselfAfter : Device {
+  UsesItselfAfter() {
+    std::thread([this] {
+      for (int i = 0; i < 400; ++i) {
+        if (std::memcmp(&marker, &kMarker, sizeof marker) != 0) std::abort();
+        std::this_thread::sleep_for(Milliseconds(1));
+      }
+    }).detach();
+  }
+  static constexpr std::uint64_t kMarker = 0x1122334455667788;
+  std::uint64_t marker = kMarker;
+};
+struct OnlyOne : Device {
+  static std::atomic<int>& made() {
+    static std::atomic<int> count{0};
+    return count;
+  }
+  OnlyOne() {
+    if (made()++ > 0) throw std::logic_error("there is one already");
+  }
+};
+struct StaticStore : Device {
+  static std::unique_ptr<Entries>& shared() {
+    static std::unique_ptr<Entries> entries(new Entries);
+    return entries;
+  }
+  ~StaticStore() override { shared().reset(); }
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    if (!shared()) std::abort();
+    for (auto& entry : entries) (*shared())[entry.first] = entry.second;
+    return true;
+  }
+  Entries readKeyValue(const std::string& key) override {
+    const Lock lock(mutex);
+    if (!shared()) std::abort();
+    const auto found = shared()->find(key);
+    return found == shared()->end() ? Entries() : Entries{*found};
+  }
+};
+struct CrashesAfterUse : Device {
+  bool used = false;
+  int setAnimation(Texts) override {
+    used = true;
+    return 0;
+  }
+  ~CrashesAfterUse() override {
+    if (used) std::abort();
+  }
+};
+struct ThrowsWhenMade : Device {
+  ThrowsWhenMade() { throw std::runtime_error("no configuration"); }
+};
+struct ExitsWhenMade : Device {
+  ExitsWhenMade() { std::exit(0); }
+};
+struct HangsWhenMade : Device {
+  HangsWhenMade() {
+    for (;;) pause();
+  }
+};
+struct CrashesWhenMade : Device {
+  CrashesWhenMade() { std::abort(); }
+};
+struct NotMadeAgain : Device {};
+VORN_HOST("life", HangsAtEnd, "destructor")
+VORN_HOST("life", CrashesAtEnd, "destructor")
+VORN_HOST("life", ThreadLeftAtEnd, "destructor")
+VORN_HOST("life", ExitsAtEnd, "destructor")
+VORN_HOST("life", UsesItselfAfter, "destructor")
+VORN_HOST("life", OnlyOne, "destructor")
+VORN_HOST("life", StaticStore, "destructor|writeKeyValue|readKeyValue")
+VORN_HOST("life", CrashesAfterUse, "destructor")
+const Added addedNotMadeAgain({"life", "NotMadeAgain", "destructor", []() -> VornDALImplIF* {
+                                 static bool made = false;
+                                 return std::exchange(made, true) ? nullptr : new Device;
+                               }});
+VORN_HOST("not made", ThrowsWhenMade, "vornCreateHost")
+VORN_HOST("not made", ExitsWhenMade, "vornCreateHost")
+VORN_HOST("not made", HangsWhenMade, "vornCreateHost")
+VORN_HOST("not made", CrashesWhenMade, "vornCreateHost")
+const Added addedNull({"not made", "Null", "vornCreateHost", []() -> VornDALImplIF* { return nullptr; }});
+
+// ---- The library: what happens while it is loaded, and when its process ends ---------------------
+
+bool named(const char* name) {
+  const char* const wanted = std::getenv("VORN_KIT_HOST");
+  return wanted && std::strcmp(wanted, name) == 0;
+}
+struct Loading {
+  Loading() {
+    if (named("ExitsAtLoad")) std::exit(0);
+    if (named("LeavesAtLoad")) _exit(0);
+    if (named("AbortsAtLoad")) std::abort();
+    if (named("ThrowsAtLoad")) throw std::runtime_error("licence");
+    if (named("HangsAtLoad"))
+      for (;;) pause();
+  }
+  ~Loading() {
+    if (named("LeavesAtUnload")) _exit(0);
+    if (named("AbortsAtUnload")) std::abort();
+    if (named("HangsAtUnload"))
+      for (;;) pause();
+    if (named("FailsAtUnload")) _exit(66);
+  }
+};
+const Loading loading;
+struct ExitsAtLoad : Device {};
+struct LeavesAtLoad : Device {};
+struct AbortsAtLoad : Device {};
+struct ThrowsAtLoad : Device {};
+struct HangsAtLoad : Device {};
+struct LeavesAtUnload : Device {
+  std::string getTimezone() override { return "Z\xfcrich"; }
+};
+struct AbortsAtUnload : Device {};
+struct HangsAtUnload : Device {};
+struct FailsAtUnload : Device {};
+VORN_HOST("load", ExitsAtLoad, "the library")
+VORN_HOST("load", LeavesAtLoad, "the library")
+VORN_HOST("load", AbortsAtLoad, "the library")
+VORN_HOST("load", ThrowsAtLoad, "the library")
+VORN_HOST("load", HangsAtLoad, "the library")
+VORN_HOST("unload", LeavesAtUnload, "getTimezone")
+VORN_HOST("unload", AbortsAtUnload, "the library")
+VORN_HOST("unload", HangsAtUnload, "the library")
+VORN_HOST("unload", FailsAtUnload, "the library")
+
+// ---- The process ---------------------------------------------------------------------------------
+
+struct KillsGroup : Device {
+  Result onChangePlaybackFastForward(std::string) override {
+    kill(0, SIGKILL);
+    return {true, ""};
+  }
+};
+struct LeavesThreadBehind : Device {
+  Result onSendKeystroke(std::string) override {
+    std::thread([] { std::terminate(); }).detach();
+    return {true, ""};
+  }
+};
+VORN_HOST("process", KillsGroup, "onChangePlaybackFastForward")
+VORN_HOST("process", LeavesThreadBehind, "onSendKeystroke")
+
+}  // namespace
+}  // namespace hosts
