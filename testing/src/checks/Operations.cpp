@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <set>
@@ -82,11 +84,22 @@ void noteRevoked(const void* begin, std::size_t size, const std::string& operati
 }
 
 template <class Value>
-void noteBuffers(const Value&, const std::string&) {}
+void end(Value& value, const std::string&) {
+  std::destroy_at(&value);
+}
 
-/// The buffer of a long text is its own block of memory, see letsGo().
-void noteBuffers(const std::string& text, const std::string& operation) {
-  if (text.size() >= 1024) noteRevoked(text.data(), text.size(), operation);
+/// A long text has pages of its own, see letsGo(): they stay, and cannot be reached any more, so that nothing else
+/// comes to stand there.
+void end(std::string& text, const std::string& operation) {
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto address = reinterpret_cast<std::uintptr_t>(text.data());
+  if (text.size() < 1024 || address % page != 2 * sizeof(std::size_t)) {
+    std::destroy_at(&text);
+    return;
+  }
+  const std::uintptr_t size = (address % page + text.size()) / page * page + page;
+  noteRevoked(text.data(), text.size(), operation);
+  mprotect(reinterpret_cast<void*>(address - address % page), size, PROT_NONE);
 }
 
 // What the caller's own arguments were, to be compared after the call.
@@ -193,8 +206,7 @@ Operation operation(const vorn_testing::Operation& listed, Member<Object, Answer
     };
     prepared.revoke = [called, values] {
       noteRevoked(values, pages<Values>(), called);
-      std::apply([&](const auto&... each) { (noteBuffers(each, called), ...); }, *values);
-      values->~Values();
+      std::apply([&](auto&... each) { (end(each, called), ...); }, *values);
       mprotect(values, pages<Values>(), PROT_NONE);
     };
     return prepared;

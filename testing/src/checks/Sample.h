@@ -56,7 +56,7 @@ struct Sample<std::string> {
       case Given::kHostile:
         return kHostile[which % 6];
       case Given::kLent:
-        return which % 2 ? "Vorn Conformance  " : "L" + std::string(2000, 'l');
+        return which % 2 ? "Vorn Conform  " : "L" + std::string(2000, 'l');
       case Given::kLoad:
         return std::string(std::size_t{3} << (which % 6 * 2), static_cast<char>('a' + which % 26));
       case Given::kCut: {

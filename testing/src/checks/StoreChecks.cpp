@@ -360,13 +360,6 @@ void openKeeps(Trial& trial) {
   store.expect(key("a"), "1");
 }
 
-/// Acts when its block is left, also by an outcome.
-struct AtEnd {
-  std::function<void()> act;
-  explicit AtEnd(std::function<void()> what) : act(std::move(what)) {}
-  ~AtEnd() { act(); }
-};
-
 void openInUse(Trial& trial) {
   trial.presume("VornDALImplIF/27/writeKeyValue/threads", [&] { writesFromThreads(trial); });
   trial.presume("VornDALImplIF/25/open/keeps", [&] { openKeeps(trial); });

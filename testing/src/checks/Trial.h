@@ -7,6 +7,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "vorn_testing/HostChecks.h"
 
@@ -54,6 +55,7 @@ struct Report {
   Busy calls[16];
 
   std::atomic<int> acknowledged;  ///< Of a process that is killed while it writes: how much was written.
+  std::atomic<long> overlaps, loaded;  ///< Of a load: how many calls overlapped, of how many.
 
   // Of a thread that was ended by a signal.
   std::atomic<bool> crashed;
@@ -120,8 +122,16 @@ class Trial {
   /// held up in the midst of their calls again and again, so that others come in between.
   void onThreads(int count, const std::function<void(int)>& act, bool disturbed = false);
 
-  /// How many calls began while another was on its way.
+  /// How many calls began while another was on its way, in this process.
   long overlaps() const;
+
+  /// Adds to what was seen of a load, also from a process that is killed.
+  void addLoad(long overlapped, long calls) {
+    m_report.overlaps += overlapped;
+    m_report.loaded += calls;
+    saw(std::to_string(m_report.overlaps) + " of " + std::to_string(m_report.loaded) + " calls overlapped");
+  }
+  long overlapped() const { return m_report.overlaps; }
 
   /// Runs in a process of its own that is killed as soon as `act` is done, or, when `after` is not zero, then.
   void inKilledProcess(const std::function<void()>& act,
@@ -135,6 +145,15 @@ class Trial {
   Report& m_report;
   const HostMaker& m_maker;
   std::shared_ptr<Host> m_host;
+};
+
+/// Acts when its block is left, also by an outcome.
+struct AtEnd {
+  std::function<void()> act;
+  explicit AtEnd(std::function<void()> what) : act(std::move(what)) {}
+  ~AtEnd() { act(); }
+  AtEnd(const AtEnd&) = delete;
+  AtEnd& operator=(const AtEnd&) = delete;
 };
 
 /// One promise and how it is tried.

@@ -627,9 +627,9 @@ struct AcceptedInputKept : Device {
   bool onInputChange(const std::string& name) override {
     const Lock lock(mutex);
     if (name != "HDMI 1" && name != "TUNER") return false;
-    const bool changed = !last || *last != name;
+    if (last && *last != name) input = *last;
     last = &name;
-    return changed || true;
+    return true;
   }
 };
 struct AdjustsAcceptedMode : Device {
@@ -1011,8 +1011,9 @@ struct WritesBeyond : Device {
     char* const buffer = static_cast<char*>(std::malloc(32));
     volatile std::size_t size = key.size();
     std::memcpy(buffer, key.data(), size);
+    const bool empty = *static_cast<volatile char*>(buffer) == 0;
     std::free(buffer);
-    return {true, ""};
+    return {!empty, ""};
   }
 };
 struct SmashesStack : Device {
