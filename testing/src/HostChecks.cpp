@@ -61,7 +61,8 @@ HostCheckRun::HostCheckRun(HostMaker maker, HostDemands demands)
   }
   // What the host does not offer is not called either.
   for (const checks::Operation& operation : checks::operations()) {
-    if (m_state->demands.without.count(checks::areaOf(operation.name))) m_state->known.dead.insert(operation.name);
+    if (m_state->demands.without.count(checks::areaOf(operation.name)))
+      m_state->known.dead.insert(operation.name);
   }
 }
 
@@ -69,8 +70,8 @@ HostVerdict HostCheckRun::run(const HostCheck& check) {
   for (const checks::Check& known : all()) {
     if (known.shown.id != check.id) continue;
     const std::string area = checks::areaOf(check.operation);
-    HostVerdict verdict{HostVerdict::kNotAsked, "the host is said to be without " + area, true, "", {}, false,
-                        false, "", {}};
+    HostVerdict verdict{
+        HostVerdict::kNotAsked, "the host is said to be without " + area, true, "", {}, false, false, "", {}};
     if (m_state->demands.without.count(area)) return verdict;
     verdict = checks::runWatched(known, m_state->maker, m_state->demands, m_state->known);
     if (verdict.kind == HostVerdict::kNotAsked && verdict.refused && m_state->demands.required.count(area)) {

@@ -3,19 +3,30 @@
 #include <vorn_testing/HostContract.h>
 #include <vorn_testing/MemoryHost.h>
 
+#include <chrono>
+#include <csignal>
 #include <fstream>
 #include <map>
 #include <memory>
 #include <set>
 #include <sstream>
+#include <stdexcept>
+#include <thread>
 
 using vorn_testing::HostCheck;
 using vorn_testing::hostChecks;
 
 namespace {
 
-const bool kNull =
-    vorn_testing::addHostContract("NullHost", [] { return std::make_shared<vorn_testing::NullHost>(); });
+/// It answers true to a volume and stays where it is.
+vorn_testing::HostDemands withoutVolume() {
+  vorn_testing::HostDemands demands;
+  demands.without = {"volume", "mute"};
+  return demands;
+}
+
+const bool kNull = vorn_testing::addHostContract(
+    "NullHost", [] { return std::make_shared<vorn_testing::NullHost>(); }, withoutVolume());
 const bool kMemory =
     vorn_testing::addHostContract("MemoryHost", [] { return std::make_shared<vorn_testing::MemoryHost>(); });
 
@@ -76,8 +87,61 @@ TEST(HostChecks, AskEveryOperationForAnAnswer) {
     answers[check.id.substr(0, slash)] += check.id.substr(slash) == "/answers";
   }
   answers.erase("VornDALImplIF/01/destructor");
+  answers.erase("VornDALImplIF/01/host");
   EXPECT_EQ(answers.size(), 64U + 16U);
   for (const auto& operation : answers) EXPECT_EQ(operation.second, 1) << operation.first;
+}
+
+const HostCheck& named(const std::string& id) {
+  for (const HostCheck& check : hostChecks()) {
+    if (check.id == id) return check;
+  }
+  throw std::invalid_argument(id);
+}
+
+struct Hanging : vorn_testing::MemoryHost {
+  void stopStreamingAudioData() override {
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+  }
+};
+
+TEST(HostChecks, WaitOnceForACallThatDoesNotAnswer) {
+  vorn_testing::HostDemands demands;
+  demands.bound = std::chrono::milliseconds(300);
+  vorn_testing::HostCheckRun run([] { return std::make_shared<Hanging>(); }, demands);
+  EXPECT_EQ(run.run(named("VornDALImplIF/09/stopStreamingAudioData/answers")).kind,
+            vorn_testing::HostVerdict::kBroken);
+  EXPECT_EQ(run.run(named("VornDALImplIF/09/stopStreamingAudioData/concurrent")).kind,
+            vorn_testing::HostVerdict::kNotAsked);
+  EXPECT_EQ(run.run(named("VornDALImplIF/01/destructor/after-use")).kind, vorn_testing::HostVerdict::kKept);
+}
+
+TEST(HostChecks, AreBrokenByWhatGoesWrongInAnotherOperation) {
+  vorn_testing::HostDemands demands;
+  demands.bound = std::chrono::milliseconds(300);
+  const auto verdict = runHostCheck(
+      named("VornDALImplIF/01/destructor/after-use"), [] { return std::make_shared<Hanging>(); }, demands);
+  EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kBroken);
+  EXPECT_EQ(verdict.detail, "stopStreamingAudioData() did not answer within 0.3 s");
+}
+
+TEST(HostChecks, AreKeptWhenTheCallerIgnoresTheEndOfItsChildren) {
+  const auto before = std::signal(SIGCHLD, SIG_IGN);
+  const auto verdict =
+      runHostCheck(hostChecks().front(), [] { return std::make_shared<vorn_testing::NullHost>(); });
+  std::signal(SIGCHLD, before);
+  EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kKept) << verdict.detail;
+}
+
+TEST(HostChecks, BreakARequiredAreaThatCouldNotBeAsked) {
+  vorn_testing::HostDemands demands;
+  demands.required = {"settings"};
+  struct Refusing : vorn_testing::NullHost {};
+  const auto verdict = runHostCheck(
+      named("VornDALImplIF/23/setSystemSetting/reported"), [] { return std::make_shared<Refusing>(); },
+      demands);
+  EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kBroken);
+  EXPECT_EQ(verdict.detail.substr(0, 42), "settings is required and could not be aske");
 }
 
 TEST(HostChecks, AreBrokenByAHostThatIsNotMade) {

@@ -14,8 +14,9 @@ struct Outcome {
   std::string output;
 };
 
-Outcome run(const std::string& arguments, const std::string& streams = "2>&1") {
-  const std::string command = "LD_LIBRARY_PATH=" VORN_LIBRARY_PATH " " VORN_EMULATOR
+Outcome run(const std::string& arguments, const std::string& streams = "2>&1", const std::string& host = "") {
+  const std::string command = "VORN_KIT_HOST=" + host +
+                              " LD_LIBRARY_PATH=" VORN_LIBRARY_PATH " " VORN_EMULATOR
                               " " VORN_CONFORMANCE_PROGRAM " " +
                               arguments + " " + streams;
   FILE* const pipe = popen(command.c_str(), "r");
@@ -69,35 +70,100 @@ TEST(Conformance, WritesJUnit) {
   run("--only DALImplIF/15/ --junit /tmp/hostkit.xml " VORN_FAULTY_HOST);
   std::stringstream xml;
   xml << std::ifstream("/tmp/hostkit.xml").rdbuf();
-  EXPECT_NE(xml.str().find("tests=\"3\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos)
+  EXPECT_NE(xml.str().find("tests=\"5\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos)
       << xml.str();
   EXPECT_NE(xml.str().find("<failure message=\"getTimezone() answered &quot;Z\\xfcrich&quot;\">"),
             std::string::npos);
 }
 
-TEST(Conformance, EndsWithTwoWhenThereIsNoHost) {
+TEST(Conformance, EndsWithThreeWhenThereIsNoHost) {
   const Outcome outcome = run(VORN_MISSING_HOST);
-  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.status, 3);
   EXPECT_TRUE(says(outcome, "vornCreateHost() answers null")) << outcome.output;
 }
 
-TEST(Conformance, EndsWithTwoAndARemedyWhenTheLibraryCannotBeLoaded) {
+TEST(Conformance, EndsWithThreeAndARemedyWhenTheLibraryCannotBeLoaded) {
   const Outcome outcome = run("/nowhere/libMyHost.so");
-  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.status, 3);
   EXPECT_TRUE(says(outcome, "cannot be loaded") && says(outcome, "LD_LIBRARY_PATH")) << outcome.output;
 }
 
-TEST(Conformance, EndsWithTwoWhenTheLibraryIsNoHost) {
+TEST(Conformance, EndsWithThreeWhenTheLibraryIsNoHost) {
   const Outcome outcome = run(VORN_LIBRARY_PATH "/libVornDALImpl.so");
-  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.status, 3);
   EXPECT_TRUE(says(outcome, "does not define vornCreateHost()")) << outcome.output;
 }
 
 TEST(Conformance, EndsWithTwoOnArgumentsThatItDoesNotKnow) {
   for (const char* arguments :
        {"", "--nonsense", "--junit", "--bound 0 x.so", "--bound soon x.so", "--setting mode=day x.so",
-        "--only nothing-of-this x.so", "a b", "--junit /nowhere/junit.xml " VORN_GOOD_HOST})
+        "--only nothing-of-this x.so", "a b", "--shard 3/2 x.so", "--without sorage x.so", "--resume x.so",
+        "--require volume --without volume x.so", "--junit /nowhere/junit.xml " VORN_GOOD_HOST})
     EXPECT_EQ(run(arguments).status, 2) << arguments;
+}
+
+class HostThatFailsOutside : public testing::TestWithParam<const char*> {};
+
+/// Whatever it does while it is loaded, made or unloaded.
+TEST_P(HostThatFailsOutside, EndsWithThreeAndInTheReport) {
+  const Outcome outcome =
+      run("--bound 2 --only /15/ --junit /tmp/hostkit-outside.xml " VORN_HOSTS, "2>&1", GetParam());
+  EXPECT_EQ(outcome.status, 3) << outcome.output;
+  std::stringstream xml;
+  xml << std::ifstream("/tmp/hostkit-outside.xml").rdbuf();
+  EXPECT_NE(xml.str().find("failures=\"1\""), std::string::npos) << xml.str();
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, HostThatFailsOutside,
+                         testing::Values("ExitsAtLoad", "LeavesAtLoad", "AbortsAtLoad", "ThrowsAtLoad",
+                                         "HangsAtLoad", "LeavesAtUnload", "AbortsAtUnload", "HangsAtUnload",
+                                         "FailsAtUnload", "ExitsWhenMade", "CrashesWhenMade"));
+
+TEST(Conformance, EndsWithTwoWhenNothingWasAsked) {
+  EXPECT_EQ(run("--only writeKeyValue/killed " VORN_GOOD_HOST).status, 2);
+}
+
+TEST(Conformance, ProposesWhatMayBeMeant) {
+  EXPECT_TRUE(says(run("--without sorage x.so"), "did you mean storage?"));
+  EXPECT_TRUE(says(run("--only getVolum/answer x.so"), "did you mean getVolume/answers?"));
+}
+
+TEST(Conformance, LeavesOutAnAreaThatTheHostDoesNotOffer) {
+  const Outcome outcome = run("--only /61/ --only /45/ --without volume " VORN_GOOD_HOST);
+  EXPECT_TRUE(says(outcome, "NOT ASKED the host is said to be without volume")) << outcome.output;
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(Conformance, GoesOnWhereARunWasCut) {
+  const std::string json = "--only DALImplIF/15/ --json /tmp/hostkit.json ";
+  run(json + VORN_FAULTY_HOST);
+  {
+    std::ofstream cut("/tmp/hostkit.json", std::ios::app);
+    cut << "{\"check\":\"cut off";
+  }
+  const Outcome outcome = run(json + "--resume " VORN_FAULTY_HOST);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(says(outcome, "5 checks, 4 kept, 1 broken")) << outcome.output;
+  std::ifstream file("/tmp/hostkit.json");
+  int lines = 0;
+  for (std::string line; std::getline(file, line); ++lines) EXPECT_EQ(line.back(), '}') << line;
+  EXPECT_EQ(lines, 6);
+}
+
+TEST(Conformance, CutsItsChecksIntoParts) {
+  std::size_t all = 0;
+  for (const char* part : {"1/3", "2/3", "3/3"}) {
+    std::istringstream lines(run(std::string("--list --shard ") + part).output);
+    for (std::string line; std::getline(lines, line);) all += line.compare(0, 4, "Vorn") == 0;
+  }
+  std::istringstream lines(run("--list").output);
+  for (std::string line; std::getline(lines, line);) all -= line.compare(0, 4, "Vorn") == 0;
+  EXPECT_EQ(all, 0U);
+}
+
+TEST(Conformance, NamesThePlaceOfACrash) {
+  EXPECT_TRUE(says(run("--only /17/changeAlexaLocale/answers " VORN_HOSTS, "2>&1", "AbortsOnLocale"),
+                   "\n          at abort"));
 }
 
 TEST(Conformance, NamesItsChecksAndExplainsItself) {

@@ -97,7 +97,8 @@ std::string reasonOf(const std::string& detail) {
                                      detail.begin() + static_cast<std::ptrdiff_t>(end),
                                      [](char c) { return c >= '0' && c <= '9'; });
     if (address) {
-      for (end = at + 2; end < detail.size() && std::isxdigit(static_cast<unsigned char>(detail[end]));) ++end;
+      for (end = at + 2; end < detail.size() && std::isxdigit(static_cast<unsigned char>(detail[end]));)
+        ++end;
     }
     if (address || (numeral && end - at > 4)) {
       reason += '#';
@@ -157,7 +158,8 @@ void Printer::add(const Result& result) {
   if (verdict.kind != HostVerdict::kBroken && verdict.kind != HostVerdict::kRemark) return;
   const auto said = m_said.emplace(kKinds[verdict.kind] + reasonOf(verdict.detail), result.check.id);
   m_out << (verdict.kind == HostVerdict::kBroken ? "BROKEN    " : "REMARK    ") << result.check.id << " ("
-        << result.check.operation << ", slot " << result.check.slot << ")\n  seen:   " << harmless(verdict.detail);
+        << result.check.operation << ", slot " << result.check.slot
+        << ")\n  seen:   " << harmless(verdict.detail);
   if (!said.second) {
     m_out << "\n  as in   " << said.first->second << std::endl;
     return;
@@ -169,10 +171,11 @@ void Printer::add(const Result& result) {
 void printSummary(std::ostream& out, const std::string& library, const std::vector<Result>& results) {
   printNotAsked(out, results);
   printSlowest(out, results);
-  out << harmless(library) << ": " << results.size() << " checks, " << count(results, HostVerdict::kKept) << " kept, "
-      << count(results, HostVerdict::kBroken) << " broken, " << count(results, HostVerdict::kNotAsked)
-      << " not asked";
-  if (const std::size_t remarks = count(results, HostVerdict::kRemark)) out << ", " << remarks << " with a remark";
+  out << harmless(library) << ": " << results.size() << " checks, " << count(results, HostVerdict::kKept)
+      << " kept, " << count(results, HostVerdict::kBroken) << " broken, "
+      << count(results, HostVerdict::kNotAsked) << " not asked";
+  if (const std::size_t remarks = count(results, HostVerdict::kRemark))
+    out << ", " << remarks << " with a remark";
   out << "\n";
 }
 
@@ -187,7 +190,8 @@ void writeJUnit(std::ostream& out, const Facts& facts, const std::vector<Result>
       << "\" errors=\"0\" skipped=\"" << count(results, HostVerdict::kNotAsked) << "\" time=\""
       << decimal(took, "") << "\">\n    <properties>\n";
   for (const auto& fact : facts)
-    out << "      <property name=\"" << escaped(fact.first) << "\" value=\"" << escaped(fact.second) << "\"/>\n";
+    out << "      <property name=\"" << escaped(fact.first) << "\" value=\"" << escaped(fact.second)
+        << "\"/>\n";
   out << "    </properties>\n";
   for (const Result& result : results) {
     const std::string& id = result.check.id;
@@ -198,9 +202,12 @@ void writeJUnit(std::ostream& out, const Facts& facts, const std::vector<Result>
     if (result.verdict.kind == HostVerdict::kNotAsked) out << "<skipped message=\"" << detail << "\"/>";
     if (result.verdict.kind == HostVerdict::kBroken)
       out << "<failure message=\"" << detail << "\">rule: " << escaped(result.check.rule)
-          << "\nremedy: " << escaped(result.check.remedy) << escaped(stackOf(result, "\nat ")) << "</failure>";
-    if (result.verdict.kind == HostVerdict::kRemark) out << "<system-out>remark: " << detail << "</system-out>";
-    if (!result.verdict.seen.empty()) out << "<system-out>" << escaped(result.verdict.seen) << "</system-out>";
+          << "\nremedy: " << escaped(result.check.remedy) << escaped(stackOf(result, "\nat "))
+          << "</failure>";
+    if (result.verdict.kind == HostVerdict::kRemark)
+      out << "<system-out>remark: " << detail << "</system-out>";
+    if (!result.verdict.seen.empty())
+      out << "<system-out>" << escaped(result.verdict.seen) << "</system-out>";
     out << "</testcase>\n";
   }
   out << "  </testsuite>\n</testsuites>\n";
@@ -208,7 +215,8 @@ void writeJUnit(std::ostream& out, const Facts& facts, const std::vector<Result>
 
 std::string jsonOf(const Facts& facts) {
   std::string line;
-  for (const auto& fact : facts) line += (line.empty() ? "{" : ",") + quoted(fact.first) + ":" + quoted(fact.second);
+  for (const auto& fact : facts)
+    line += (line.empty() ? "{" : ",") + quoted(fact.first) + ":" + quoted(fact.second);
   return line + "}";
 }
 
@@ -217,7 +225,8 @@ std::string jsonOf(const Result& result) {
   for (const std::string& frame : result.verdict.stack) stack += (stack.empty() ? "" : ",") + quoted(frame);
   return "{\"check\":" + quoted(result.check.id) + ",\"verdict\":" + quoted(kKinds[result.verdict.kind]) +
          ",\"detail\":" + quoted(result.verdict.detail) + ",\"seen\":" + quoted(result.verdict.seen) +
-         ",\"seconds\":" + decimal(result.took.count(), "") + ",\"slowestCall\":" + quoted(result.verdict.slowestCall) +
+         ",\"seconds\":" + decimal(result.took.count(), "") +
+         ",\"slowestCall\":" + quoted(result.verdict.slowestCall) +
          ",\"slowestMs\":" + decimal(static_cast<double>(result.verdict.slowest.count()) / 1000, "") +
          ",\"stack\":[" + stack + "],\"hung\":" + (result.verdict.hung ? "true" : "false") + "}";
 }

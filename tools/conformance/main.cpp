@@ -100,7 +100,8 @@ void addValues(std::map<std::string, std::vector<std::string>>& values, const ch
   if (equals == std::string::npos || parts(text.substr(equals + 1)).size() < 2)
     throw Problem(std::string(option) + " " + text + ": give a name and two values or more, as in " + option +
                   " mode=day,night");
-  for (const std::string& value : parts(text.substr(equals + 1))) values[text.substr(0, equals)].push_back(value);
+  for (const std::string& value : parts(text.substr(equals + 1)))
+    values[text.substr(0, equals)].push_back(value);
 }
 
 /// How many letters differ.
@@ -123,8 +124,9 @@ std::string meant(const std::string& text, const std::vector<std::string>& names
   const auto nearest = std::min_element(names.begin(), names.end(), [&](const auto& left, const auto& right) {
     return distance(text, left) < distance(text, right);
   });
-  return distance(text, *nearest) <= std::max<std::size_t>(2, text.size() / 3) ? "; did you mean " + *nearest + "?"
-                                                                               : "";
+  return distance(text, *nearest) <= std::max<std::size_t>(2, text.size() / 3)
+             ? "; did you mean " + *nearest + "?"
+             : "";
 }
 
 void addAreas(std::set<std::string>& areas, const char* option, const std::string& text) {
@@ -147,17 +149,25 @@ void setShard(Options& options, const std::string& text) {
 }
 
 Options parse(int count, char** arguments) {
-  static const option kOptions[] = {
-      {"only", required_argument, nullptr, 'o'},    {"list", no_argument, nullptr, 'l'},
-      {"junit", required_argument, nullptr, 'j'},   {"durable", no_argument, nullptr, 'd'},
-      {"setting", required_argument, nullptr, 's'}, {"bound", required_argument, nullptr, 'b'},
-      {"help", no_argument, nullptr, 'h'},          {"version", no_argument, nullptr, 'v'},
-      {"json", required_argument, nullptr, 'J'},    {"resume", no_argument, nullptr, 'r'},
-      {"shard", required_argument, nullptr, 'S'},   {"without", required_argument, nullptr, 'w'},
-      {"require", required_argument, nullptr, 'q'}, {"strict", no_argument, nullptr, 't'},
-      {"mode", required_argument, nullptr, 'm'},    {"channel", required_argument, nullptr, 'c'},
-      {"input", required_argument, nullptr, 'i'},   {"locale", required_argument, nullptr, 'L'},
-      {nullptr, 0, nullptr, 0}};
+  static const option kOptions[] = {{"only", required_argument, nullptr, 'o'},
+                                    {"list", no_argument, nullptr, 'l'},
+                                    {"junit", required_argument, nullptr, 'j'},
+                                    {"durable", no_argument, nullptr, 'd'},
+                                    {"setting", required_argument, nullptr, 's'},
+                                    {"bound", required_argument, nullptr, 'b'},
+                                    {"help", no_argument, nullptr, 'h'},
+                                    {"version", no_argument, nullptr, 'v'},
+                                    {"json", required_argument, nullptr, 'J'},
+                                    {"resume", no_argument, nullptr, 'r'},
+                                    {"shard", required_argument, nullptr, 'S'},
+                                    {"without", required_argument, nullptr, 'w'},
+                                    {"require", required_argument, nullptr, 'q'},
+                                    {"strict", no_argument, nullptr, 't'},
+                                    {"mode", required_argument, nullptr, 'm'},
+                                    {"channel", required_argument, nullptr, 'c'},
+                                    {"input", required_argument, nullptr, 'i'},
+                                    {"locale", required_argument, nullptr, 'L'},
+                                    {nullptr, 0, nullptr, 0}};
   Options options;
   HostDemands& demands = options.demands;
   for (int i = 1; i < count; ++i) options.all += (i > 1 ? " " : "") + std::string(arguments[i]);
@@ -185,7 +195,8 @@ Options parse(int count, char** arguments) {
   for (const std::string& area : demands.required) {
     if (demands.without.count(area)) throw Problem(area + " cannot be both required and left out");
   }
-  if (options.resume && options.json.empty()) throw Problem("--resume needs --json FILE, from which it goes on");
+  if (options.resume && options.json.empty())
+    throw Problem("--resume needs --json FILE, from which it goes on");
   if (options.help || options.list || options.version) return options;
   if (count - optind != 1) throw Problem("name one library that makes a host; see --help");
   options.library = arguments[optind];
@@ -197,14 +208,15 @@ std::vector<HostCheck> chosen(const Options& options) {
   std::vector<std::string> operations, names;  // those of one operation stay together
   for (const HostCheck& check : vorn_testing::hostChecks()) {
     names.push_back(check.id.substr(check.id.find('/', check.id.find('/') + 1) + 1));
-    if (!options.only.empty() && std::none_of(options.only.begin(), options.only.end(), [&](const auto& text) {
-          return check.id.find(text) != std::string::npos;
-        }))
+    if (!options.only.empty() &&
+        std::none_of(options.only.begin(), options.only.end(),
+                     [&](const auto& text) { return check.id.find(text) != std::string::npos; }))
       continue;
     const std::string place = check.id.substr(0, check.id.rfind('/'));
     auto found = std::find(operations.begin(), operations.end(), place);
     if (found == operations.end()) found = operations.insert(operations.end(), place);
-    const auto number = check.slot == 1 ? checks.size() : static_cast<std::size_t>(found - operations.begin());
+    const auto number =
+        check.slot == 1 ? checks.size() : static_cast<std::size_t>(found - operations.begin());
     if (number % options.shards == options.shard || options.shards == 1) checks.push_back(check);
   }
   if (operations.empty()) {
@@ -300,10 +312,11 @@ int run(const Options& options) {
 
   const std::string failure = vorn_testing::tryHostLibrary(options.library, options.demands.bound);
   if (!failure.empty()) {
-    results.push_back({{"host/loads", "the library", 0, "The library can be loaded, makes a host and can be unloaded.",
-                        "Do nothing while it is loaded and unloaded that can fail, wait or end the process."},
-                       {HostVerdict::kBroken, failure, false, "", {}, false, false, "", {}},
-                       {}});
+    results.push_back(
+        {{"host/loads", "the library", 0, "The library can be loaded, makes a host and can be unloaded.",
+          "Do nothing while it is loaded and unloaded that can fail, wait or end the process."},
+         {HostVerdict::kBroken, failure, false, "", {}, false, false, "", {}},
+         {}});
     writeReports();
     std::cerr << "vorn-conformance: " << options.library << ": " << failure << "\n";
     return kHostFailed;
@@ -324,7 +337,8 @@ int run(const Options& options) {
     HostVerdict verdict = checkRun.run(check);
     if (verdict.kind == HostVerdict::kKept && verdict.slowest >= std::chrono::seconds(1)) {
       verdict.kind = HostVerdict::kRemark;
-      verdict.detail = verdict.slowestCall + " took " + std::to_string(verdict.slowest.count() / 1000) + " ms";
+      verdict.detail =
+          verdict.slowestCall + " took " + std::to_string(verdict.slowest.count() / 1000) + " ms";
     }
     if (verdict.kind == HostVerdict::kRemark && options.strict) verdict.kind = HostVerdict::kBroken;
     results.push_back({check, verdict, std::chrono::steady_clock::now() - start});

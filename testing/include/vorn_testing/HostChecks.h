@@ -38,10 +38,10 @@ struct HostDemands {
 
   // Values that the host accepts, used wherever an argument is needed; without them those of the checks, which a host
   // may refuse.
-  std::vector<std::string> channels;                          ///< For onChangeChannel().
-  std::vector<std::string> inputs;                            ///< For onInputChange().
-  std::map<std::string, std::vector<std::string>> modes;      ///< For onSetMode() and onAdjustMode().
-  std::vector<std::string> locales;                           ///< For changeAlexaLocale().
+  std::vector<std::string> channels;                      ///< For onChangeChannel().
+  std::vector<std::string> inputs;                        ///< For onInputChange().
+  std::map<std::string, std::vector<std::string>> modes;  ///< For onSetMode() and onAdjustMode().
+  std::vector<std::string> locales;                       ///< For changeAlexaLocale().
 
   // Areas of hostAreas().
   std::set<std::string> without;   ///< What the host does not offer: not asked.
@@ -55,10 +55,10 @@ const std::vector<std::string>& hostAreas();
 struct HostVerdict {
   /// The ways to come out.
   enum Kind {
-    kKept,     ///< The promise was kept.
-    kBroken,   ///< It was not; detail says what was seen.
-    kNotAsked, ///< The host or the demands leave nothing to check; detail says why.
-    kRemark    ///< Nothing promised was broken, but detail tells what a device maker wants to know.
+    kKept,      ///< The promise was kept.
+    kBroken,    ///< It was not; detail says what was seen.
+    kNotAsked,  ///< The host or the demands leave nothing to check; detail says why.
+    kRemark     ///< Nothing promised was broken, but detail tells what a device maker wants to know.
   };
 
   Kind kind;                          ///< Which of them.
@@ -105,5 +105,10 @@ class HostCheckRun {
 /// @throws as HostCheckRun::run()
 HostVerdict runHostCheck(const HostCheck& check, const HostMaker& maker,
                          const HostDemands& demands = HostDemands());
+
+/// Holds the calling thread up for a moment when it is in a call of a load, so that others come in between. For programs
+/// that stand before pthread_mutex_lock() and have this done when a mutex was locked: mutexes that a host takes in two
+/// orders meet then.
+void holdUp();
 
 }  // namespace vorn_testing

@@ -23,8 +23,8 @@ class HostContractTest : public testing::Test {
     if (verdict.kind == HostVerdict::kBroken) {
       std::string stack;
       for (const std::string& frame : verdict.stack) stack += "\n    " + frame;
-      ADD_FAILURE() << m_check.operation << ", slot " << m_check.slot << "\n  seen:   " << verdict.detail << stack
-                    << "\n  rule:   " << m_check.rule << "\n  remedy: " << m_check.remedy;
+      ADD_FAILURE() << m_check.operation << ", slot " << m_check.slot << "\n  seen:   " << verdict.detail
+                    << stack << "\n  rule:   " << m_check.rule << "\n  remedy: " << m_check.remedy;
     }
   }
 

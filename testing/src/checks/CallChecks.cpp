@@ -67,16 +67,15 @@ void load(Trial& trial, const Operation& operation, milliseconds time) {
   for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
   trial.host();
   const auto end = Clock::now() + time;
-  std::atomic<long> made{0};
   trial.onThreads(
       kThreads,
       [&](int thread) {
         const auto& own = calls[static_cast<std::size_t>(thread)];
-        for (std::size_t i = static_cast<std::size_t>(thread); i < 1000 && Clock::now() < end; ++i, ++made)
+        for (std::size_t i = static_cast<std::size_t>(thread); i < 1000 && Clock::now() < end; ++i)
           call(trial, operation, own[i % own.size()]);
       },
       true);
-  trial.addLoad(trial.overlaps(), made);
+  trial.addLoad();
 }
 
 void concurrent(Trial& trial, const Operation& operation) {

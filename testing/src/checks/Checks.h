@@ -25,7 +25,6 @@ void addSettingChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.
 void addLifeChecks(Checks& checks);
 
-
 /// What is about all operations together, under the name "host".
 void addHostChecks(Checks& checks);
 

@@ -30,24 +30,25 @@ struct Area {
 };
 
 const std::vector<Area>& table() {
-  static const auto* const kAreas = new std::vector<Area>{
-      {"storage", {"open", "readKeyValue", "writeKeyValue", "removeKeyValue", "clear"}},
-      {"settings", {"getSystemSetting", "setSystemSetting"}},
-      {"volume", {"getVolume", "onSetVolume", "onAdjustVolume"}},
-      {"mute", {"getMuteStatus", "onMute"}},
-      {"focus", {"requestAudioFocus", "releaseAudioFocus"}},
-      {"microphone",
-       {"startStreamingAudioData", "stopStreamingAudioData", "isMicrophoneAvailable", "setAlexaHandsFreeState"}},
-      {"channels", {"onChangeChannel", "onSkipChannel"}},
-      {"inputs", {"onInputChange"}},
-      {"modes", {"onSetMode", "onAdjustMode"}},
-      {"recording", {"onStartRecording", "onStopRecording"}},
-      {"cards", {"clearGUICard", "renderGUICard"}},
-      {"lights", {"setAnimation"}},
-      {"calls", {"onCommsStateChanged"}},
-      {"messages", {"sendAppMessage"}},
-      {"logs", {"onLogEmitted"}},
-      {"setup", {"sendCBLInfo", "alexaAuthStatusChanged"}}};
+  static const auto* const kAreas =
+      new std::vector<Area>{{"storage", {"open", "readKeyValue", "writeKeyValue", "removeKeyValue", "clear"}},
+                            {"settings", {"getSystemSetting", "setSystemSetting"}},
+                            {"volume", {"getVolume", "onSetVolume", "onAdjustVolume"}},
+                            {"mute", {"getMuteStatus", "onMute"}},
+                            {"focus", {"requestAudioFocus", "releaseAudioFocus"}},
+                            {"microphone",
+                             {"startStreamingAudioData", "stopStreamingAudioData", "isMicrophoneAvailable",
+                              "setAlexaHandsFreeState"}},
+                            {"channels", {"onChangeChannel", "onSkipChannel"}},
+                            {"inputs", {"onInputChange"}},
+                            {"modes", {"onSetMode", "onAdjustMode"}},
+                            {"recording", {"onStartRecording", "onStopRecording"}},
+                            {"cards", {"clearGUICard", "renderGUICard"}},
+                            {"lights", {"setAnimation"}},
+                            {"calls", {"onCommsStateChanged"}},
+                            {"messages", {"sendAppMessage"}},
+                            {"logs", {"onLogEmitted"}},
+                            {"setup", {"sendCBLInfo", "alexaAuthStatusChanged"}}};
   return *kAreas;
 }
 
@@ -93,27 +94,36 @@ void make(Trial& trial, const Round& round) {
   }
 }
 
+/// Eight threads for a while: in bursts of a few operations, so that any two of them meet often.
 void together(Trial& trial, const std::vector<const Operation*>& which, milliseconds time) {
   constexpr int kThreads = 8;
+  constexpr std::int64_t kBurstMs = 15;
+  constexpr std::size_t kFew = 5;
   trial.host();
-  std::vector<std::vector<Round>> all;
-  for (int thread = 0; thread < kThreads; ++thread) all.push_back(rounds(which));
+  std::vector<std::vector<std::vector<Round>>> all;  // by thread and operation
+  for (int thread = 0; thread < kThreads; ++thread) {
+    all.emplace_back();
+    for (const Operation* const operation : which) all.back().push_back(rounds({operation}));
+  }
   trial.explain("while other threads were in the host");
-  const long before = trial.overlaps();
-  const auto end = Clock::now() + time, atLast = end + milliseconds(2000);
-  std::atomic<long> made{0};
+  const auto start = Clock::now();
+  const auto end = start + time, atLast = end + milliseconds(2000);
   trial.onThreads(
       kThreads,
       [&](int thread) {
         Dice dice(static_cast<std::uint64_t>(thread) + 1);
         const auto& own = all[static_cast<std::size_t>(thread)];
-        while (Clock::now() < (trial.overlaps() - before < 200 ? atLast : end)) {
-          make(trial, own[dice(own.size())]);
-          ++made;
+        while (Clock::now() < (trial.overlaps() < 200 ? atLast : end)) {
+          const auto burst =
+              std::chrono::duration_cast<milliseconds>(Clock::now() - start).count() / kBurstMs;
+          // The same few for all threads, others in the next burst.
+          const Dice of(static_cast<std::uint64_t>(burst) * kFew + dice(kFew) + 77);
+          const auto& calls = own[Dice(of)(own.size())];
+          make(trial, calls[dice(calls.size())]);
         }
       },
       true);
-  trial.addLoad(trial.overlaps() - before, made);
+  trial.addLoad();
 }
 
 std::vector<const Operation*> everything() {
@@ -142,26 +152,104 @@ void anyOrder(Trial& trial) {
 
 /// What a device sees on a day, in its order; twice, since nothing keeps a user from it.
 void day(Trial& trial) {
-  const std::vector<const char*> kDay = {
-      "open", "readKeyValue", "getDeviceInformation", "getConfigData", "getTimezone", "getDeviceLocale",
-      "changeAlexaLocale", "getDeviceLocale", "updateInternetConnectionStatus", "sendCBLInfo",
-      "alexaAuthStatusChanged", "writeKeyValue", "notifyMainAppInitialized", "setAlexaHandsFreeState",
-      "alexaStateChanged", "isMicrophoneAvailable", "startStreamingAudioData", "dialogUXStateChanged",
-      "notifyAlexaInvocationDetected", "requestAudioFocus", "setAnimation", "stopStreamingAudioData",
-      "releaseAudioFocus", "login", "launchAndPlay", "getPlaybackState", "pause", "getPlaybackState", "resume",
-      "nextTrack", "previousTrack", "restartCurrentTrack", "skipForward", "setShuffleOn", "setRepeatAll",
-      "setRepeatOne", "setRepeatNone", "setShuffleOff", "stop", "resume", "stop", "logout", "nextTrack", "resume",
-      "pause", "stop", "onChangePlaybackPlay", "onChangePlaybackPause", "onChangePlaybackPlay",
-      "onChangePlaybackFastForward", "onChangePlaybackRewind", "onChangePlaybackNext", "onChangePlaybackPrevious",
-      "onChangePlaybackStartOver", "onChangePlaybackStop", "onChangePlaybackPause", "onStartRecording",
-      "onStartRecording", "onStopRecording", "onStopRecording", "onSetVolume", "onAdjustVolume", "onMute", "onMute",
-      "getVolume", "getMuteStatus", "onSetPowerState", "onSearchAndPlay", "onSearchAndDisplayResults",
-      "onLaunchTarget", "onSendKeystroke", "onChangeChannel", "onSkipChannel", "onInputChange", "onSetMode",
-      "onAdjustMode", "onSetRangeValue", "onAdjustRangeValue", "onSetToggleState", "onAdjustSeekPosition",
-      "renderGUICard", "renderGUICard", "clearGUICard", "clearGUICard", "onCommsStateChanged", "sendAppMessage",
-      "onLogEmitted", "removeKeyValue", "requestAudioFocus", "requestAudioFocus", "releaseAudioFocus",
-      "releaseAudioFocus", "startStreamingAudioData", "startStreamingAudioData", "stopStreamingAudioData",
-      "stopStreamingAudioData", "open", "clear"};
+  const std::vector<const char*> kDay = {"open",
+                                         "readKeyValue",
+                                         "getDeviceInformation",
+                                         "getConfigData",
+                                         "getTimezone",
+                                         "getDeviceLocale",
+                                         "changeAlexaLocale",
+                                         "getDeviceLocale",
+                                         "updateInternetConnectionStatus",
+                                         "sendCBLInfo",
+                                         "alexaAuthStatusChanged",
+                                         "writeKeyValue",
+                                         "notifyMainAppInitialized",
+                                         "setAlexaHandsFreeState",
+                                         "alexaStateChanged",
+                                         "isMicrophoneAvailable",
+                                         "startStreamingAudioData",
+                                         "dialogUXStateChanged",
+                                         "notifyAlexaInvocationDetected",
+                                         "requestAudioFocus",
+                                         "setAnimation",
+                                         "stopStreamingAudioData",
+                                         "releaseAudioFocus",
+                                         "login",
+                                         "launchAndPlay",
+                                         "getPlaybackState",
+                                         "pause",
+                                         "getPlaybackState",
+                                         "resume",
+                                         "nextTrack",
+                                         "previousTrack",
+                                         "restartCurrentTrack",
+                                         "skipForward",
+                                         "setShuffleOn",
+                                         "setRepeatAll",
+                                         "setRepeatOne",
+                                         "setRepeatNone",
+                                         "setShuffleOff",
+                                         "stop",
+                                         "resume",
+                                         "stop",
+                                         "logout",
+                                         "nextTrack",
+                                         "resume",
+                                         "pause",
+                                         "stop",
+                                         "onChangePlaybackPlay",
+                                         "onChangePlaybackPause",
+                                         "onChangePlaybackPlay",
+                                         "onChangePlaybackFastForward",
+                                         "onChangePlaybackRewind",
+                                         "onChangePlaybackNext",
+                                         "onChangePlaybackPrevious",
+                                         "onChangePlaybackStartOver",
+                                         "onChangePlaybackStop",
+                                         "onChangePlaybackPause",
+                                         "onStartRecording",
+                                         "onStartRecording",
+                                         "onStopRecording",
+                                         "onStopRecording",
+                                         "onSetVolume",
+                                         "onAdjustVolume",
+                                         "onMute",
+                                         "onMute",
+                                         "getVolume",
+                                         "getMuteStatus",
+                                         "onSetPowerState",
+                                         "onSearchAndPlay",
+                                         "onSearchAndDisplayResults",
+                                         "onLaunchTarget",
+                                         "onSendKeystroke",
+                                         "onChangeChannel",
+                                         "onSkipChannel",
+                                         "onInputChange",
+                                         "onSetMode",
+                                         "onAdjustMode",
+                                         "onSetRangeValue",
+                                         "onAdjustRangeValue",
+                                         "onSetToggleState",
+                                         "onAdjustSeekPosition",
+                                         "renderGUICard",
+                                         "renderGUICard",
+                                         "clearGUICard",
+                                         "clearGUICard",
+                                         "onCommsStateChanged",
+                                         "sendAppMessage",
+                                         "onLogEmitted",
+                                         "removeKeyValue",
+                                         "requestAudioFocus",
+                                         "requestAudioFocus",
+                                         "releaseAudioFocus",
+                                         "releaseAudioFocus",
+                                         "startStreamingAudioData",
+                                         "startStreamingAudioData",
+                                         "stopStreamingAudioData",
+                                         "stopStreamingAudioData",
+                                         "open",
+                                         "clear"};
   const FakeAssistant assistant;  // what the host tells upward arrives, and may come back down
   std::string last;
   for (int turn = 0; turn < 2; ++turn) {
@@ -215,7 +303,8 @@ void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
   }
 }
 
-void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count, std::size_t allowance) {
+void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count,
+            std::size_t allowance) {
   constexpr std::size_t kTimes = 20;
   const auto all = rounds(everything());
   makeAll(trial, all, 5);
@@ -225,7 +314,8 @@ void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& 
   trial.saw(std::to_string(before) + ", then " + std::to_string(after));
   if (after > before + allowance)
     trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
-                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) + ")");
+                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) +
+                 ")");
 }
 
 std::size_t memory() {
@@ -246,7 +336,8 @@ std::map<std::string, std::string> surroundings() {
   umask(mask);
   found["the umask"] = std::to_string(mask);
   found["the locale"] = std::setlocale(LC_ALL, nullptr);
-  for (char** entry = environ; entry && *entry; ++entry) found["the environment"] += std::string(*entry) + "\n";
+  for (char** entry = environ; entry && *entry; ++entry)
+    found["the environment"] += std::string(*entry) + "\n";
   sigset_t blocked;
   pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
   for (int signal = 1; signal < 32; ++signal) {
@@ -259,7 +350,8 @@ std::map<std::string, std::string> surroundings() {
   for (const int stream : {0, 1, 2}) {
     struct stat file = {};
     const bool open = fstat(stream, &file) == 0;
-    found["a standard stream"] += open ? std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + " " : "- ";
+    found["a standard stream"] +=
+        open ? std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + " " : "- ";
   }
   return found;
 }
@@ -280,7 +372,8 @@ void leavesSurroundings(Trial& trial) {
 
 std::string areaOf(const std::string& operation) {
   for (const Area& area : table()) {
-    if (std::find(area.operations.begin(), area.operations.end(), operation) != area.operations.end()) return area.name;
+    if (std::find(area.operations.begin(), area.operations.end(), operation) != area.operations.end())
+      return area.name;
   }
   for (const Operation& each : operations()) {
     if (each.name == operation && (each.ofPlayer || each.name == "getEMPAdapter")) return "player";
@@ -318,27 +411,31 @@ void addHostChecks(Checks& checks) {
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {
     if (group.second.size() < 2) continue;
-    checks.push_back(checkOfHost("together-" + group.first,
-                                 "What " + group.first +
-                                     " calls may overlap: locked operations with unlocked ones, unlocked ones with all.",
-                                 kGuard, [which = group.second](Trial& trial) {
-                                   together(trial, which, milliseconds(250));
-                                 }));
+    checks.push_back(
+        checkOfHost("together-" + group.first,
+                    "What " + group.first +
+                        " calls may overlap: locked operations with unlocked ones, unlocked ones with all.",
+                    kGuard, [which = group.second](Trial& trial) {
+                      together(trial, which, milliseconds(100 + 30 * static_cast<int>(which.size())));
+                    }));
   }
-  checks.push_back(checkOfHost("together", "Operations of different adapters may overlap, also locked ones.", kGuard,
-                               [](Trial& trial) { together(trial, everything(), milliseconds(2000)); }));
-  checks.push_back(checkOfHost("lets-go", "Arguments are the caller's and end with the call, also for a worker.",
+  checks.push_back(checkOfHost("together", "Operations of different adapters may overlap, also locked ones.",
+                               kGuard,
+                               [](Trial& trial) { together(trial, everything(), milliseconds(4000)); }));
+  checks.push_back(checkOfHost("lets-go",
+                               "Arguments are the caller's and end with the call, also for a worker.",
                                "Copy what you hand to another thread.", letsGoLater));
 
   const char* const kLeak = "Give back what a call took before it returns.";
-  checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak, [](Trial& trial) {
-    leaves(trial, "bytes of memory", memory, 20 * 1024);
-  }));
+  checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak,
+                               [](Trial& trial) { leaves(trial, "bytes of memory", memory, 20 * 1024); }));
   checks.push_back(checkOfHost("descriptors", "Calls leave no descriptor open.", kLeak, [](Trial& trial) {
-    leaves(trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);
+    leaves(
+        trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);
   }));
   checks.push_back(checkOfHost("threads", "Calls leave no thread behind.", kLeak, [](Trial& trial) {
-    leaves(trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
+    leaves(
+        trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
   }));
   checks.push_back(checkOfHost("surroundings", "What belongs to the process stays as it was.",
                                "Leave it to the program: a host is one part of it.", leavesSurroundings));

@@ -99,19 +99,17 @@ void addLifeChecks(Checks& checks) {
   const Operation& player = hostOperation(33);
   const char* const kPlayer =
       "Own one player as long as the host lives, one that answers false if there is none.";
-  checks.push_back(checkOf(player, "never-null", "It never answers null.", kPlayer,
-                           expectPlayer));
+  checks.push_back(checkOf(player, "never-null", "It never answers null.", kPlayer, expectPlayer));
   checks.push_back(
       checkOf(player, "never-null-any-thread", "It answers null to no thread.", kPlayer, playerOnAnyThread));
   checks.push_back(checkOf(player, "never-null-after-use",
                            "It never answers null, whatever was called before.", kPlayer, playerAfterUse));
 
-  checks.push_back(checkOf(player, "never-null-after-many", "It never answers null, however often it is asked.",
-                           kPlayer, playerAfterMany));
-  checks.push_back(checkOf(player, "stays",
-                           "What it hands out is valid while a command runs, also when another thread asks.",
-                           "Hand out one player that lives as long as the host, not one for each call.",
-                           playerStays));
+  checks.push_back(checkOf(player, "never-null-after-many",
+                           "It never answers null, however often it is asked.", kPlayer, playerAfterMany));
+  checks.push_back(checkOf(
+      player, "stays", "What it hands out is valid while a command runs, also when another thread asks.",
+      "Hand out one player that lives as long as the host, not one for each call.", playerStays));
 
   Operation destructor;
   destructor.name = "destructor";

@@ -112,14 +112,14 @@ bool same(const CommsStateInfo& left, const CommsStateInfo& right) { return left
 
 template <class Parameter>
 constexpr bool kLendsConst =
-    std::is_lvalue_reference_v<Parameter> && std::is_const_v<std::remove_reference_t<Parameter>>;
+    std::is_lvalue_reference_v<Parameter>&& std::is_const_v<std::remove_reference_t<Parameter>>;
 
 template <class Parameter, class Value>
 void mustBeSame(const std::string& operation, const Value& before, const Value& after) {
   if constexpr (kLendsConst<Parameter>) {
     if (!same(before, after))
-      throw Outcome{HostVerdict::kBroken, operation + "() changed the caller's argument from " + spelled(before) +
-                                              " to " + spelled(after)};
+      throw Outcome{HostVerdict::kBroken, operation + "() changed the caller's argument from " +
+                                              spelled(before) + " to " + spelled(after)};
   }
 }
 
@@ -171,7 +171,8 @@ auto* lentValues(const std::string& called, Given given, int which) {
   Values values(Sample<std::decay_t<Parameters>>::make(given, which)...);
   const auto found = accepted().find(called);
   if (found != accepted().end() && which >= samples(given)) {
-    const Texts& texts = found->second[static_cast<std::size_t>(which - samples(given)) % found->second.size()];
+    const Texts& texts =
+        found->second[static_cast<std::size_t>(which - samples(given)) % found->second.size()];
     std::size_t next = 0;
     std::apply([&](auto&... each) { (accept<Parameters>(each, texts, next), ...); }, values);
   }
@@ -301,7 +302,8 @@ void callAll(Trial& trial, const std::vector<const Operation*>& which) {
 std::vector<const Operation*> neighbours(const Operation& operation) {
   std::vector<const Operation*> found;
   for (const Operation& other : operations()) {
-    if (other.adapter == operation.adapter && (other.ofPlayer || !operation.ofPlayer)) found.push_back(&other);
+    if (other.adapter == operation.adapter && (other.ofPlayer || !operation.ofPlayer))
+      found.push_back(&other);
   }
   return found;
 }

@@ -14,9 +14,9 @@ enum class Given {
   kEmpty,    ///< Empty texts, lists and maps.
   kLarge,    ///< A mebibyte of text, ten thousand entries, the largest numbers.
   kHostile,  ///< Bytes and numbers that nobody expects.
-  kLent,     ///< Too long for a text to hold without a buffer; in an order and a case that somebody may want to change.
-  kLoad,     ///< Of many lengths, so that what is shared without a guard is laid out anew.
-  kCut       ///< Long, of characters of three bytes, which stand differently in each sample: every cut shows.
+  kLent,  ///< Too long for a text to hold without a buffer; in an order and a case that somebody may want to change.
+  kLoad,  ///< Of many lengths, so that what is shared without a guard is laid out anew.
+  kCut    ///< Long, of characters of three bytes, which stand differently in each sample: every cut shows.
 };
 
 /// How many samples of a kind there are.
@@ -132,10 +132,20 @@ template <>
 struct Sample<double> {
   static double make(Given given, int which) {
     using Limits = std::numeric_limits<double>;
-    static const double kHostile[] = {Limits::quiet_NaN(), -Limits::infinity(), Limits::infinity(), Limits::lowest(),
-                                      Limits::max(),       -0.0,                Limits::denorm_min(), -1,
-                                      1e10,                2147483648.0,        -2147483649.0,       1e300,
-                                      0.1,                 -1e-300};
+    static const double kHostile[] = {Limits::quiet_NaN(),
+                                      -Limits::infinity(),
+                                      Limits::infinity(),
+                                      Limits::lowest(),
+                                      Limits::max(),
+                                      -0.0,
+                                      Limits::denorm_min(),
+                                      -1,
+                                      1e10,
+                                      2147483648.0,
+                                      -2147483649.0,
+                                      1e300,
+                                      0.1,
+                                      -1e-300};
     if (given == Given::kLarge) return which % 2 ? Limits::infinity() : Limits::max();
     if (given == Given::kHostile) return kHostile[which % 14];
     return 0.5 * (which % 2);

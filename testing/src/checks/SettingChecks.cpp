@@ -131,7 +131,8 @@ void refused(Trial& trial) {
       const auto after = get(trial, named.first);
       if (before != after)
         trial.broken("setSystemSetting(" + spelled(named.first) + ", " + spelled(value) +
-                     ") answered false, then getSystemSetting() answered " + (after ? spelled(*after) : "false"));
+                     ") answered false, then getSystemSetting() answered " +
+                     (after ? spelled(*after) : "false"));
     }
   }
   if (!any) trial.notAsked("setSystemSetting() refuses nothing");
@@ -143,7 +144,9 @@ void whole(Trial& trial) {
   const PutBack putBack(trial);
   int accepted = 0;
   for (const auto& named : settings(trial)) {
-    std::string longer = "K\xc3\xbc" "che ";
+    std::string longer =
+        "K\xc3\xbc"
+        "che ";
     for (int i = 0; i < 40; ++i) longer += "\xe9\x9f\xb3";
     for (const std::string& value : {longer, std::string("MiXed Case  "), std::string("a=b\nc;d")}) {
       if (!set(trial, named.first, value)) continue;
@@ -151,7 +154,8 @@ void whole(Trial& trial) {
       expect(trial, named.first, value);
     }
   }
-  if (accepted == 0) trial.notAsked("setSystemSetting() refuses other values than those that it is said to accept");
+  if (accepted == 0)
+    trial.notAsked("setSystemSetting() refuses other values than those that it is said to accept");
 }
 
 /// Read by three threads while one changes it: never anything but a value that was set.
@@ -209,10 +213,11 @@ void replacesText(Trial& trial) {
     any = true;
     trial.ask(shown, [&] { known = host.getSystemSetting(named.first, second); });
     if (known && first != second)
-      trial.broken(shown + " answered true and left " + spelled(first) + " in one text and " + spelled(second) +
-                   " in another: it depends on what was there before");
+      trial.broken(shown + " answered true and left " + spelled(first) + " in one text and " +
+                   spelled(second) + " in another: it depends on what was there before");
   }
-  if (!any) trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
+  if (!any)
+    trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
 }
 
 int volume(Trial& trial) {
@@ -242,7 +247,8 @@ bool setVolume(Trial& trial, int to) {
 }
 
 bool adjustVolume(Trial& trial, int by) {
-  return give(trial, "onAdjustVolume(" + spelled(by) + ")", [by](Host& host) { return host.onAdjustVolume(by); });
+  return give(trial, "onAdjustVolume(" + spelled(by) + ")",
+              [by](Host& host) { return host.onAdjustVolume(by); });
 }
 
 /// Whatever the scale, its steps and its limits: more asked is never less reported, the same asked is the same
@@ -251,20 +257,24 @@ void setVolumeFollows(Trial& trial) {
   const int before = volume(trial);
   std::map<int, int> reported;
   std::set<int> different;
-  const std::vector<int> kAsked = {before, 10, 50, 3, 70, 30, 1, 100, 5, 0, 20, 7, -20, -40, 50, 10, 3, before};
+  const std::vector<int> kAsked = {before, 10, 50, 3,   70,  30, 1,  100, 5,
+                                   0,      20, 7,  -20, -40, 50, 10, 3,   before};
   for (const int asked : kAsked) {
     if (!setVolume(trial, asked)) continue;
     const int found = volume(trial);
-    const auto shown = "onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " + spelled(found);
+    const auto shown =
+        "onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " + spelled(found);
     const auto known = reported.emplace(asked, found).first;
     if (known->second != found) trial.broken(shown + ", before that " + spelled(known->second));
     for (const auto& other : reported) {
       if ((other.first < asked && other.second > found) || (other.first > asked && other.second < found))
-        trial.broken(shown + ", but " + spelled(other.second) + " after onSetVolume(" + spelled(other.first) + ")");
+        trial.broken(shown + ", but " + spelled(other.second) + " after onSetVolume(" + spelled(other.first) +
+                     ")");
     }
     different.insert(found);
     if (setVolume(trial, found) && volume(trial) != found)
-      trial.broken("onSetVolume(" + spelled(found) + ") answered true, which getVolume() had answered; now it answers " +
+      trial.broken("onSetVolume(" + spelled(found) +
+                   ") answered true, which getVolume() had answered; now it answers " +
                    spelled(volume(trial)));
   }
   if (reported.empty()) trial.refused("onSetVolume() answered false to every volume");
@@ -284,11 +294,13 @@ void adjustVolumeFollows(Trial& trial) {
     const int to = volume(trial);
     moved = moved || to != from;
     if ((by > 0 && to < from) || (by < 0 && to > from))
-      trial.broken("onAdjustVolume(" + spelled(by) + ") answered true and moved getVolume() from " + spelled(from) +
-                   " to " + spelled(to));
+      trial.broken("onAdjustVolume(" + spelled(by) + ") answered true and moved getVolume() from " +
+                   spelled(from) + " to " + spelled(to));
   }
   if (!accepted) trial.refused("onAdjustVolume() answered false to every delta");
-  if (!moved) trial.broken("onAdjustVolume() answered true, and getVolume() answers " + spelled(before) + " whatever is asked");
+  if (!moved)
+    trial.broken("onAdjustVolume() answered true, and getVolume() answers " + spelled(before) +
+                 " whatever is asked");
   setVolume(trial, before);
 }
 
@@ -326,16 +338,18 @@ void addSettingChecks(Checks& checks) {
       settingsApart);
   add(kSet, "refused", "A value that was refused is not taken.", "Check first, change then.", refused);
 
-  add(kSet, "whole", "Every value that was accepted is reported as it was, long ones and those in any script too.",
+  add(kSet, "whole",
+      "Every value that was accepted is reported as it was, long ones and those in any script too.",
       "Keep the value as it is, or answer false.", whole);
   add(kSet, "threads", "A setting is read while it is changed.",
-      "Guard the settings with one mutex for both: getSystemSetting() comes without the adapter's.", readWhileSet);
+      "Guard the settings with one mutex for both: getSystemSetting() comes without the adapter's.",
+      readWhileSet);
 
   const char* const kFollow = "Change what the getter reports before you answer true, or answer false.";
   add(kSetVolume, "reported", "getVolume() follows what is set, on its own scale, steps and limits.", kFollow,
       setVolumeFollows);
-  add(kAdjustVolume, "reported", "The volume moves the way that was asked, and getVolume() reports it.", kFollow,
-      adjustVolumeFollows);
+  add(kAdjustVolume, "reported", "The volume moves the way that was asked, and getVolume() reports it.",
+      kFollow, adjustVolumeFollows);
   add(kMute, "reported", "getMuteStatus() reports what was set.", kFollow, muteFollows);
 }
 

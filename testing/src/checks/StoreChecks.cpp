@@ -59,7 +59,7 @@ class Store {
     const Entries found = read(key);
     const auto entry = found.find(key);
     if (entry != found.end() && !entry->second.empty())
-      m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found) );
+      m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found));
   }
 
   /// Writes and reads back, as the ground of a check that is about something else.
@@ -160,8 +160,12 @@ void keepsDifficult(Trial& trial) {
 /// Killed at many moments while it writes: what was acknowledged is there, and what was there before.
 void killedWhileWriting(Trial& trial) {
   const std::string known = filledBefore(trial);
-  const auto keyOf = [&](int round, int i) { return known + "/" + std::to_string(round) + "/" + std::to_string(i); };
-  const auto valueOf = [](int i) { return std::to_string(i) + std::string(static_cast<std::size_t>(i % 7) * 150, 'w'); };
+  const auto keyOf = [&](int round, int i) {
+    return known + "/" + std::to_string(round) + "/" + std::to_string(i);
+  };
+  const auto valueOf = [](int i) {
+    return std::to_string(i) + std::string(static_cast<std::size_t>(i % 7) * 150, 'w');
+  };
   bool opens = false;
   trial.inKilledProcess([&] {
     const Store store(trial);
@@ -196,11 +200,13 @@ void killedWhileWriting(Trial& trial) {
       store.expect(known, "before");
       for (int i = 0; i < 200; ++i) store.expect(keyOf(-1, i), valueOf(i));
       for (int old = 0; old <= round; ++old) {
-        for (int i = 0; i < written[static_cast<std::size_t>(old)]; ++i) store.expect(keyOf(old, i), valueOf(i));
+        for (int i = 0; i < written[static_cast<std::size_t>(old)]; ++i)
+          store.expect(keyOf(old, i), valueOf(i));
       }
     });
   }
-  trial.saw(std::to_string(total) + " writes acknowledged in " + std::to_string(kRounds) + " processes that were killed");
+  trial.saw(std::to_string(total) + " writes acknowledged in " + std::to_string(kRounds) +
+            " processes that were killed");
 }
 
 void opensWhenKilled(Trial& trial) {
@@ -288,11 +294,25 @@ void keysApart(Trial& trial) {
   store.presume({{key("a"), "1"}});
   // Also such as lists of lines, sums of letters and names of files would take for one.
   const std::string first(250, 'f');
-  const Texts keys = {key("k"),        key("K"),        key("k "),       key("k/"),       key("k%"),
-                      key("k="),       key("k=v"),      key("ab"),       key("ba"),       key("k") + '\0',
-                      key("k") + '\0' + "n",            key("k\n"),      key("k\xff"),    key("k\xc3\xbc"),
-                      key(first + "1"), key(first + "2"), key(first + first + first + first + "1"),
-                      key(first + first + first + first + "2"), "V" + key("k").substr(1)};
+  const Texts keys = {key("k"),
+                      key("K"),
+                      key("k "),
+                      key("k/"),
+                      key("k%"),
+                      key("k="),
+                      key("k=v"),
+                      key("ab"),
+                      key("ba"),
+                      key("k") + '\0',
+                      key("k") + '\0' + "n",
+                      key("k\n"),
+                      key("k\xff"),
+                      key("k\xc3\xbc"),
+                      key(first + "1"),
+                      key(first + "2"),
+                      key(first + first + first + first + "1"),
+                      key(first + first + first + first + "2"),
+                      "V" + key("k").substr(1)};
   for (const std::string& each : keys) store.write({{each, each}});
   for (const std::string& each : keys) store.expect(each, each);
 }
@@ -515,7 +535,8 @@ void addStoreChecks(Checks& checks) {
       "Hold one mutex from reading the store to writing it back.", writesFromThreads);
   add(kWrite, "new-host", "What was stored is there for the host of the next process.",
       "Keep the store in a file, and find it again when a host is made or opened.", newHost);
-  add(kWrite, "difficult", "What was stored is there for the next process, whatever bytes, sizes and numbers.",
+  add(kWrite, "difficult",
+      "What was stored is there for the next process, whatever bytes, sizes and numbers.",
       "Store keys and values by length, not as lines or C strings.", keepsDifficult);
   add(kWrite, "killed-writing",
       "However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.",
@@ -525,7 +546,8 @@ void addStoreChecks(Checks& checks) {
   add(kRemove, "removes", "A key that was removed is not read any more.",
       "Answer false when you do not remove.", removes);
   add(kRemove, "removes-all", "Every key of the list is removed.", "Go through the whole list.", removesAll);
-  add(kRemove, "many", "Every one of six hundred keys is removed.", "Go through the whole list.", removesMany);
+  add(kRemove, "many", "Every one of six hundred keys is removed.", "Go through the whole list.",
+      removesMany);
   add(kRemove, "past-absent", "A key that is not there does not keep the next ones from being removed.",
       "Go on to the end of the list.", pastAbsent);
   add(kRemove, "leaves-others", "Removing leaves other keys alone, also those that begin the same.",

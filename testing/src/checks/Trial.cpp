@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -34,8 +35,38 @@ std::int64_t now() { return std::chrono::steady_clock::now().time_since_epoch().
 /// The call that this thread is in.
 thread_local const Report::Busy* t_call = nullptr;
 
+/// Whether this thread is to be held up in the midst of its calls, and after how many instructions of this one.
+thread_local bool t_disturbed = false;
+thread_local long t_steps = 0;
+thread_local std::uint64_t t_dice = 0;
+
+std::uint64_t roll() {
+  t_dice = t_dice * 6364136223846793005U + 1442695040888963407U;
+  return t_dice >> 33;
+}
+
+/// Lets others come in between.
+void holdUpNow() {
+  const int error = errno;
+  const timespec pause{0, 20000 + static_cast<long>(roll() % 8) * 30000};
+  nanosleep(&pause, nullptr);
+  errno = error;
+}
+
+/// From here on this thread is stopped after every instruction, until the steps are done: so it is held up at places
+/// that are a few instructions wide. Elsewhere than on x86-64 signals of another thread do, more roughly.
+void beginSteps() {
+#if defined(__x86_64__)
+  if (!t_disturbed || roll() % 5 != 0) return;
+  t_steps = static_cast<long>(30U << (roll() % 5));
+  t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
+  asm volatile("lea -128(%%rsp), %%rsp\n\tpushfq\n\torq $0x100, (%%rsp)\n\tpopfq\n\tlea 128(%%rsp), %%rsp" ::
+                   : "memory", "cc");
+#endif
+}
+
 std::atomic<int> g_inside{0};
-std::atomic<long> g_overlaps{0};
+std::atomic<long> g_overlaps{0}, g_calls{0};
 
 /// Enters a call in the report for as long as it runs.
 class OnItsWay {
@@ -51,11 +82,14 @@ class OnItsWay {
     }
     m_start = now();
     if (m_call) m_call->since = m_start;
+    ++g_calls;
     if (g_inside++ > 0) ++g_overlaps;
     t_call = m_call;
+    beginSteps();
   }
 
   ~OnItsWay() {
+    t_steps = 0;
     t_call = m_outer;
     --g_inside;
     const std::int64_t end = now();
@@ -111,13 +145,18 @@ void onCrash(int signal, siginfo_t* info, void*) {
 
 /// Holds a thread up in the midst of a call.
 void onDisturbed(int) {
-  if (!t_call) return;
-  const int error = errno;
-  thread_local unsigned turn = 0;
-  const timespec pause{0, 20000 + static_cast<long>(++turn % 7) * 30000};
-  nanosleep(&pause, nullptr);
-  errno = error;
+  if (t_call) holdUpNow();
 }
+
+#if defined(__x86_64__)
+void onStep(int signal, siginfo_t* info, void* context) {
+  if (info->si_code != TRAP_TRACE) return onCrash(signal, info, context);
+  auto& flags = static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL];
+  if (--t_steps > 0) return;
+  flags &= ~0x100LL;
+  if (t_steps == 0) holdUpNow();
+}
+#endif
 
 int disturbance() { return SIGRTMIN + 6; }
 
@@ -145,8 +184,7 @@ void noteCrashes(Report& report) {
 }
 
 void Trial::ask(const std::string& shown, const std::function<void()>& call) {
-  if (m_known.dead.count(nameOf(shown)))
-    notAsked(nameOf(shown) + "() fails, see its checks");
+  if (m_known.dead.count(nameOf(shown))) notAsked(nameOf(shown) + "() fails, see its checks");
   const OnItsWay onItsWay(m_report, shown);
   const auto after = [&] { return *m_report.context ? std::string(", ") + m_report.context : std::string(); };
   try {
@@ -198,6 +236,12 @@ void Trial::explain(const std::string& context) { put(m_report.context, context)
 
 long Trial::overlaps() const { return g_overlaps; }
 
+void Trial::addLoad() {
+  m_report.overlaps += g_overlaps;
+  m_report.loaded += g_calls;
+  saw(std::to_string(m_report.overlaps) + " of " + std::to_string(m_report.loaded) + " calls overlapped");
+}
+
 void Trial::onThreads(int count, const std::function<void(int)>& act, bool disturbed) {
   std::mutex mutex;
   std::optional<Outcome> first;
@@ -209,9 +253,16 @@ void Trial::onThreads(int count, const std::function<void(int)>& act, bool distu
     action.sa_handler = onDisturbed;
     action.sa_flags = SA_RESTART;
     sigaction(disturbance(), &action, nullptr);
+#if defined(__x86_64__)
+    action.sa_sigaction = onStep;
+    action.sa_flags = SA_RESTART | SA_SIGINFO;
+    sigaction(SIGTRAP, &action, nullptr);
+#endif
   }
   for (int number = 0; number < count; ++number) {
     threads.emplace_back([&, number] {
+      t_disturbed = disturbed;
+      t_dice = static_cast<std::uint64_t>(number) * 7919 + 13 + static_cast<std::uint64_t>(now());
       ++ready;
       while (ready < count) std::this_thread::yield();
       try {
@@ -226,7 +277,7 @@ void Trial::onThreads(int count, const std::function<void(int)>& act, bool distu
   }
   for (std::size_t turn = 0; disturbed && left > 0; ++turn) {
     pthread_kill(threads[turn * 7 % threads.size()].native_handle(), disturbance());
-    const timespec pause{0, 20000};
+    const timespec pause{0, 50000};
     nanosleep(&pause, nullptr);
   }
   for (std::thread& thread : threads) thread.join();
@@ -277,3 +328,12 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
 }
 
 }  // namespace vorn_testing::checks
+
+namespace vorn_testing {
+
+void holdUp() {
+  if (checks::t_disturbed && checks::t_call && checks::t_steps == 0 && checks::roll() % 4 == 0)
+    checks::holdUpNow();
+}
+
+}  // namespace vorn_testing

@@ -54,7 +54,7 @@ struct Report {
   Text slowestCall;
   Busy calls[16];
 
-  std::atomic<int> acknowledged;  ///< Of a process that is killed while it writes: how much was written.
+  std::atomic<int> acknowledged;       ///< Of a process that is killed while it writes: how much was written.
   std::atomic<long> overlaps, loaded;  ///< Of a load: how many calls overlapped, of how many.
 
   // Of a thread that was ended by a signal.
@@ -125,12 +125,8 @@ class Trial {
   /// How many calls began while another was on its way, in this process.
   long overlaps() const;
 
-  /// Adds to what was seen of a load, also from a process that is killed.
-  void addLoad(long overlapped, long calls) {
-    m_report.overlaps += overlapped;
-    m_report.loaded += calls;
-    saw(std::to_string(m_report.overlaps) + " of " + std::to_string(m_report.loaded) + " calls overlapped");
-  }
+  /// Adds what this process saw to what was seen of a load.
+  void addLoad();
   long overlapped() const { return m_report.overlaps; }
 
   /// Runs in a process of its own that is killed as soon as `act` is done, or, when `after` is not zero, then.
@@ -170,6 +166,7 @@ constexpr int kOrderly = 86;
 void noteCrashes(Report& report);
 
 /// Runs the check in a child process and watches it.
-HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands, const Known& known);
+HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands,
+                       const Known& known);
 
 }  // namespace vorn_testing::checks

@@ -266,9 +266,15 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
   }
 
   HostVerdict verdict{
-      static_cast<HostVerdict::Kind>(report.verdict.load()), report.detail, report.made, report.slowestCall,
+      static_cast<HostVerdict::Kind>(report.verdict.load()),
+      report.detail,
+      report.made,
+      report.slowestCall,
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(report.slowest)),
-      report.refused, false, report.seen, {}};
+      report.refused,
+      false,
+      report.seen,
+      {}};
   const std::string reason = report.reason, context = report.context;
   const int status = report.status;
   if (report.watched && reason.empty() && report.ended && status == 0) return verdict;
