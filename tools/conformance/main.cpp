@@ -206,6 +206,7 @@ Options parse(int count, char** arguments) {
 std::vector<HostCheck> chosen(const Options& options) {
   std::vector<HostCheck> checks;
   std::vector<std::string> operations, names;  // those of one operation stay together
+  std::size_t index = 0;
   for (const HostCheck& check : vorn_testing::hostChecks()) {
     names.push_back(check.id.substr(check.id.find('/', check.id.find('/') + 1) + 1));
     if (!options.only.empty() &&
@@ -215,8 +216,7 @@ std::vector<HostCheck> chosen(const Options& options) {
     const std::string place = check.id.substr(0, check.id.rfind('/'));
     auto found = std::find(operations.begin(), operations.end(), place);
     if (found == operations.end()) found = operations.insert(operations.end(), place);
-    const auto number =
-        check.slot == 1 ? checks.size() : static_cast<std::size_t>(found - operations.begin());
+    const auto number = check.slot == 1 ? index++ : static_cast<std::size_t>(found - operations.begin());
     if (number % options.shards == options.shard || options.shards == 1) checks.push_back(check);
   }
   if (operations.empty()) {

@@ -16,6 +16,7 @@
 
 #include "Checks.h"
 #include "vorn_testing/FakeAssistant.h"
+#include "vorn_testing/Operations.h"
 
 namespace vorn_testing::checks {
 
@@ -94,12 +95,30 @@ void make(Trial& trial, const Round& round) {
   }
 }
 
+/// All adapters, as firmware creates them: what the host sends upward arrives, and what it asks is answered.
+void createAdapters(Host& host) {
+  using namespace VornDeviceAbstractionLayer;
+  VornAlexaState::CreateInstance(host);
+  VornAppMessaging::CreateInstance(host);
+  VornAudioFocus::CreateInstance(host);
+  VornAudioIn::CreateInstance(host);
+  VornCommsManager::CreateInstance(host);
+  VornDeviceCapabilities::CreateInstance(host);
+  VornDeviceInfo::CreateInstance(host);
+  VornEMPAdapterControl::CreateInstance(host);
+  VornGUIOutput::CreateInstance(host);
+  VornLEDController::CreateInstance(host);
+  VornLoggerObserver::CreateInstance(host);
+  VornOOBE::CreateInstance(host);
+  VornStorage::CreateInstance(host);
+}
+
 /// Eight threads for a while: in bursts of a few operations, so that any two of them meet often.
 void together(Trial& trial, const std::vector<const Operation*>& which, milliseconds time) {
   constexpr int kThreads = 8;
   constexpr std::int64_t kBurstMs = 15;
   constexpr std::size_t kFew = 5;
-  trial.host();
+  createAdapters(trial.host());
   std::vector<std::vector<std::vector<Round>>> all;  // by thread and operation
   for (int thread = 0; thread < kThreads; ++thread) {
     all.emplace_back();
@@ -133,6 +152,7 @@ std::vector<const Operation*> everything() {
 }
 
 void anyOrder(Trial& trial) {
+  createAdapters(trial.host());
   const auto all = rounds(everything());
   const auto atLast = Clock::now() + milliseconds(2500);
   int count = 0;
@@ -251,6 +271,7 @@ void day(Trial& trial) {
                                          "open",
                                          "clear"};
   const FakeAssistant assistant;  // what the host tells upward arrives, and may come back down
+  createAdapters(trial.host());
   std::string last;
   for (int turn = 0; turn < 2; ++turn) {
     for (const char* const name : kDay) {
@@ -269,7 +290,6 @@ void day(Trial& trial) {
 
 /// Arguments of all operations are taken back, and then a worker has time to come to one.
 void letsGoLater(Trial& trial) {
-  mallopt(M_MMAP_THRESHOLD, 1024);
   for (const Operation& operation : operations()) {
     for (int which = 0; which < operation.samples(Given::kLent); ++which) {
       const Round round{&operation, operation.prepare(Given::kLent, which)};

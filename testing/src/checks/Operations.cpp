@@ -88,12 +88,14 @@ void end(Value& value, const std::string&) {
   std::destroy_at(&value);
 }
 
-/// A long text has pages of its own, see letsGo(): they stay, and cannot be reached any more, so that nothing else
-/// comes to stand there.
+/// A long text has pages of its own, which the allocator notes before it: they stay, and cannot be reached any more, so
+/// that nothing else comes to stand there.
 void end(std::string& text, const std::string& operation) {
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
   const auto address = reinterpret_cast<std::uintptr_t>(text.data());
-  if (text.size() < 1024 || address % page != 2 * sizeof(std::size_t)) {
+  constexpr std::size_t kMapped = 2;
+  if (text.size() < kOwnPages || address % page != 2 * sizeof(std::size_t) ||
+      !(reinterpret_cast<const std::size_t*>(text.data())[-1] & kMapped)) {
     std::destroy_at(&text);
     return;
   }

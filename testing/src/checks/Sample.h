@@ -1,12 +1,16 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
 #include "Spelling.h"
 
 namespace vorn_testing::checks {
+
+/// A text of so many bytes gets pages of its own from the allocator.
+constexpr std::size_t kOwnPages = 300000;
 
 /// What kind of arguments an operation is given.
 enum class Given {
@@ -56,7 +60,7 @@ struct Sample<std::string> {
       case Given::kHostile:
         return kHostile[which % 6];
       case Given::kLent:
-        return which % 2 ? "Vorn Conform  " : "L" + std::string(2000, 'l');
+        return which % 2 ? "Vorn Conform  " : "L" + std::string(kOwnPages, 'l');
       case Given::kLoad:
         return std::string(std::size_t{3} << (which % 6 * 2), static_cast<char>('a' + which % 26));
       case Given::kCut: {
