@@ -60,6 +60,7 @@ std::string spelled(bool value) { return value ? "true" : "false"; }
 std::string spelled(double value) {
   char digits[32];
   std::snprintf(digits, sizeof digits, "%.17g", value);
+  for (char& c : digits) c = c == ',' ? '.' : c;  // a host may have set a locale
   return digits;
 }
 

@@ -136,6 +136,17 @@ void onCrash(int signal, siginfo_t* info, void*) {
       Dl_info where;
       if (dladdr(frames[i], &where) == 0) continue;
       append(g_report->stack, length, where.dli_sname ? where.dli_sname : where.dli_fname);
+      if (!where.dli_sname) {
+        // For addr2line: the place in that file.
+        const auto offset =
+            reinterpret_cast<std::uintptr_t>(frames[i]) - reinterpret_cast<std::uintptr_t>(where.dli_fbase);
+        char digits[2] = {};
+        append(g_report->stack, length, "+0x");
+        for (int shift = 28; shift >= 0; shift -= 4) {
+          digits[0] = "0123456789abcdef"[(offset >> shift) & 0xf];
+          append(g_report->stack, length, digits);
+        }
+      }
       append(g_report->stack, length, "\n");
     }
   }

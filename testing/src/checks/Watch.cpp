@@ -138,12 +138,17 @@ std::string callOf(const Report& report, pid_t thread) {
   return "a thread of the host";
 }
 
+constexpr char kCircle[] = "threads wait for each other: ";
+
 /// How threads wait for each other, in words.
 std::string told(const Report& report, const std::vector<pid_t>& threads) {
   if (threads.size() == 1) return "waits for a mutex that its own thread holds";
-  std::string words = "waits for a mutex that its own thread holds, or for a thread that waits for it: ";
+  std::string words = kCircle;
   for (std::size_t i = 0; i < threads.size(); ++i)
-    words += (i ? ", which waits for " : "") + callOf(report, threads[i]);
+    words += (i ? ", which waits for " : "") + callOf(report, threads[i]) +
+             (i ? "" : " waits for a mutex or thread of");
+  const std::size_t first = words.find(" of, which waits for ");
+  if (first != std::string::npos) words.replace(first, 21, " of ");
   return words + ", which waits for the first";
 }
 
@@ -287,7 +292,8 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
   if (who.empty()) who = report.ended ? "the host, after the check," : "the host, outside of any call,";
   verdict.hung = report.watched && !reason.empty();
   verdict.kind = HostVerdict::kBroken;
-  verdict.detail = who + " ";
+  const bool circular = reason.compare(0, sizeof kCircle - 1, kCircle) == 0;
+  verdict.detail = circular ? "" : who + " ";
   if (!report.watched)
     verdict.detail += "ended the process that watches it";
   else
