@@ -116,8 +116,8 @@ void createAdapters(Host& host) {
 /// Eight threads for a while: in bursts of a few operations, so that any two of them meet often.
 void together(Trial& trial, const std::vector<const Operation*>& which, milliseconds time) {
   constexpr int kThreads = 8;
-  constexpr std::int64_t kBurstMs = 15;
-  constexpr std::size_t kFew = 5;
+  constexpr std::int64_t kBurstMs = 20;
+  constexpr std::size_t kFew = 8;
   createAdapters(trial.host());
   std::vector<std::vector<std::vector<Round>>> all;  // by thread and operation
   for (int thread = 0; thread < kThreads; ++thread) {
@@ -436,7 +436,7 @@ void addHostChecks(Checks& checks) {
                     "What " + group.first +
                         " calls may overlap: locked operations with unlocked ones, unlocked ones with all.",
                     kGuard, [which = group.second](Trial& trial) {
-                      together(trial, which, milliseconds(100 + 30 * static_cast<int>(which.size())));
+                      together(trial, which, milliseconds(200 + 40 * static_cast<int>(which.size())));
                     }));
   }
   checks.push_back(checkOfHost("together", "Operations of different adapters may overlap, also locked ones.",
