@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Adapters.h"
-#include "device/parts/Player.h"
+#include "device/sound/Player.h"
 
 namespace vorn_speaker {
 

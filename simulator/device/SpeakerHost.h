@@ -11,9 +11,9 @@
 #include "device/parts/DeviceFile.h"
 #include "device/parts/DeviceState.h"
 #include "device/parts/Display.h"
-#include "device/parts/Microphone.h"
 #include "device/parts/Playlist.h"
 #include "device/parts/Store.h"
+#include "device/sound/Microphone.h"
 
 namespace vorn_speaker {
 

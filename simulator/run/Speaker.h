@@ -22,8 +22,8 @@
 #include "device/Adapters.h"
 #include "device/Attachments.h"
 #include "device/SpeakerHost.h"
-#include "device/parts/Microphone.h"
-#include "device/parts/Sink.h"
+#include "device/sound/Microphone.h"
+#include "device/sound/Sink.h"
 #include "language/Scenario.h"
 
 namespace vorn_speaker {

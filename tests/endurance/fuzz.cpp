@@ -12,7 +12,7 @@
 #include <string>
 
 #include "device/parts/DeviceFile.h"
-#include "device/parts/Sound.h"
+#include "device/sound/Sound.h"
 #include "language/Scenario.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "device/parts/Microphone.h"
-#include "device/parts/Player.h"
+#include "device/sound/Microphone.h"
+#include "device/sound/Player.h"
 
 namespace {
 

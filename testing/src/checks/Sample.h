@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "Spelling.h"
+#include "../text/Spelling.h"
 
 namespace vorn_testing::checks {
 

@@ -22,9 +22,9 @@
 #include <typeinfo>
 #include <vector>
 
-#include "../Stack.h"
+#include "../doctor/Stack.h"
+#include "../text/Spelling.h"
 #include "Operations.h"
-#include "Spelling.h"
 
 namespace vorn_testing::checks {
 

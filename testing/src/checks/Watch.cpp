@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "../Stack.h"
+#include "../doctor/Stack.h"
 #include "Operations.h"
 #include "Trial.h"
 
