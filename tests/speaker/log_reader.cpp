@@ -43,14 +43,17 @@ TEST(TraceLine, MasksATokenToItsVeryEnd) {
   EXPECT_NE(TraceLine::masked(kLogin).find("accessToken: ********, userName: me"), std::string::npos);
 }
 
-/// Runs the program on a trace of its own and keeps what it says.
+/// Runs the program on a trace of its own and keeps what it says. In clear: lines that are not the library's are masked
+/// whole, and serve here to look at everything else.
 class LogReader : public testing::Test {
  protected:
   void SetUp() override {
     for (const char* file : {"/tmp/trace", "/tmp/trace.old"}) std::filesystem::remove_all(file);
   }
 
-  std::string run(const std::string& options) { return shell(VORN_LOG_PROGRAM " " + options + " 2>&1"); }
+  std::string run(const std::string& options) {
+    return shell(VORN_LOG_PROGRAM " --secrets " + options + " 2>&1");
+  }
 
   std::string shell(const std::string& command) {
     std::string output;
@@ -105,6 +108,12 @@ TEST_F(LogReader, TakesOneClassForEachOptionAndThenTheFile) {
   write("not ours");
   const std::string output = run("-a VornAppMessaging -a '?' /tmp/trace");
   EXPECT_EQ(output, "VornAppMessaging.SendMessageToxApp  receiveAppMessage(a,b,c,)\n?  not ours\n");
+}
+
+TEST_F(LogReader, MasksUnlessAskedOtherwise) {
+  write(kLogin);
+  EXPECT_FALSE(has(shell(VORN_LOG_PROGRAM + std::string(" /tmp/trace")), "secret"));
+  EXPECT_TRUE(has(run("/tmp/trace"), "accessToken: secret"));
 }
 
 TEST_F(LogReader, ShowsTheLinesThatHoldATextOnly) {
@@ -190,7 +199,8 @@ TEST_F(LogReader, KeepsTheFirstMegabyteOfALineWithoutEnd) {
 TEST_F(LogReader, HoldsNoMoreThanItShows) {
   std::filesystem::resize_file((writeRaw(" Time: a"), "/tmp/trace"), 64 << 20);
   // More than the limit allows: a reader that keeps all of it cannot end well.
-  const std::string output = shell("ulimit -v 60000; " VORN_LOG_PROGRAM " /tmp/trace 2>&1 | tail -n 2");
+  const std::string output =
+      shell("ulimit -v 60000; " VORN_LOG_PROGRAM " --secrets /tmp/trace 2>&1 | tail -n 2");
   EXPECT_TRUE(has(output, "bytes more, left out\n    the line has no end"));
 }
 
@@ -203,7 +213,7 @@ TEST_F(LogReader, ColoursOnlyWhenAskedAndNeverIntoAFile) {
 
 TEST_F(LogReader, ColoursATerminalUnlessToldNotTo) {
   write("plain");
-  const std::string onTerminal = "script -qec '" VORN_LOG_PROGRAM " /tmp/trace' /dev/null";
+  const std::string onTerminal = "script -qec '" VORN_LOG_PROGRAM " --secrets /tmp/trace' /dev/null";
   EXPECT_TRUE(has(shell(onTerminal), "\x1b[1m?"));
   EXPECT_FALSE(has(shell("NO_COLOR=1 " + onTerminal), "\x1b[1m"));
 }
@@ -211,7 +221,7 @@ TEST_F(LogReader, ColoursATerminalUnlessToldNotTo) {
 TEST_F(LogReader, SaysWhenItsOutputIsLost) {
   write("plain");
   for (const char* output : {">/dev/full", ">&-"}) {
-    EXPECT_TRUE(has(shell(std::string(VORN_LOG_PROGRAM " /tmp/trace 2>&1 ") + output),
+    EXPECT_TRUE(has(shell(std::string(VORN_LOG_PROGRAM " --secrets /tmp/trace 2>&1 ") + output),
                     "vorn-log: standard output could not be written"));
     EXPECT_EQ(m_status, 1) << output;
   }
@@ -219,7 +229,7 @@ TEST_F(LogReader, SaysWhenItsOutputIsLost) {
 
 TEST_F(LogReader, MayStartWithEveryStandardFileClosed) {
   write("plain");
-  shell(VORN_LOG_PROGRAM " /tmp/trace <&- >&- 2>&-");
+  shell(VORN_LOG_PROGRAM " --secrets /tmp/trace <&- >&- 2>&-");
   EXPECT_EQ(m_status, 1);
 }
 
@@ -231,7 +241,7 @@ TEST_F(LogReader, HelpsAndTellsItsVersion) {
 
 TEST_F(LogReader, ReadsAPipeAndDoesNotWaitForAWriterThatIsNotThere) {
   write("plain");
-  EXPECT_EQ(shell("cat /tmp/trace | " VORN_LOG_PROGRAM " /dev/stdin"), "?  plain\n");
+  EXPECT_EQ(shell("cat /tmp/trace | " VORN_LOG_PROGRAM " --secrets /dev/stdin"), "?  plain\n");
   ASSERT_EQ(mkfifo("/tmp/trace.old", 0600), 0);
   EXPECT_EQ(run("/tmp/trace.old"), "");
   EXPECT_EQ(m_status, 0);
@@ -250,7 +260,8 @@ class Following : public LogReader {
       dup2(ends[1], STDERR_FILENO);
       close(ends[0]);
       close(ends[1]);
-      execl("/bin/sh", "sh", "-c", ("exec " VORN_LOG_PROGRAM " -f " + options + " /tmp/trace").c_str(),
+      execl("/bin/sh", "sh", "-c",
+            ("exec " VORN_LOG_PROGRAM " --secrets -f " + options + " /tmp/trace").c_str(),
             static_cast<char*>(nullptr));
       _exit(127);
     }

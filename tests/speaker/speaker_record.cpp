@@ -116,8 +116,8 @@ TEST_F(Recordings, ThatCannotBeReadAreNamedWithTheLine) {
 
 TEST_F(Recordings, LeaveTheScenarioAlone) {
   const std::string scenario = file("mine.scenario", "assistant VornDeviceInfo.getVolume\n");
-  EXPECT_TRUE(
-      has(run("record " + scenario + " --scenario " + scenario), "is there already and is no recording"));
+  EXPECT_TRUE(has(run("record " + scenario + " --scenario " + scenario),
+                  "is the scenario, and the recording would replace it"));
   EXPECT_EQ(m_status, 2);
   EXPECT_EQ(content(scenario), "assistant VornDeviceInfo.getVolume\n");
 }
