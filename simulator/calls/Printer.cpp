@@ -13,8 +13,9 @@ namespace {
 constexpr int kAdapterWidth = 26;
 constexpr int kThreadWidth = 10;
 
+/// Whether two blocks belong to one stream.
 bool same(const Crossing& left, const Crossing& right) {
-  return left.thread == right.thread && left.target == right.target && left.slot == right.slot;
+  return left.thread == right.thread && left.target == right.target;
 }
 
 std::string answer(const Crossing& crossing) {

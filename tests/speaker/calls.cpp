@@ -189,6 +189,20 @@ TEST_F(Calls, AreCountedWhenTheyAreBlocksOfOneStream) {
             "  down  assistant   VornDeviceInfo              getVolume() = 30\n");
 }
 
+TEST_F(Calls, AreCountedForEachStreamByItself) {
+  std::vector<short> samples(160);
+  const auto send = [&](const char* target, const char* operation, int slot, const auto& argument) {
+    recorder->run(makeCall(target, operation, slot, this, argument), [] {});
+  };
+  send("AudioIn", "sendAudioData", 11, samples);
+  send("AudioIn", "sendAudioData", 11, samples);
+  send("VornAttachmentReaderContainerInterfaceImpl", "sendData", 1, std::string("9 bytes"));
+  EXPECT_EQ(out.str(),
+            "  up    assistant   VornAudioIn                 sendAudioData([160 samples])\n"
+            "  up    assistant   VornAudioIn                 ... 1 more of sendAudioData\n"
+            "  up    assistant   VornAttachmentReaderContainerInterfaceImpl  sendData(9 bytes)\n");
+}
+
 TEST_F(Calls, ArePrintedWithoutSteeringTheTerminal) {
   called("alexaStateChanged", 3, 0, std::string("\x1b[2J\nup"));
   EXPECT_NE(out.str().find("alexaStateChanged(\\x1b[2J\\nup) = 0\n"), std::string::npos) << out.str();
