@@ -72,12 +72,12 @@ WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
   const bool exists = ::stat(m_target.c_str(), &there) == 0;
   int descriptor = -1;
   if (exists && S_ISREG(there.st_mode)) {
-    m_aside = m_target + ".XXXXXX";
-    descriptor = ::mkostemp(&m_aside[0], O_CLOEXEC);
-    if (descriptor < 0) m_aside.clear();
+    m_made = m_target + ".XXXXXX";
+    descriptor = ::mkostemp(&m_made[0], O_CLOEXEC);
   } else {
     const int flags = O_WRONLY | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL);
     descriptor = ::open(m_target.c_str(), flags, S_IRUSR | S_IWUSR);
+    if (!exists) m_made = m_target;
   }
   if (descriptor < 0) fail(errno);
   m_bytes = std::make_unique<Bytes>(descriptor);
@@ -86,13 +86,15 @@ WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
 }
 
 WholeFile::~WholeFile() {
-  if (!m_aside.empty()) ::unlink(m_aside.c_str());
+  if (!m_made.empty()) ::unlink(m_made.c_str());
 }
 
 void WholeFile::finish() {
+  const bool aside = m_made != m_target;
+  if (!aside) m_made.clear();  // What could be written of a new file is kept.
   if (!m_bytes->close()) fail(m_bytes->error());
-  if (!m_aside.empty() && ::rename(m_aside.c_str(), m_target.c_str()) != 0) fail(errno);
-  m_aside.clear();
+  if (aside && !m_made.empty() && ::rename(m_made.c_str(), m_target.c_str()) != 0) fail(errno);
+  m_made.clear();
 }
 
 void WholeFile::fail(int error) const {

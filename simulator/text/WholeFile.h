@@ -20,7 +20,7 @@ class WholeFile {
   /// @throws NotWritten
   explicit WholeFile(const std::string& path);
 
-  /// Removes what was written aside and never finished.
+  /// Removes what it made and never finished.
   ~WholeFile();
 
   WholeFile(const WholeFile&) = delete;
@@ -38,7 +38,7 @@ class WholeFile {
 
   const std::string m_path;
   std::string m_target;  ///< Behind links.
-  std::string m_aside;   ///< Empty when nothing is replaced.
+  std::string m_made;    ///< Aside, where another is replaced; empty when nothing had to be made.
   std::unique_ptr<Bytes> m_bytes;
   std::unique_ptr<std::ostream> m_stream;
 };

@@ -339,6 +339,13 @@ TEST_F(Recordings, LeaveNothingBehindWhenTheyAreGivenUp) {
   EXPECT_EQ(content(), kHeader + line());
 }
 
+TEST_F(Recordings, AreNotLeftWhereNothingWasAndNothingWasRecorded) {
+  { Recording recording(path); }
+  EXPECT_FALSE(std::filesystem::exists(path));
+  Recording(path).finish();
+  EXPECT_EQ(content(), kHeader);
+}
+
 TEST_F(Recordings, ReplaceNoOtherFile) {
   for (const std::string text : {"section mine\n", "x", "{\"recording\":\"vorn-speaker\",\"version\":2}\n"}) {
     file(text);
