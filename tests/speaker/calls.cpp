@@ -466,6 +466,17 @@ TEST_F(Recordings, AreRefusedHoweverDeepTheyAre) {
             path + ":2: expected a line of a recording; the field result: expected a text, found an array");
 }
 
+TEST_F(Recordings, AreReportedWithTheLeastTheMedianAndTheMost) {
+  std::string text = kHeader;
+  for (const char* time : {"9", "1", "4", "2", "3"}) {
+    std::string call = line("duration", time);
+    text += call.replace(call.find("\"call\":1"), 8, std::string("\"call\":") + time);
+  }
+  std::ostringstream shown;
+  report(Recording::read(file(text)), shown, false);
+  EXPECT_NE(shown.str().find("       5       1       3       9\n"), std::string::npos) << shown.str();
+}
+
 TEST_F(Recordings, AreReportedForPeopleWithoutSecrets) {
   file(
       kHeader + line("call", "2") +

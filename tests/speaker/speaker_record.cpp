@@ -164,6 +164,12 @@ TEST_F(Recordings, AreReportedWhereNothingCanBeWritten) {
   EXPECT_EQ(m_status, 0);
 }
 
+TEST_F(Recordings, ArePlayedWithoutWhatTheHostCalledItself) {
+  std::string text = record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
+  text.replace(text.rfind("\"inside\":0"), 10, "\"inside\":1");
+  EXPECT_TRUE(has(run("replay " + file("inner", text)), "1 calls, all answered as recorded."));
+}
+
 TEST_F(Recordings, DifferWithTheirPlace) {
   std::string text = record("assistant VornDeviceInfo.getVolume\n");
   text.replace(text.find("\"result\":\"30\""), 13, "\"result\":\"31\"");
