@@ -125,23 +125,25 @@ void together(Trial& trial, const std::vector<const Operation*>& which, millisec
     for (const Operation* const operation : which) all.back().push_back(rounds({operation}));
   }
   trial.explain("while other threads were in the host");
-  const auto start = Clock::now();
-  const auto end = start + time, atLast = end + milliseconds(2000);
-  trial.onThreads(
-      kThreads,
-      [&](int thread) {
-        Dice dice(static_cast<std::uint64_t>(thread) + 1);
-        const auto& own = all[static_cast<std::size_t>(thread)];
-        while (Clock::now() < (trial.overlaps() < 200 ? atLast : end)) {
-          const auto burst =
-              std::chrono::duration_cast<milliseconds>(Clock::now() - start).count() / kBurstMs;
-          // The same few for all threads, others in the next burst.
-          const Dice of(static_cast<std::uint64_t>(burst) * kFew + dice(kFew) + 77);
-          const auto& calls = own[Dice(of)(own.size())];
-          make(trial, calls[dice(calls.size())]);
-        }
-      },
-      true);
+  for (const bool disturbed : {false, true}) {
+    const auto start = Clock::now();
+    const auto end = start + time / 2, atLast = end + milliseconds(2000);
+    trial.onThreads(
+        kThreads,
+        [&](int thread) {
+          Dice dice(static_cast<std::uint64_t>(thread) + 1);
+          const auto& own = all[static_cast<std::size_t>(thread)];
+          while (Clock::now() < (trial.overlaps() < 200 ? atLast : end)) {
+            const auto burst =
+                std::chrono::duration_cast<milliseconds>(Clock::now() - start).count() / kBurstMs;
+            // The same few for all threads, others in the next burst.
+            const Dice of(static_cast<std::uint64_t>(burst) * kFew + dice(kFew) + 77);
+            const auto& calls = own[Dice(of)(own.size())];
+            make(trial, calls[dice(calls.size())]);
+          }
+        },
+        disturbed);
+  }
   trial.addLoad();
 }
 

@@ -323,6 +323,35 @@ void readsOnAnyThread(Trial& trial) {
   for (int i = 0; i < 2; ++i) trial.onThreads(1, [&](int) { store.expect(key("a"), "1"); });
 }
 
+/// Read by three threads while one writes and removes: never anything but a value that was written.
+void readsWhileWritten(Trial& trial) {
+  const Store store(trial);
+  const Texts values = {std::string(40, 'x'), std::string(400, 'y'), "z"};
+  store.presume({{key("busy"), values[0]}});
+  std::atomic<bool> over{false};
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+  trial.onThreads(
+      4,
+      [&](int thread) {
+        const AtEnd end([&] { over = true; });
+        for (std::size_t i = 0; i < 5000 && !over && std::chrono::steady_clock::now() < enough; ++i) {
+          if (thread == 0) {
+            store.write(
+                {{key("busy"), values[i % values.size()]}, {key("busy " + std::to_string(i % 40)), "1"}});
+            if (i % 3 == 0) store.remove({key("busy"), key("busy " + std::to_string(i % 40))});
+            continue;
+          }
+          const Entries found = store.read(key("busy"));
+          const auto entry = found.find(key("busy"));
+          if (entry != found.end() && !entry->second.empty() &&
+              std::find(values.begin(), values.end(), entry->second) == values.end())
+            trial.broken("readKeyValue() answered " + spelled(entry->second) +
+                         ", which nobody wrote, while writeKeyValue() was on its way");
+        }
+      },
+      true);
+}
+
 // ---- writeKeyValue ----
 
 void replaces(Trial& trial) {
@@ -512,6 +541,9 @@ void addStoreChecks(Checks& checks) {
       "Compare keys byte by byte: no folding of case, no trimming, no patterns.", keysApart);
   add(kRead, "any-thread", "What one thread wrote every other reads.",
       "Keep the store by host, not by thread.", readsOnAnyThread);
+
+  add(kRead, "while-written", "What is read while others write and remove is what somebody wrote.",
+      "Guard the store with one mutex, readKeyValue() included.", readsWhileWritten);
 
   add(kWrite, "replaces", "Writing a key that exists replaces its value.", "Assign instead of inserting.",
       replaces);

@@ -26,6 +26,19 @@
 #include "../text/Spelling.h"
 #include "Operations.h"
 
+// A sanitizer has plans of its own for the signal of a single step.
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
+#define VORN_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#define VORN_SANITIZED
+#endif
+#if defined(__x86_64__) && !defined(VORN_SANITIZED)
+#define VORN_STEPS
+#endif
+
 namespace vorn_testing::checks {
 
 namespace {
@@ -56,7 +69,7 @@ void holdUpNow() {
 /// From here on this thread is stopped after every instruction, until the steps are done: so it is held up at places
 /// that are a few instructions wide. Elsewhere than on x86-64 signals of another thread do, more roughly.
 void beginSteps() {
-#if defined(__x86_64__)
+#if defined(VORN_STEPS)
   if (!t_disturbed || roll() % 5 != 0) return;
   t_steps = static_cast<long>(30U << (roll() % 5));
   t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
@@ -159,7 +172,7 @@ void onDisturbed(int) {
   if (t_call) holdUpNow();
 }
 
-#if defined(__x86_64__)
+#if defined(VORN_STEPS)
 void onStep(int signal, siginfo_t* info, void* context) {
   if (info->si_code != TRAP_TRACE) return onCrash(signal, info, context);
   auto& flags = static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL];
@@ -264,7 +277,7 @@ void Trial::onThreads(int count, const std::function<void(int)>& act, bool distu
     action.sa_handler = onDisturbed;
     action.sa_flags = SA_RESTART;
     sigaction(disturbance(), &action, nullptr);
-#if defined(__x86_64__)
+#if defined(VORN_STEPS)
     action.sa_sigaction = onStep;
     action.sa_flags = SA_RESTART | SA_SIGINFO;
     sigaction(SIGTRAP, &action, nullptr);

@@ -244,6 +244,9 @@ struct GoodStateless : vorn_testing::NullHost {
   std::string getConfigData(std::string key) override {
     return "no " + std::string(key.size() < 9 ? "short" : "long") + " key";
   }
+  Result onSetVolume(int) override { return {false, "no volume"}; }
+  Result onAdjustVolume(int) override { return {false, "no volume"}; }
+  Result onMute(bool) override { return {false, "no volume"}; }
   VornEMPAdapterIF* getEMPAdapter() override {
     thread_local Player player;
     return &player;
