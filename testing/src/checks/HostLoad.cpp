@@ -11,6 +11,8 @@
 #include <clocale>
 #include <csignal>
 #include <map>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -172,119 +174,55 @@ void anyOrder(Trial& trial) {
   trial.saw(std::to_string(count) + " calls");
 }
 
-/// What a device sees on a day, in its order; twice, since nothing keeps a user from it.
+// What has an order of its own on a device's day; every other operation comes between the two.
+constexpr char kFirst[] =
+    "open readKeyValue getDeviceInformation getConfigData getTimezone getDeviceLocale "
+    "changeAlexaLocale getDeviceLocale updateInternetConnectionStatus sendCBLInfo "
+    "alexaAuthStatusChanged writeKeyValue notifyMainAppInitialized setAlexaHandsFreeState "
+    "alexaStateChanged isMicrophoneAvailable startStreamingAudioData dialogUXStateChanged "
+    "notifyAlexaInvocationDetected requestAudioFocus setAnimation stopStreamingAudioData "
+    "releaseAudioFocus login launchAndPlay getPlaybackState pause getPlaybackState resume "
+    "nextTrack previousTrack restartCurrentTrack skipForward setShuffleOn setRepeatAll "
+    "setRepeatOne setRepeatNone setShuffleOff stop resume stop logout nextTrack resume pause "
+    "stop onChangePlaybackPlay onChangePlaybackPause onChangePlaybackPlay "
+    "onChangePlaybackFastForward onChangePlaybackRewind onChangePlaybackNext "
+    "onChangePlaybackPrevious onChangePlaybackStartOver onChangePlaybackStop "
+    "onChangePlaybackPause onStartRecording onStartRecording onStopRecording onStopRecording "
+    "onSetVolume onAdjustVolume onMute onMute getVolume getMuteStatus";
+constexpr char kLast[] =
+    "renderGUICard renderGUICard clearGUICard clearGUICard onCommsStateChanged sendAppMessage "
+    "onLogEmitted removeKeyValue requestAudioFocus requestAudioFocus releaseAudioFocus "
+    "releaseAudioFocus startStreamingAudioData startStreamingAudioData stopStreamingAudioData "
+    "stopStreamingAudioData open clear";
+
+/// What a device sees on a day, in its order.
+std::vector<const Operation*> wholeDay() {
+  std::vector<const Operation*> all;
+  const auto add = [&](const std::string& name) {
+    for (const Operation& operation : operations())
+      if (operation.name == name) all.push_back(&operation);
+  };
+  std::istringstream first(kFirst), last(kLast);
+  for (std::string name; first >> name;) add(name);
+  const std::string ordered = std::string(" ") + kFirst + " " + kLast + " ";
+  for (const Operation& operation : operations())
+    if (ordered.find(" " + operation.name + " ") == std::string::npos) all.push_back(&operation);
+  for (std::string name; last >> name;) add(name);
+  return all;
+}
+
+/// The day, twice: nothing keeps a user from it.
 void day(Trial& trial) {
-  const std::vector<const char*> kDay = {"open",
-                                         "readKeyValue",
-                                         "getDeviceInformation",
-                                         "getConfigData",
-                                         "getTimezone",
-                                         "getDeviceLocale",
-                                         "changeAlexaLocale",
-                                         "getDeviceLocale",
-                                         "updateInternetConnectionStatus",
-                                         "sendCBLInfo",
-                                         "alexaAuthStatusChanged",
-                                         "writeKeyValue",
-                                         "notifyMainAppInitialized",
-                                         "setAlexaHandsFreeState",
-                                         "alexaStateChanged",
-                                         "isMicrophoneAvailable",
-                                         "startStreamingAudioData",
-                                         "dialogUXStateChanged",
-                                         "notifyAlexaInvocationDetected",
-                                         "requestAudioFocus",
-                                         "setAnimation",
-                                         "stopStreamingAudioData",
-                                         "releaseAudioFocus",
-                                         "login",
-                                         "launchAndPlay",
-                                         "getPlaybackState",
-                                         "pause",
-                                         "getPlaybackState",
-                                         "resume",
-                                         "nextTrack",
-                                         "previousTrack",
-                                         "restartCurrentTrack",
-                                         "skipForward",
-                                         "setShuffleOn",
-                                         "setRepeatAll",
-                                         "setRepeatOne",
-                                         "setRepeatNone",
-                                         "setShuffleOff",
-                                         "stop",
-                                         "resume",
-                                         "stop",
-                                         "logout",
-                                         "nextTrack",
-                                         "resume",
-                                         "pause",
-                                         "stop",
-                                         "onChangePlaybackPlay",
-                                         "onChangePlaybackPause",
-                                         "onChangePlaybackPlay",
-                                         "onChangePlaybackFastForward",
-                                         "onChangePlaybackRewind",
-                                         "onChangePlaybackNext",
-                                         "onChangePlaybackPrevious",
-                                         "onChangePlaybackStartOver",
-                                         "onChangePlaybackStop",
-                                         "onChangePlaybackPause",
-                                         "onStartRecording",
-                                         "onStartRecording",
-                                         "onStopRecording",
-                                         "onStopRecording",
-                                         "onSetVolume",
-                                         "onAdjustVolume",
-                                         "onMute",
-                                         "onMute",
-                                         "getVolume",
-                                         "getMuteStatus",
-                                         "onSetPowerState",
-                                         "onSearchAndPlay",
-                                         "onSearchAndDisplayResults",
-                                         "onLaunchTarget",
-                                         "onSendKeystroke",
-                                         "onChangeChannel",
-                                         "onSkipChannel",
-                                         "onInputChange",
-                                         "onSetMode",
-                                         "onAdjustMode",
-                                         "onSetRangeValue",
-                                         "onAdjustRangeValue",
-                                         "onSetToggleState",
-                                         "onAdjustSeekPosition",
-                                         "renderGUICard",
-                                         "renderGUICard",
-                                         "clearGUICard",
-                                         "clearGUICard",
-                                         "onCommsStateChanged",
-                                         "sendAppMessage",
-                                         "onLogEmitted",
-                                         "removeKeyValue",
-                                         "requestAudioFocus",
-                                         "requestAudioFocus",
-                                         "releaseAudioFocus",
-                                         "releaseAudioFocus",
-                                         "startStreamingAudioData",
-                                         "startStreamingAudioData",
-                                         "stopStreamingAudioData",
-                                         "stopStreamingAudioData",
-                                         "open",
-                                         "clear"};
   const FakeAssistant assistant;  // what the host tells upward arrives, and may come back down
   createAdapters(trial.host());
   std::string last;
   for (int turn = 0; turn < 2; ++turn) {
-    for (const char* const name : kDay) {
-      for (const Operation& operation : operations()) {
-        if (operation.name != name) continue;
-        for (int which = 0; which < operation.samples(Given::kPlain); ++which) {
-          trial.explain(last.empty() ? "" : "after " + last);
-          const Round round{&operation, operation.prepare(Given::kPlain, which)};
-          make(trial, round);
-          last = round.prepared.shown;
-        }
+    for (const Operation* const operation : wholeDay()) {
+      for (int which = 0; which < operation->samples(Given::kPlain); ++which) {
+        trial.explain(last.empty() ? "" : "after " + last);
+        const Round round{operation, operation->prepare(Given::kPlain, which)};
+        make(trial, round);
+        last = round.prepared.shown;
       }
     }
   }

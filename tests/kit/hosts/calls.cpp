@@ -97,8 +97,8 @@ struct HangsOnHundredth : Device {
 struct ExitsOnStatus : Device {
   void alexaAuthStatusChanged(std::string) override { std::exit(0); }
 };
-struct LeavesOnTarget : Device {
-  Result onLaunchTarget(std::string) override { _exit(0); }
+struct LeavesOnSearch : Device {
+  Result onSearchAndDisplayResults(std::string) override { _exit(0); }
 };
 struct KillsOnKey : Device {
   Result onSendKeystroke(std::string) override {
@@ -140,7 +140,7 @@ VORN_HOST("hang", HangsOnStop, "stopStreamingAudioData")
 VORN_HOST("hang", HangsOnCapabilities, "getVSKCapabilities")
 VORN_PLAYER("hang", WaitsForNoOne, "previousTrack")
 VORN_HOST("ends process", ExitsOnStatus, "alexaAuthStatusChanged")
-VORN_HOST("ends process", LeavesOnTarget, "onLaunchTarget")
+VORN_HOST("ends process", LeavesOnSearch, "onSearchAndDisplayResults")
 VORN_HOST("ends process", KillsOnKey, "onSendKeystroke")
 VORN_HOST("ends process", StopsOnRecord, "onStartRecording")
 VORN_HOST("ends process", EndsThread, "onSetToggleState")
@@ -414,8 +414,8 @@ struct PercentInMessage : Device {
       if (text.find("%s") != std::string::npos) crash();
   }
 };
-struct QuoteInTarget : Device {
-  Result onLaunchTarget(std::string target) override {
+struct QuoteInSearch : Device {
+  Result onSearchAndDisplayResults(std::string target) override {
     return target.find('\'') != std::string::npos ? throw std::runtime_error("near \"'\": syntax error")
                                                   : Result(true, "");
   }
@@ -555,7 +555,7 @@ VORN_HOST("arguments", BufferOfCards, "renderGUICard")
 VORN_HOST("arguments", KeyboardOfAscii, "onSendKeystroke")
 VORN_HOST("arguments", NoNulInState, "dialogUXStateChanged")
 VORN_HOST("arguments", PercentInMessage, "sendAppMessage")
-VORN_HOST("arguments", QuoteInTarget, "onLaunchTarget")
+VORN_HOST("arguments", QuoteInSearch, "onSearchAndDisplayResults")
 VORN_HOST("arguments", PathInCard, "renderGUICard")
 VORN_HOST("arguments", LinesInStatus, "alexaAuthStatusChanged")
 VORN_HOST("arguments", DividesByCount, "onSkipChannel")
@@ -904,7 +904,9 @@ struct LatinWhilePlaying : Player {
   }
 };
 struct EchoCutAt16 : Device {
-  Result onLaunchTarget(std::string target) override { return {false, "no target " + target.substr(0, 16)}; }
+  Result onSearchAndDisplayResults(std::string target) override {
+    return {false, "no target " + target.substr(0, 16)};
+  }
 };
 struct EchoCutAt31 : Device {
   Result onSearchAndPlay(std::string payload) override { return {true, payload.substr(0, 31)}; }
@@ -931,7 +933,7 @@ VORN_HOST("texts", LatinFactName, "getDeviceInformation")
 VORN_HOST("texts", LatinReason, "onChangeChannel")
 VORN_HOST("texts", LatinCapabilities, "getVSKCapabilities")
 VORN_PLAYER("texts", LatinWhilePlaying, "getPlaybackState")
-VORN_HOST("texts", EchoCutAt16, "onLaunchTarget")
+VORN_HOST("texts", EchoCutAt16, "onSearchAndDisplayResults")
 VORN_HOST("texts", EchoCutAt31, "onSearchAndPlay")
 VORN_HOST("texts", EchoCutAt64, "getConfigData")
 VORN_HOST("texts", EchoCutAt255, "onSetToggleState")

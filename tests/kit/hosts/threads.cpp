@@ -152,7 +152,7 @@ struct BusyFlag : Device {
   }
 };
 struct BusyThrows : Device {
-  Result onLaunchTarget(std::string) override {
+  Result onSearchAndDisplayResults(std::string) override {
     const std::unique_lock<std::mutex> lock(mutex, std::try_to_lock);
     if (!lock) throw std::runtime_error("busy");
     for (volatile int i = 0; i < 500;) i = i + 1;
@@ -248,7 +248,7 @@ VORN_HOST("unguarded", PayloadShared, "onChangePlaybackPlay|onChangePlaybackPaus
 VORN_HOST("unguarded", FocusCounter, "requestAudioFocus|releaseAudioFocus")
 VORN_HOST("unguarded", InsideCounter, "onStartRecording")
 VORN_HOST("unguarded", BusyFlag, "onSearchAndPlay")
-VORN_HOST("unguarded", BusyThrows, "onLaunchTarget")
+VORN_HOST("unguarded", BusyThrows, "onSearchAndDisplayResults")
 VORN_HOST("unguarded", OneBuffer, "onSetToggleState")
 VORN_PLAYER("unguarded", PlayersUnguarded, "setShuffleOn")
 VORN_PLAYER("unguarded", PlaybackText, "resume|pause|getPlaybackState")
