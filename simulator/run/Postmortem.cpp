@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 #include <execinfo.h>
+#include <fcntl.h>
 #include <semaphore.h>
 #include <signal.h>
 #include <sys/syscall.h>
@@ -143,14 +144,26 @@ SignalStack::~SignalStack() {
   sigaltstack(&none, nullptr);
 }
 
+namespace {
+
+void requestEnd(int signal) {
+  const int before = errno;
+  g_ending = signal;
+  const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  if (nothing >= 0) dup2(nothing, STDIN_FILENO);
+  if (nothing > STDIN_FILENO) close(nothing);
+  errno = before;
+}
+
+}  // namespace
+
 void endGently() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before {};
     sigaction(signal, nullptr, &before);
     if (before.sa_handler == SIG_IGN) continue;  // as nohup wants it
-    // Without SA_RESTART: what waits for input is woken.
-    handle(
-        signal, [](int which) { g_ending = which; }, static_cast<int>(SA_RESETHAND));
+    // Without SA_RESTART: what waits for input is woken, and finds its end when it tries again.
+    handle(signal, requestEnd, static_cast<int>(SA_RESETHAND));
   }
 }
 

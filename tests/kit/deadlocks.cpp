@@ -437,8 +437,9 @@ TEST_F(TwoThreads, AreToldWhenMessagesOfBothDirectionsWaitForEachOther) {
   messaging->SendMessageToxApp("question", "", "");
   EXPECT_EQ(down.get() + third.get(), kWithoutEnd == Finding::kLockOrder) << "the first that asked";
   VornAppMessaging::Shutdown();
-  ASSERT_GE(findings.size(), 1U);
-  EXPECT_EQ(findings[0].rule, kWithoutEnd);
+  // A long wait may be told before it is seen to have no end: the third thread may come late.
+  const auto isWithoutEnd = [](const Finding& finding) { return finding.rule == kWithoutEnd; };
+  EXPECT_TRUE(std::any_of(findings.begin(), findings.end(), isWithoutEnd));
 }
 
 struct CallingPlayer : VornDalMediaPlayerInterfaceImpl {

@@ -2,10 +2,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
-#include <locale>
 #include <map>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -41,11 +40,18 @@ inline std::string text(bool value) { return value ? "true" : "false"; }
 inline std::string text(int value) { return std::to_string(value); }
 inline std::string text(std::int64_t value) { return std::to_string(static_cast<long long>(value)); }
 inline std::string text(double value) {
-  std::ostringstream digits;
-  digits.imbue(std::locale::classic());  // A point, whatever locale a host has set.
-  digits.precision(17);
-  digits << value;
-  return digits.str();
+  char digits[64];
+  std::snprintf(digits, sizeof digits, "%.17g", value);
+  std::string line;
+  for (const char* c = digits; *c; ++c) {
+    // A point, whatever a host's locale has in its place, in one byte or more.
+    const bool common = (*c >= '0' && *c <= '9') || (*c >= 'a' && *c <= 'z') || *c == '-' || *c == '+';
+    if (common)
+      line += *c;
+    else if (line.empty() || line[line.size() - 1] != '.')
+      line += '.';
+  }
+  return line;
 }
 inline std::string text(std::chrono::milliseconds value) { return text(value.count()) + "ms"; }
 inline std::string text(const void* value) { return value ? "object" : "null"; }

@@ -3,7 +3,8 @@
 
   try.py BUILD [PATTERN] [TIMES] [whole | sample]   hosts whose kind or name matches PATTERN, each TIMES times
 
-whole asks all checks of every host, not first those of the operation; sample takes one host of each kind.
+whole asks all checks of every host, not first those of the operation; sample takes one host of each kind whose mistakes
+show every time.
 """
 import collections
 import ctypes
@@ -19,6 +20,10 @@ import time
 DEMANDS = ["--setting", "mode=day,night", "--setting", "name=Kitchen,Küche über dem Ärmelkanal",
            "--channel", "One", "--channel", "Zwölf", "--input", "HDMI 1", "--input", "TUNER",
            "--mode", "wash=cold,hot", "--locale", "en-CA", "--locale", "fr-CA", "--bound", "3"]
+
+
+# Threads must meet, or freed memory must be used again: caught in most runs, not in every one.
+BY_CHANCE = ("unguarded", "two mutexes", "lock order", "holds its mutex", "stays locked", "memory")
 
 
 class Row(ctypes.Structure):
@@ -79,7 +84,7 @@ def main():
     for kind, name, operation in hosts(library):
         if not re.search(pattern, kind + "/" + name):
             continue
-        if "sample" in sys.argv[4:] and made[kind]:
+        if "sample" in sys.argv[4:] and (made[kind] or kind in BY_CHANCE):
             continue
         for _ in range(int(times)):
             for only in stages(kind, operation, "whole" in sys.argv[4:]):
@@ -93,6 +98,8 @@ def main():
                 print(f"{'slow ' if right else 'WRONG'} {kind}/{name} ({operation}): status {ended.returncode}, {took:.1f} s", flush=True)
                 if not right:
                     pathlib.Path(f"/tmp/vorn-kit-{name}.txt").write_text(said)
+    if "sample" in sys.argv[4:]:
+        print("left out, since chance has a part in them: " + ", ".join(BY_CHANCE))
     print(f"{'kind':20} hosts caught")
     for kind in made:
         print(f"{kind:20} {made[kind]:5} {caught[kind]:6}")
