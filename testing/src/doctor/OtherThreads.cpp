@@ -66,7 +66,7 @@ bool sleepsWithoutBound(pid_t thread) {
   long call = 0;
   unsigned long operation = 0, bound = 0;  // futex(address, operation, value, time-out, ...)
   if (!file || std::fscanf(file.get(), "%ld %*x %lx %*x %lx", &call, &operation, &bound) != 3) return false;
-  operation &= FUTEX_CMD_MASK;
+  operation &= static_cast<unsigned long>(FUTEX_CMD_MASK);
   return call == SYS_futex && bound == 0 &&
          (operation == FUTEX_WAIT || operation == FUTEX_WAIT_BITSET || operation == FUTEX_LOCK_PI);
 }

@@ -503,8 +503,9 @@ struct NoPlayerWithoutNetwork : Device {
 };
 struct GonePlayer : Device {
   VornEMPAdapterIF* getEMPAdapter() override {
-    std::unique_ptr<Player> gone(new Player);
-    return gone.get();
+    Player* volatile gone = new Player;
+    delete gone;
+    return gone;
   }
 };
 struct PlayerPerCall : Device {
