@@ -388,7 +388,7 @@ void addHostChecks(Checks& checks) {
 
   const char* const kLeak = "Give back what a call took before it returns.";
   checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak,
-                               [](Trial& trial) { leaves(trial, "bytes of memory", memory, 20 * 1024); }));
+                               [](Trial& trial) { leaves(trial, "bytes of memory", memory, 20480); }));
   checks.push_back(checkOfHost("descriptors", "Calls leave no descriptor open.", kLeak, [](Trial& trial) {
     leaves(
         trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);

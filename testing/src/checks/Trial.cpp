@@ -71,7 +71,7 @@ void holdUpNow() {
 void beginSteps() {
 #if defined(VORN_STEPS)
   if (!t_disturbed || roll() % 5 != 0) return;
-  t_steps = static_cast<long>(30U << (roll() % 5));
+  t_steps = 30L << (roll() % 5);
   t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
   asm volatile("lea -128(%%rsp), %%rsp\n\tpushfq\n\torq $0x100, (%%rsp)\n\tpopfq\n\tlea 128(%%rsp), %%rsp" ::
                    : "memory", "cc");
