@@ -399,7 +399,7 @@ struct BufferOfCards : Device {
 };
 struct KeyboardOfAscii : Device {
   Result onSendKeystroke(std::string key) override {
-    if (std::any_of(key.begin(), key.end(), [](char c) { return c < 0; })) crash();
+    if (std::any_of(key.begin(), key.end(), [](unsigned char c) { return c > 0x7f; })) crash();
     return {true, ""};
   }
 };
