@@ -173,7 +173,7 @@ void Speaker::disturb(const Crossing& crossing) {
     if (found == m_disturbances.end()) return;
     disturbance = found->second;
   }
-  std::this_thread::sleep_for(disturbance.delay);
+  std::this_thread::sleep_for(disturbance.delay);  // what the statement asked for
   if (disturbance.failure) throw std::runtime_error(*disturbance.failure);
 }
 

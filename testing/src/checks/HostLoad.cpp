@@ -242,7 +242,7 @@ void letsGoLater(Trial& trial) {
     }
   }
   trial.explain("after every call had returned and its arguments were gone");
-  std::this_thread::sleep_for(milliseconds(700));
+  std::this_thread::sleep_for(milliseconds(700));  // a worker that kept one tells nobody when it looks
   callAll(trial, everything());
 }
 

@@ -73,7 +73,7 @@ void endsUsed(Trial& trial) {
   useAll(trial);
   trial.destroy();
   trial.explain("after the host was destroyed");
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));  // as above
 }
 
 void endsOnAnyThread(Trial& trial) {

@@ -327,7 +327,7 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
   int status = 0;
   bool cut = false;
   if (after.count() > 0) {
-    std::this_thread::sleep_for(after);
+    std::this_thread::sleep_for(after);  // a random moment is what is wanted
     cut = waitpid(child, &status, WNOHANG) == 0;
     if (cut) kill(child, SIGKILL);
   }
