@@ -44,8 +44,9 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
 endif()
 target_compile_definitions(VornHardening INTERFACE _GLIBCXX_ASSERTIONS)
 if(NOT VORN_SANITIZED)
+  set(optimised "$<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>")
   target_compile_options(VornHardening INTERFACE
-    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+    $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
 endif()
 target_link_options(VornHardening INTERFACE
   LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed LINKER:--build-id=sha1)
