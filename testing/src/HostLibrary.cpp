@@ -20,11 +20,17 @@ void find(Function*& function, void* library, const std::string& path, const cha
   function = reinterpret_cast<Function*>(symbol);
 }
 
+// An initialiser that throws ends the process, whatever the compiler: the loader is no place to leave by an exception.
+// Through a pointer, since dlopen() is declared as if none could come.
+void* opened(const std::string& path) noexcept {
+  void* (*const volatile open)(const char*, int) = dlopen;
+  return open((path.find('/') == std::string::npos ? "./" + path : path).c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
 }  // namespace
 
 HostLibrary::HostLibrary(const std::string& path) {
-  void* const library =
-      dlopen((path.find('/') == std::string::npos ? "./" + path : path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* const library = opened(path);
   if (!library)
     throw std::runtime_error(path + " cannot be loaded: " + dlerror() +
                              "\nWhat it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.");
