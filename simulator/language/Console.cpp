@@ -108,9 +108,11 @@ Console::Console(Stage& stage, std::string historyFile, bool secrets)
 
 bool Console::run(bool terminal, std::istream& in) {
   if (!terminal) {
-    const std::string text{std::istreambuf_iterator<char>(in), {}};
-    for (const std::string& line : lines(text)) {
-      if (!play(line)) break;
+    // Each as soon as it is there: another program may wait for the answer before it goes on.
+    for (std::string typed; std::getline(in, typed);) {
+      for (const std::string& line : lines(typed)) {
+        if (!play(line)) return m_good;
+      }
     }
     return m_good;
   }

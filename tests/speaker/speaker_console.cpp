@@ -1,5 +1,6 @@
 // The console of vorn-speaker, from a file and at a terminal.
 
+#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
@@ -77,32 +78,28 @@ TEST_F(Console, EndsAtQuit) {
   EXPECT_FALSE(has(type("quit\nassistant VornDeviceInfo.getVolume\n"), "getVolume()"));
 }
 
-/// At a terminal: what is typed, and what the screen shows.
-class Terminal : public SpeakerProgram {
+/// The console while it waits for more: what is typed, and what it has shown.
+class Session : public SpeakerProgram {
  protected:
-  void SetUp() override {
-    SpeakerProgram::SetUp();
-    m_child = forkpty(&m_terminal, nullptr, nullptr, nullptr);
-    ASSERT_GE(m_child, 0);
-    if (m_child == 0) {
-      setenv("TERM", "dumb", 1);
-      const std::string command =
-          std::string("exec " VORN_SPEAKER_PROGRAM " --state ") + kFolder + " console";
-      execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
-      _exit(127);
+  void TearDown() override {
+    for (const int end : {m_typed, m_shown}) {
+      if (end >= 0) close(end);
     }
-    ASSERT_TRUE(shows("speaker> "));
   }
 
-  void TearDown() override {
-    if (m_terminal >= 0) close(m_terminal);
+  /// What the child does.
+  [[noreturn]] static void console() {
+    const std::string command =
+        std::string("exec " VORN_SPEAKER_PROGRAM " --state ") + kFolder + " console 2>&1";
+    execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
   }
 
   void type(const std::string& keys) {
-    ASSERT_EQ(write(m_terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    ASSERT_EQ(write(m_typed, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
   }
 
-  /// Waits until the screen shows the text after what it showed before; a minute at most.
+  /// Waits until the text was shown after what was shown before; a minute at most.
   testing::AssertionResult shows(const std::string& text) {
     for (;;) {
       const std::size_t found = m_screen.find(text);
@@ -110,9 +107,9 @@ class Terminal : public SpeakerProgram {
         m_screen.erase(0, found + text.size());
         return testing::AssertionSuccess();
       }
-      pollfd ready{m_terminal, POLLIN, 0};
+      pollfd ready{m_shown, POLLIN, 0};
       char part[512];
-      const ssize_t count = poll(&ready, 1, 60000) == 1 ? read(m_terminal, part, sizeof part) : 0;
+      const ssize_t count = poll(&ready, 1, 60000) == 1 ? read(m_shown, part, sizeof part) : 0;
       if (count <= 0) return testing::AssertionFailure() << "no \"" << text << "\" in\n" << m_screen;
       m_screen.append(part, static_cast<std::size_t>(count));
     }
@@ -125,9 +122,64 @@ class Terminal : public SpeakerProgram {
     return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
   }
 
-  int m_terminal = -1;
+  int m_typed = -1;
+  int m_shown = -1;
   pid_t m_child = -1;
   std::string m_screen;
+};
+
+/// Another program types, and reads the answers.
+class Piped : public Session {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    int in[2], out[2];
+    ASSERT_EQ(pipe2(in, O_CLOEXEC) | pipe2(out, O_CLOEXEC), 0);
+    m_child = fork();
+    if (m_child == 0) {
+      dup2(in[0], STDIN_FILENO);
+      dup2(out[1], STDOUT_FILENO);
+      console();
+    }
+    close(in[0]);
+    close(out[1]);
+    m_typed = in[1];
+    m_shown = out[0];
+  }
+};
+
+TEST_F(Piped, IsAnsweredLineByLine) {
+  type("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_TRUE(shows("getVolume() = 30\n"));
+  type("expect 31\n");
+  EXPECT_TRUE(shows("expected the result 31, saw 30\n"));
+  EXPECT_EQ(quit(), 1);
+}
+
+TEST_F(Piped, EndsLinesByEveryKindOfEnd) {
+  type(
+      "\xef\xbb\xbf"
+      "section a\rsection b\r\nhelp getVolume\n");
+  EXPECT_TRUE(shows("a\n"));
+  EXPECT_TRUE(shows("b\n"));
+  EXPECT_TRUE(shows("assistant VornDeviceInfo.getVolume\n"));
+  EXPECT_EQ(quit(), 0);
+}
+
+/// A person at a terminal.
+class Terminal : public Session {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    m_child = forkpty(&m_typed, nullptr, nullptr, nullptr);
+    ASSERT_GE(m_child, 0);
+    if (m_child == 0) {
+      setenv("TERM", "dumb", 1);
+      console();
+    }
+    m_shown = dup(m_typed);
+    ASSERT_TRUE(shows("speaker> "));
+  }
 };
 
 TEST_F(Terminal, CompletesStatementsAndOperations) {
