@@ -1,8 +1,10 @@
 #include "Operations.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <optional>
+#include <set>
 
 #include "text/Secrets.h"
 #include "text/Spelling.h"
@@ -133,10 +135,13 @@ std::string nearest(const std::string& word, const std::vector<std::string>& nam
 }
 
 const Operation* operationNamed(const std::string& name) {
-  for (const Operation& operation : operations()) {
-    if (operation.fullName() == name) return &operation;
-  }
-  return nullptr;
+  static const std::map<std::string, const Operation*> all = [] {
+    std::map<std::string, const Operation*> named;
+    for (const Operation& operation : operations()) named.emplace(operation.fullName(), &operation);
+    return named;
+  }();
+  const auto found = all.find(name);
+  return found == all.end() ? nullptr : found->second;
 }
 
 void checkArguments(const Token& name, const std::vector<Token>& arguments, std::size_t end) {
@@ -186,15 +191,21 @@ std::string maskedStatement(const std::string& line) {
 
 bool mayHoldSecret(const std::string& line) {
   if (isSecretText(line)) return true;
+  static const std::set<std::string> telling = [] {
+    std::set<std::string> names;
+    for (const Operation& operation : operations()) {
+      if (takesSecret(operation)) names.insert(operation.name);
+    }
+    return names;
+  }();
   std::string word;
   for (const char c : line + " ") {
     const bool inside = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
     if (inside) word += c;
     if (inside || c == '_' || c == '-') continue;
-    for (const Operation& operation : operations()) {
-      const std::size_t limit = tolerance(operation.name);
-      if (!word.empty() && takesSecret(operation) && distanceBelow(limit + 1, word, operation.name) <= limit)
-        return true;
+    for (const std::string& name : telling) {
+      const std::size_t limit = tolerance(name);
+      if (!word.empty() && distanceBelow(limit + 1, word, name) <= limit) return true;
     }
     word.clear();
   }

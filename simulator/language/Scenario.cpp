@@ -198,8 +198,13 @@ const Statement& choose(Words& words) {
   const Statement* best = nullptr;
   std::pair<std::size_t, bool> most{0, false};
   std::vector<std::string> expected;
+  static const std::vector<Names> beginnings = [] {
+    std::vector<Names> all;
+    for (const Statement& statement : statements()) all.push_back(statement.words());
+    return all;
+  }();
   for (const Statement& statement : statements()) {
-    const std::vector<std::string> beginning = statement.words();
+    const Names& beginning = beginnings[static_cast<std::size_t>(&statement - statements().data())];
     const std::size_t common = words.common(beginning);
     const std::pair<std::size_t, bool> fit{common, common == beginning.size()};
     if (fit > most) {

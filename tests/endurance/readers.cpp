@@ -152,8 +152,8 @@ void options(const std::string& text) {
 
 /// What is typed at the console, played by nobody.
 void statement(const std::string& text) {
+  completions(text.substr(0, text.find_first_of("\r\n")));
   for (const std::string& line : lines(text)) {
-    completions(line);
     try {
       const auto words = split(line);
       if (!words.empty() && words[0].text == "save") return;  // It would write.

@@ -8,6 +8,7 @@
 #include <toml++/toml.h>
 
 #include "text/Files.h"
+#include "text/Lines.h"
 
 namespace vorn_speaker {
 
@@ -16,7 +17,7 @@ namespace {
 [[noreturn]] void refuse(const std::string& path, const toml::source_position& where,
                          const std::string& what) {
   std::ostringstream message;
-  message << path << ":" << where.line << ":" << where.column << ": " << what;
+  message << path << ":" << where.line << ":" << where.column << ": " << oneLine(what);
   throw std::runtime_error(message.str());
 }
 
