@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <clocale>
+#include <thread>
 
 #include "speaker/comma_locale.h"
 #include "text/Lines.h"
@@ -287,6 +288,22 @@ TEST(KnownSecrets, AreFoundAgainUnlessTheyAreShort) {
   EXPECT_TRUE(known.in("abcdef"));
   EXPECT_FALSE(known.in("abcdeabcdxf"));
   EXPECT_FALSE(KnownSecrets().in("token"));
+}
+
+TEST(KnownSecrets, AreAddedByManyThreadsAtOnce) {
+  KnownSecrets known;
+  const auto add = [&](const std::string& thread) {
+    for (int i = 0; i < 5000; ++i) known.add({std::to_string(i) + " of thread " + thread});
+  };
+  std::thread one(add, "one"), other(add, "other");
+  one.join();
+  other.join();
+  int found = 0;
+  for (int i = 0; i < 5000; ++i) {
+    const std::string number = std::to_string(i);
+    found += known.in(number + " of thread one") && known.in(number + " of thread other") ? 1 : 0;
+  }
+  EXPECT_EQ(found, 5000);
 }
 
 RC_GTEST_PROP(KnownSecrets, AreFoundInsideAnyText,
