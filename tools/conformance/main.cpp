@@ -18,6 +18,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "Progress.h"
 #include "Result.h"
 
 namespace {
@@ -271,19 +272,6 @@ HostMaker makerOf(const std::string& path) {
   };
 }
 
-class Progress {
- public:
-  void at(std::size_t done, std::size_t all) {
-    const auto now = std::chrono::steady_clock::now();
-    if (now - m_last < std::chrono::seconds(2)) return;
-    m_last = now;
-    std::cerr << "vorn-conformance: " << done << " of " << all << " checks" << std::endl;
-  }
-
- private:
-  std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
-};
-
 int run(const Options& options) {
   const std::vector<HostCheck> checks = chosen(options);
   if (options.list) {
@@ -324,7 +312,7 @@ int run(const Options& options) {
 
   vorn_testing::HostCheckRun checkRun(makerOf(options.library), options.demands);
   Printer printer(std::cout);
-  Progress progress;
+  Progress progress(std::cerr, isatty(STDERR_FILENO) == 1);
   for (const HostCheck& check : checks) {
     const auto start = std::chrono::steady_clock::now();
     const auto before = known.find(check.id);
@@ -342,11 +330,13 @@ int run(const Options& options) {
     }
     if (verdict.kind == HostVerdict::kRemark && options.strict) verdict.kind = HostVerdict::kBroken;
     results.push_back({check, verdict, std::chrono::steady_clock::now() - start});
+    progress.clear();
     printer.add(results.back());
     writeReports();
     progress.at(results.size(), checks.size());
   }
   writeJUnitFile();
+  progress.clear();
   printSummary(std::cout, options.library, results);
   if (count(results, HostVerdict::kBroken)) return kBroken;
   return count(results, HostVerdict::kKept) + count(results, HostVerdict::kRemark) ? kKept : kNothingChecked;
