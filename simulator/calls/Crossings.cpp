@@ -109,7 +109,7 @@ Crossing Crossings::describe(const vorn_testing::Call& call) {
   made.operation = call.operation;
   made.target = call.target;
   made.slot = call.slot;
-  made.down = isDown(operation, call);
+  made.direction = isDown(operation, call) ? Direction::kDown : Direction::kUp;
   made.samples = samplesOf(call);
   made.arguments = call.arguments;
   made.thread = t_name;
@@ -126,6 +126,8 @@ void Crossings::began(const vorn_testing::Call& call) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     crossing.number = ++m_calls;
+    crossing.threadNumber =
+        m_threads.emplace(std::this_thread::get_id(), static_cast<int>(m_threads.size()) + 1).first->second;
     t_innermost = nullptr;  // The others may move.
     t_open.push_back(crossing);
     t_innermost = &t_open.back();
@@ -140,6 +142,8 @@ void Crossings::ended(const vorn_testing::Call& call) {
   t_open.pop_back();
   const auto now = std::chrono::steady_clock::now() - m_start;
   crossing.took = std::chrono::duration_cast<std::chrono::microseconds>(now) - crossing.began;
+  crossing.host = crossing.took;  // the doubles stand where the other side begins
+  crossing.reached = true;
   crossing.result = call.result;
   crossing.threw = call.threw;
   crossing.exception = call.exception;

@@ -1,12 +1,16 @@
 #pragma once
 
+#include <vorn_testing/Operations.h>
 #include <vorn_testing/Recorder.h>
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -14,6 +18,8 @@
 #include "text/Secrets.h"
 
 namespace vorn_speaker {
+
+using vorn_testing::Direction;
 
 /// Calls deeper inside each other than this are not indented further.
 constexpr int kDeepest = 40;
@@ -25,7 +31,7 @@ const char* threadName();
 /// One call that crosses the library, with its secrets masked.
 struct Crossing {
   unsigned long number;  ///< In the order in which calls began, from 1.
-  bool down;             ///< From the assistant client to the firmware.
+  Direction direction;   ///< Down to the firmware, up to the assistant side; others stand in captures only.
   std::string adapter;
   std::string operation;
   std::string target;  ///< The interface on which it arrived, and its place there.
@@ -39,10 +45,14 @@ struct Crossing {
   bool secret;            ///< Whether the answer, or the exception's text, was masked.
   bool masked;            ///< Whether an argument was.
   std::size_t samples;    ///< Of sound, when it goes up to the assistant side.
-  std::string thread;
+  int threadNumber;       ///< In the order in which threads were first seen, from 1; 0 when not known.
+  std::string thread;     ///< Its name.
   std::chrono::microseconds began;  ///< Since the log was made.
   std::chrono::microseconds took;
-  int depth;  ///< How many calls of the same thread it runs inside.
+  std::optional<std::chrono::microseconds> waited;  ///< For the adapter's lock, where that is known.
+  std::optional<std::chrono::microseconds> host;    ///< What the other side took, where that is known.
+  std::optional<bool> reached;  ///< Whether it got to the other side, where that is known.
+  int depth;                    ///< How many calls of the same thread it runs inside.
 
   /// Unmasked, to compare with; never to be shown.
   struct Clear {
@@ -52,6 +62,7 @@ struct Crossing {
   } clear;
 
   std::string fullName() const { return adapter + "." + operation; }
+  bool isDown() const { return direction == Direction::kDown; }
   std::string signature() const;
 
   /// The result, and what was written: "true value=on".
@@ -119,6 +130,7 @@ class Crossings {
   Masker m_masker;
   std::mutex m_mutex;
   unsigned long m_calls = 0;
+  std::map<std::thread::id, int> m_threads;
 };
 
 }  // namespace vorn_speaker

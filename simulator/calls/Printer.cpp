@@ -32,7 +32,7 @@ bool Printer::isBlock(const Crossing& crossing) const {
 }
 
 void Printer::line(const Crossing& crossing, const std::string& text) {
-  m_out << (crossing.down ? "  down  " : "  up    ") << std::left << std::setw(kThreadWidth)
+  m_out << (crossing.isDown() ? "  down  " : "  up    ") << std::left << std::setw(kThreadWidth)
         << crossing.thread << "  " << std::setw(kAdapterWidth) << crossing.adapter << "  "
         << std::string(2 * static_cast<std::size_t>(std::min(crossing.depth, kDeepest)), ' ') << oneLine(text)
         << '\n';

@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <fstream>
-#include <iterator>
 #include <limits>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -52,6 +53,20 @@ std::string text(const Json& json) {
   return json.get<std::string>();
 }
 
+/// What stands in place of a value that is not known.
+template <class Value, class Write>
+Json orNull(const std::optional<Value>& value, Write write) {
+  return value ? Json(write(*value)) : Json(nullptr);
+}
+
+std::chrono::microseconds microseconds(const Json& json) {
+  return std::chrono::microseconds(whole(json, 0, kMost));
+}
+
+std::optional<std::chrono::microseconds> microsecondsOrNull(const Json& json) {
+  return json.is_null() ? std::nullopt : std::make_optional(microseconds(json));
+}
+
 std::string name(const Json& json) {
   const std::string word = text(json);
   const auto isLetter = [](char c) {
@@ -82,9 +97,24 @@ std::vector<std::string> values(const Json& json) {
   return spelled;
 }
 
+/// The directions, as they are written.
+const std::pair<Direction, const char*> kDirections[] = {
+    {Direction::kDown, "down"}, {Direction::kUp, "up"}, {Direction::kLife, "life"}, {Direction::kOwn, "own"}};
+
+Direction direction(const Json& json) {
+  for (const auto& [direction, word] : kDirections) {
+    if (json == word) return direction;
+  }
+  throw Unfit("expected down, up, life or own, found " + quoted(json));
+}
+
+/// When a field is known: when the call began, when it had returned; or not in every recording.
+enum class Known { kAtBegin, kAtReturn, kMaybe };
+
 /// One field: the table of what is written, read and told.
 struct Field {
   RecordedField told;
+  Known known;
   Json (*write)(const Crossing&);
   void (*read)(const Json&, Crossing&);
 };
@@ -92,115 +122,325 @@ struct Field {
 // Longer than any stack is deep.
 constexpr int kMostInside = 1000000;
 constexpr int kMostSlots = 1000;
+constexpr int kMostThreads = 1000000000;
 
 const std::vector<Field>& fields() {
+  static const auto count = [](std::chrono::microseconds time) { return time.count(); };
   static const std::vector<Field> all = {
       {{"call", "its number, in the order in which calls began"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.number); },
        [](const Json& json, Crossing& call) {
          call.number = static_cast<unsigned long>(whole(json, 1, kMost));
        }},
       {{"time", "when it began, in microseconds since the start"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.began.count()); },
-       [](const Json& json, Crossing& call) {
-         call.began = std::chrono::microseconds(whole(json, 0, kMost));
-       }},
+       [](const Json& json, Crossing& call) { call.began = microseconds(json); }},
       {{"duration", "how long it took, in microseconds"},
+       Known::kAtReturn,
        [](const Crossing& call) { return Json(call.took.count()); },
-       [](const Json& json, Crossing& call) {
-         call.took = std::chrono::microseconds(whole(json, 0, kMost));
-       }},
-      {{"thread", "`assistant`, `firmware`, `microphone`, or a thread of the host's"},
+       [](const Json& json, Crossing& call) { call.took = microseconds(json); }},
+      {{"thread", "the name of the thread: `assistant`, `firmware`, `microphone`, or a thread of the host's"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.thread); },
        [](const Json& json, Crossing& call) { call.thread = text(json); }},
-      {{"direction", "`down` to the firmware or `up` to the assistant side"},
-       [](const Crossing& call) { return Json(call.down ? "down" : "up"); },
+      {{"threadNumber", "its number, in the order in which threads were first seen, from 1"},
+       Known::kMaybe,
+       [](const Crossing& call) { return Json(call.threadNumber); },
        [](const Json& json, Crossing& call) {
-         if (json != "down" && json != "up") throw Unfit("expected down or up, found " + quoted(json));
-         call.down = json == "down";
+         call.threadNumber = static_cast<int>(whole(json, 1, kMostThreads));
        }},
+      {{"direction",
+        "`down` to the firmware or `up` to the assistant side; `life` creates, fetches or shuts down an adapter, `own` "
+        "stays inside the library"},
+       Known::kAtBegin,
+       [](const Crossing& call) {
+         for (const auto& [direction, word] : kDirections) {
+           if (call.direction == direction) return Json(word);
+         }
+         return Json();
+       },
+       [](const Json& json, Crossing& call) { call.direction = direction(json); }},
       {{"adapter", "as in scenarios"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.adapter); },
        [](const Json& json, Crossing& call) { call.adapter = name(json); }},
       {{"operation", "as in scenarios"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.operation); },
        [](const Json& json, Crossing& call) { call.operation = name(json); }},
-      {{"interface", "where it arrived"},
+      {{"interface", "where it arrived; empty for what arrives on none"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.target); },
-       [](const Json& json, Crossing& call) { call.target = name(json); }},
-      {{"slot", "its place there, in the virtual table"},
+       [](const Json& json, Crossing& call) { call.target = json == "" ? "" : name(json); }},
+      {{"slot", "its place there, in the virtual table; 0 for none"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.slot); },
-       [](const Json& json, Crossing& call) { call.slot = static_cast<int>(whole(json, 1, kMostSlots)); }},
+       [](const Json& json, Crossing& call) { call.slot = static_cast<int>(whole(json, 0, kMostSlots)); }},
       {{"inside", "how many calls of the same thread it ran inside"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.depth); },
        [](const Json& json, Crossing& call) { call.depth = static_cast<int>(whole(json, 0, kMostInside)); }},
       {{"arguments", "a list of texts, each as a scenario holds the value"},
+       Known::kAtBegin,
        [](const Crossing& call) { return Json(call.spelled); },
        [](const Json& json, Crossing& call) { call.arguments = call.spelled = values(json); }},
       {{"result", "as it is printed; empty without one"},
+       Known::kAtReturn,
        [](const Crossing& call) { return Json(call.result); },
        [](const Json& json, Crossing& call) { call.result = text(json); }},
       {{"written", "what was written through references, `[\"value=on\"]`"},
+       Known::kAtReturn,
        [](const Crossing& call) { return Json(call.written); },
        [](const Json& json, Crossing& call) { call.written = list(json); }},
       {{"exception",
         "the text of the one that it ended by, `\"no std::exception\"` for any other kind; `null` when none did"},
+       Known::kAtReturn,
        [](const Crossing& call) { return call.threw ? Json(call.exception) : Json(nullptr); },
        [](const Json& json, Crossing& call) {
          call.threw = !json.is_null();
          if (call.threw) call.exception = text(json);
        }},
+      {{"waited",
+        "how long it waited for the adapter's lock, in microseconds; `null` when that is not known"},
+       Known::kMaybe,
+       [](const Crossing& call) { return orNull(call.waited, count); },
+       [](const Json& json, Crossing& call) { call.waited = microsecondsOrNull(json); }},
+      {{"host", "how long the other side took, in microseconds; `null` when that is not known"},
+       Known::kMaybe,
+       [](const Crossing& call) { return orNull(call.host, count); },
+       [](const Json& json, Crossing& call) { call.host = microsecondsOrNull(json); }},
+      {{"reached",
+        "whether it got to the other side; `false` when the adapter answered its default, `null` when that "
+        "is not known"},
+       Known::kMaybe,
+       [](const Crossing& call) { return orNull(call.reached, [](bool reached) { return reached; }); },
+       [](const Json& json, Crossing& call) {
+         if (!json.is_boolean() && !json.is_null())
+           throw Unfit("expected true, false or null, found " + quoted(json));
+         if (json.is_boolean()) call.reached = json.get<bool>();
+       }},
   };
   return all;
 }
 
-Json header() { return {{"recording", kFormat}, {"version", Recording::kVersion}}; }
-
-bool isHeader(const Json& json) {
-  return json.is_object() && json.contains("recording") && json["recording"] == kFormat &&
-         json.contains("version") && json["version"].is_number_integer() &&
-         json["version"] == Recording::kVersion;
+std::string nowInUtc() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now);
+  const std::time_t time = seconds.count();
+  std::tm parts{};
+  gmtime_r(&time, &parts);
+  char day[32], text[48];
+  std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &parts);
+  std::snprintf(
+      text, sizeof text, "%s.%06ldZ", day,
+      static_cast<long>(std::chrono::duration_cast<std::chrono::microseconds>(now - seconds).count()));
+  return text;
 }
 
-Crossing fromJson(const Json& json) {
-  Crossing call{};
-  if (!json.is_object()) throw Unfit("expected a call, found " + quoted(json));
-  for (const Field& field : fields()) {
-    const auto found = json.find(field.told.name);
-    if (found == json.end()) throw Unfit("expected the field " + field.told.name);
-    try {
-      field.read(*found, call);
-    } catch (const Unfit& unfit) {
-      throw Unfit("the field " + field.told.name + ": " + unfit.what());
-    }
-  }
-  return call;
+Json header() {
+  return {{"recording", kFormat},
+          {"version", Recording::kVersion},
+          {"started", nowInUtc()},
+          {"writer", "vorn-speaker " VORN_SPEAKER_VERSION}};
+}
+
+/// The version that a first line names, or 0.
+int versionOf(const Json& json) {
+  const bool ours = json.is_object() && json.contains("recording") && json["recording"] == kFormat &&
+                    json.contains("version") && json["version"].is_number_integer();
+  return ours && json["version"] >= 1 && json["version"] <= Recording::kVersion ? json["version"].get<int>()
+                                                                                : 0;
 }
 
 [[noreturn]] void refuse(const std::string& path, int error) {
   throw std::runtime_error(oneLine(path) + ": cannot be read: " + std::strerror(error));
 }
 
-std::string content(const std::string& path) {
-  struct stat there {};
-  if (::stat(path.c_str(), &there) != 0) refuse(path, errno);
-  if (S_ISDIR(there.st_mode)) refuse(path, EISDIR);
-  std::ifstream file(path, std::ios::binary);
-  if (!file) refuse(path, errno);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+/// Reads a recording line by line.
+class Reader {
+ public:
+  explicit Reader(const std::string& path) : m_recorded{path, 0, "", "", "", {}, {}, {}, {}, {}, {}} {
+    struct stat there {};
+    if (::stat(path.c_str(), &there) != 0) refuse(path, errno);
+    if (S_ISDIR(there.st_mode)) refuse(path, EISDIR);
+    std::ifstream file(path, std::ios::binary);
+    if (!file) refuse(path, errno);
+    std::string next, text;
+    if (!std::getline(file, text)) fail(0, "expected a recording, found an empty file");
+    for (bool more = true; more; text.swap(next)) {
+      more = static_cast<bool>(std::getline(file, next));
+      ++m_line;
+      read(text, !more);
+    }
+    if (file.bad()) refuse(path, EIO);
+    order();
+    tellUnknown();
+  }
+
+  Recorded take() { return std::move(m_recorded); }
+
+ private:
+  using Call = Recorded::Call;
+
+  std::string place(std::size_t line) const {
+    return oneLine(m_recorded.path) + ":" + (line > 0 ? std::to_string(line) + ":" : "") + " ";
+  }
+
+  [[noreturn]] void fail(std::size_t line, const std::string& why) const {
+    throw std::runtime_error(place(line) + why);
+  }
+
+  void read(const std::string& text, bool last) {
+    const std::size_t mark = m_line == 1 && text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0;
+    const Json json =
+        Json::parse(text.begin() + static_cast<std::ptrdiff_t>(mark), text.end(), nullptr, false);
+    if (m_line == 1) {
+      m_recorded.version = versionOf(json);
+      if (m_recorded.version == 0)
+        fail(m_line, "expected a recording of version 1 to " + std::to_string(Recording::kVersion));
+      for (const auto& [name, to] : {std::pair{"program", &m_recorded.program},
+                                     {"started", &m_recorded.started},
+                                     {"writer", &m_recorded.writer}}) {
+        if (json.contains(name) && json[name].is_string()) *to = json[name].get<std::string>();
+      }
+      return;
+    }
+    if (json.is_discarded()) {
+      if (!last) fail(m_line, "expected a line of a recording");
+      m_recorded.leftOut.push_back(place(m_line) + "left out, the line is cut");
+      return;
+    }
+    try {
+      read(json);
+    } catch (const Unfit& unfit) {
+      fail(m_line, std::string("expected a line of a recording; ") + unfit.what());
+    }
+  }
+
+  void read(const Json& json) {
+    if (!json.is_object()) throw Unfit("expected a call, found " + quoted(json));
+    if (m_recorded.version == 1 || json.contains("call")) {
+      m_recorded.calls.push_back({call(json, Known::kAtReturn), m_line});
+    } else if (json.contains("open")) {
+      if (!json["open"].is_object()) throw Unfit("expected a call, found " + quoted(json["open"]));
+      m_recorded.open.push_back({call(json["open"], Known::kAtBegin), m_line});
+    } else if (json.contains("leftOut")) {
+      m_recorded.lost.push_back({time(json), number(json, "leftOut")});
+    } else if (json.contains("sound")) {
+      m_recorded.sounds.push_back(sound(json));
+    } else if (json.contains("note")) {
+      m_recorded.notes.push_back({time(json), text(json["note"])});
+    } else {
+      unknown(m_kinds, json.empty() ? "nothing" : json.begin().key());
+    }
+  }
+
+  /// What a line that is no call holds of numbers; 0 when it does not tell.
+  static std::int64_t number(const Json& json, const char* name, std::int64_t most = kMost) {
+    try {
+      return json.contains(name) ? whole(json[name], 0, most) : 0;
+    } catch (const Unfit& unfit) {
+      throw Unfit(std::string("the field ") + name + ": " + unfit.what());
+    }
+  }
+
+  static std::chrono::microseconds time(const Json& json, const char* name = "time") {
+    return std::chrono::microseconds(number(json, name));
+  }
+
+  static Recorded::Sound sound(const Json& json) {
+    constexpr int kLoudest = 32768;
+    return {time(json),
+            text(json["sound"]),
+            number(json, "blocks"),
+            number(json, "samples"),
+            static_cast<int>(number(json, "peak", kLoudest)),
+            static_cast<int>(number(json, "level", kLoudest)),
+            time(json, "gap")};
+  }
+
+  /// What is known of a call at its begin, or when it has returned.
+  Crossing call(const Json& json, Known known) {
+    Crossing call{};
+    std::size_t taken = 0;
+    for (const Field& field : fields()) {
+      const auto found = json.find(field.told.name);
+      if (found == json.end()) {
+        if (field.known == Known::kAtBegin || field.known == known)
+          throw Unfit("expected the field " + field.told.name);
+        continue;
+      }
+      ++taken;
+      try {
+        field.read(*found, call);
+      } catch (const Unfit& unfit) {
+        throw Unfit("the field " + field.told.name + ": " + unfit.what());
+      }
+    }
+    if (taken == json.size()) return call;
+    for (const auto& [name, value] : json.items()) {
+      const auto named = [&, key = name](const Field& field) { return field.told.name == key; };
+      if (std::none_of(fields().begin(), fields().end(), named)) unknown(m_fields, name);
+    }
+    return call;
+  }
+
+  void order() {
+    std::vector<Call>& calls = m_recorded.calls;
+    std::stable_sort(calls.begin(), calls.end(), [](const Call& left, const Call& right) {
+      return left.call.number < right.call.number;
+    });
+    for (std::size_t i = 1; i < calls.size(); ++i) {
+      if (calls[i].call.number == calls[i - 1].call.number)
+        fail(calls[i].line, "the call " + std::to_string(calls[i].call.number) + " stands twice");
+    }
+    // Where threads have no numbers, their names tell them apart.
+    std::map<std::string, int> threads;
+    for (std::vector<Call>* const some : {&calls, &m_recorded.open}) {
+      for (Call& recorded : *some) {
+        if (recorded.call.threadNumber > 0) continue;
+        recorded.call.threadNumber =
+            threads.emplace(recorded.call.thread, static_cast<int>(threads.size()) + 1).first->second;
+      }
+    }
+  }
+
+  /// What this version does not know, by name: the first line, and how many.
+  using Unknown = std::map<std::string, std::pair<std::size_t, std::size_t>>;
+
+  void unknown(Unknown& names, const std::string& name) {
+    ++names.emplace(name, std::pair{m_line, 0}).first->second.second;
+  }
+
+  void tellUnknown() {
+    const auto tell = [this](const Unknown& names, const std::string& what) {
+      for (const auto& [name, seen] : names)
+        m_recorded.leftOut.push_back(place(seen.first) + "passed over, " + what + excerpt(name) +
+                                     " is not known; lines that have it: " + std::to_string(seen.second));
+    };
+    tell(m_fields, "the field ");
+    tell(m_kinds, "a line that begins with ");
+  }
+
+  Recorded m_recorded;
+  std::size_t m_line = 0;
+  Unknown m_fields, m_kinds;
+};
 
 /// The path, unless something stands there that is not ours to replace.
 const std::string& replaceable(const std::string& path) {
   struct stat there {};
   if (::stat(path.c_str(), &there) != 0 || (!S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode))) return path;
   if (S_ISREG(there.st_mode) && there.st_size == 0) return path;
+  constexpr std::size_t kLongestHeader = 1 << 16;
   std::ifstream file(path, std::ios::binary);
-  std::string first(dumped(header()).size() + 16, '\0');
+  std::string first(kLongestHeader, '\0');
   file.read(&first[0], static_cast<std::streamsize>(first.size()));
   first.resize(static_cast<std::size_t>(file.gcount()));
   const std::vector<std::string> all = lines(first);
-  if (S_ISDIR(there.st_mode) || all.empty() || !isHeader(Json::parse(all[0], nullptr, false)))
+  if (S_ISDIR(there.st_mode) || all.empty() || versionOf(Json::parse(all[0], nullptr, false)) == 0)
     throw std::runtime_error(oneLine(path) + " is there already and is no recording; choose another name");
   return path;
 }
@@ -214,6 +454,17 @@ const std::vector<RecordedField>& recordedFields() {
     return told;
   }();
   return all;
+}
+
+std::vector<std::string> recordedValues(const Crossing& call) {
+  std::vector<std::string> values;
+  for (const Field& field : fields())
+    values.push_back(field.write(call).dump(-1, ' ', true, Json::error_handler_t::replace));
+  return values;
+}
+
+std::string jsonText(const std::string& text) {
+  return Json(text).dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 Recording::Recording(const std::string& path) : m_file(replaceable(path)) {
@@ -232,39 +483,6 @@ std::string Recording::asRead(const std::string& text) {
 
 void Recording::finish() { m_file.finish(); }
 
-Recorded Recording::read(const std::string& path) {
-  Recorded recorded{path, {}, ""};
-  const std::vector<std::string> all = lines(content(path));
-  if (all.empty()) throw std::runtime_error(oneLine(path) + ": expected a recording, found an empty file");
-  for (std::size_t number = 1; number <= all.size(); ++number) {
-    const std::string place = oneLine(path) + ":" + std::to_string(number) + ": ";
-    const Json json = Json::parse(all[number - 1], nullptr, false);
-    if (number == 1) {
-      if (!isHeader(json))
-        throw std::runtime_error(place + "expected a recording of version " + std::to_string(kVersion));
-      continue;
-    }
-    if (json.is_discarded()) {
-      if (number < all.size()) throw std::runtime_error(place + "expected a line of a recording");
-      recorded.leftOut = place + "left out, the line is cut";
-      continue;
-    }
-    try {
-      recorded.calls.push_back({fromJson(json), number});
-    } catch (const Unfit& unfit) {
-      throw std::runtime_error(place + "expected a line of a recording; " + unfit.what());
-    }
-  }
-  std::stable_sort(recorded.calls.begin(), recorded.calls.end(),
-                   [](const Recorded::Call& left, const Recorded::Call& right) {
-                     return left.call.number < right.call.number;
-                   });
-  for (std::size_t i = 1; i < recorded.calls.size(); ++i) {
-    if (recorded.calls[i].call.number == recorded.calls[i - 1].call.number)
-      throw std::runtime_error(oneLine(path) + ":" + std::to_string(recorded.calls[i].line) + ": the call " +
-                               std::to_string(recorded.calls[i].call.number) + " stands twice");
-  }
-  return recorded;
-}
+Recorded Recording::read(const std::string& path) { return Reader(path).take(); }
 
 }  // namespace vorn_speaker

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,12 @@ struct RecordedField {
 /// The fields, in the order in which they are written.
 const std::vector<RecordedField>& recordedFields();
 
+/// What a field of a call holds, as JSON text in ASCII, in the order of recordedFields().
+std::vector<std::string> recordedValues(const Crossing& call);
+
+/// A text as JSON in ASCII; bytes that are no UTF-8 are lost.
+std::string jsonText(const std::string& text);
+
 /// A recording that was read.
 struct Recorded {
   struct Call {
@@ -25,15 +33,46 @@ struct Recorded {
     std::size_t line;
   };
 
+  /// Sound that a capture sums up, one a second.
+  struct Sound {
+    std::chrono::microseconds time;
+    std::string name;  ///< What made it: "microphone".
+    std::int64_t blocks;
+    std::int64_t samples;
+    int peak;                       ///< From 0 to 32768.
+    int level;                      ///< The root of the mean square, on the same scale.
+    std::chrono::microseconds gap;  ///< The longest time between two blocks.
+  };
+
+  /// Calls that came before `time` and could not be kept.
+  struct Lost {
+    std::chrono::microseconds time;
+    std::int64_t calls;
+  };
+
+  struct Note {
+    std::chrono::microseconds time;
+    std::string text;
+  };
+
   std::string path;
+  int version;
+  std::string program;  ///< What was recorded, when it was begun, in UTC, and by what; empty when not known.
+  std::string started;
+  std::string writer;
   std::vector<Call> calls;  ///< In the order in which they began.
-  std::string leftOut;      ///< What could not be read, in words; empty when all was.
+  std::vector<Call>
+      open;  ///< Those that had not returned when the file ended; without what only a return tells.
+  std::vector<Sound> sounds;
+  std::vector<Lost> lost;
+  std::vector<Note> notes;
+  std::vector<std::string> leftOut;  ///< What could not be read, or was passed over, in words.
 };
 
 /// Writes every call to a file, one JSON object a line; docs/speaker.md tells the format.
 class Recording : public Crossings::Listener {
  public:
-  static constexpr int kVersion = 1;
+  static constexpr int kVersion = 2;
 
   /// Takes the place of an earlier recording, and of no other file. @throws NotWritten, std::runtime_error
   explicit Recording(const std::string& path);
@@ -47,7 +86,8 @@ class Recording : public Crossings::Listener {
   /// A text as a recording gives it back: bytes that are no UTF-8 are lost.
   static std::string asRead(const std::string& text);
 
-  /// Reads a file; what is whole of it when its end was cut. @throws std::runtime_error  Names file, line, field, reason.
+  /// Reads a file of this version or an earlier one; what is whole of it when its end was cut.
+  /// @throws std::runtime_error  Names file, line, field, reason.
   static Recorded read(const std::string& path);
 
  private:

@@ -71,7 +71,7 @@ std::string place(const Recorded& recording, std::size_t line) {
 }  // namespace
 
 bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out) {
-  if (!recording.leftOut.empty()) out << recording.leftOut << '\n';
+  for (const std::string& told : recording.leftOut) out << told << '\n';
   std::vector<std::pair<const Recorded::Call*, BoundCall>> playable;
   for (const Recorded::Call& recorded : recording.calls) {
     if (!isPlayable(recorded.call)) continue;
@@ -113,21 +113,21 @@ bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out) {
 
 void report(const Recorded& recording, std::ostream& out, bool secrets) {
   Masker masker;
-  if (!recording.leftOut.empty()) out << recording.leftOut << '\n';
+  for (const std::string& told : recording.leftOut) out << told << '\n';
   out << "assistant          firmware\n";
   std::map<std::string, std::vector<std::int64_t>> durations;
   std::string last;
   for (const Recorded::Call& recorded : recording.calls) {
     Crossing call = recorded.call;
     if (!secrets) mask(call, masker);
-    durations[(call.down ? "down  " : "up    ") + call.fullName()].push_back(call.took.count());
+    durations[(call.isDown() ? "down  " : "up    ") + call.fullName()].push_back(call.took.count());
     // One arrow for a stream of blocks.
     const std::string block =
         call.operation == "sendAudioData" || call.operation == "sendData" ? call.fullName() : "";
     if (!block.empty() && block == last) continue;
     last = block;
     const std::string line = excerpt(statement(call));
-    out << (call.down ? "    |----------------->|  " : "    |<-----------------|  ")
+    out << (call.isDown() ? "    |----------------->|  " : "    |<-----------------|  ")
         << std::string(2 * static_cast<std::size_t>(std::min(call.depth, kDeepest)), ' ') << line;
     if (call.threw || !call.answer().empty()) out << " = " << oneLine(answer(call));
     out << '\n';

@@ -27,13 +27,32 @@ class Recordings : public SpeakerProgram {
 };
 
 TEST_F(Recordings, HoldOneObjectALineUnderAVersion) {
-  EXPECT_EQ(
-      record("assistant VornDeviceInfo.getVolume\n").find("{\"recording\":\"vorn-speaker\",\"version\":1}\n"),
-      0U);
+  const std::string text = record("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_TRUE(matches(
+      text,
+      "^[{]\"recording\":\"vorn-speaker\",\"version\":2,\"started\":\"[-0-9]{10}T[:0-9]{8}[.][0-9]{6}Z\","
+      "\"writer\":\"vorn-speaker " VORN_VERSION "\"[}]\n[{]\"call\":1,"));
   const nlohmann::json call = calls().at(0);
   EXPECT_EQ(call["operation"], "getVolume");
   EXPECT_EQ(call["result"], "30");
   EXPECT_EQ(call["thread"], "assistant");
+}
+
+TEST_F(Recordings, TellWhatTheHostTookAndLeaveOutWhatTheyDoNotKnow) {
+  record("assistant VornDeviceInfo.getVolume\n");
+  const nlohmann::json call = calls().at(0);
+  EXPECT_EQ(call["host"], call["duration"]);
+  EXPECT_EQ(call["reached"], true);
+  EXPECT_TRUE(call["waited"].is_null());
+}
+
+TEST_F(Recordings, NumberThreadsInTheOrderInWhichTheyWereSeen) {
+  record(
+      "assistant VornDeviceInfo.getVolume\nfirmware VornDeviceInfo.notifyVolumeChanged 3\n"
+      "assistant VornDeviceInfo.getVolume\n");
+  const std::vector<nlohmann::json> all = calls();
+  EXPECT_EQ(all[1]["threadNumber"], all[0]["threadNumber"].get<int>() + 1);
+  EXPECT_EQ(all[2]["threadNumber"], all[0]["threadNumber"]);
 }
 
 TEST_F(Recordings, TellDirectionPlaceAndNesting) {
@@ -109,8 +128,8 @@ TEST_F(Recordings, ThatCannotBeReadAreNamedWithTheLine) {
       has(run("replay " + file("broken", "{\"recording\":\"vorn-speaker\",\"version\":1}\n{\"call\":1}\n")),
           "broken:2: expected a line of a recording"));
   EXPECT_EQ(m_status, 2);
-  EXPECT_TRUE(has(run("report " + file("new", "{\"recording\":\"vorn-speaker\",\"version\":2}\n")),
-                  "new:1: expected a recording of version 1"));
+  EXPECT_TRUE(has(run("report " + file("new", "{\"recording\":\"vorn-speaker\",\"version\":3}\n")),
+                  "new:1: expected a recording of version 1 to 2"));
   EXPECT_TRUE(has(run("report /tmp/speaker/none"), "cannot be read: No such file or directory"));
 }
 
