@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "Morning.h"
+#include "calls/Export.h"
 #include "calls/Recording.h"
 #include "device/DataFolder.h"
 #include "language/Console.h"
@@ -39,13 +40,16 @@ constexpr int kForeignHostSeconds = 10;
 constexpr std::size_t kLargestScenario = std::size_t{16} << 20;
 constexpr char kTraceFile[] = "/tmp/xAppLog.txt";  // The library's.
 
-enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kList };
+enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kExport, kList };
 
 /// What the command line asks for.
 struct Request {
   Task task = Task::kPlay;
   std::string scenario;  ///< Empty for the morning.
   std::string recording;
+  Selection selection;  ///< Which calls of the recording.
+  const ExportFormat* format = nullptr;
+  std::string output;  ///< The file of an export; empty for standard output.
   std::string stateFolder;
   std::string out;   ///< The WAV file that the players play to.
   std::string alsa;  ///< The ALSA device that they play to instead, when not empty.
@@ -108,6 +112,36 @@ int replay(const Request& request, std::ostream& out) {
 
 int report(const Request& request, std::ostream& out) {
   report(Recording::read(request.recording), out, request.settings.secrets);
+  return kPassed;
+}
+
+/// Standard output as a terminal may see it.
+std::string forTerminal(const ExportFormat& format, const Recorded& recording) {
+  std::ostringstream text;
+  format.write(recording, text);
+  return vorn_testing::harmless(text.str());
+}
+
+int exportRecording(const Request& request) {
+  if (sameFile(request.output, request.recording))
+    throw std::runtime_error(request.output +
+                             ": is the recording, and the export would replace it; name another file");
+  Recorded recording = Recording::read(request.recording);
+  for (const std::string& told : recording.leftOut) complain(told);
+  recording.keep(request.selection);
+  if (!request.settings.secrets) recording.mask();
+  if (!request.output.empty()) {
+    try {
+      exportTo(request.output, *request.format, recording);
+    } catch (const NotWritten& error) {
+      complain(error.what());
+      return kFailed;
+    }
+  } else if (isatty(STDOUT_FILENO) == 1) {
+    std::cout << forTerminal(*request.format, recording);
+  } else {
+    request.format->write(recording, std::cout);
+  }
   return kPassed;
 }
 
@@ -203,6 +237,7 @@ void adapt(Request& request) {
 int run(Request& request) {
   if (request.task == Task::kList) return list(std::cout);
   if (request.task == Task::kReport) return report(request, std::cout);
+  if (request.task == Task::kExport) return exportRecording(request);
   if (request.out.empty()) {
     request.out = request.stateFolder + "/answer.wav";
     if (request.alsa.empty() && access(request.out.c_str(), F_OK) == 0 && !WavSink::made(request.out))
@@ -269,6 +304,56 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag("--list", request.list, "List the operations with their arguments, and end");
 }
 
+/// Which calls of a recording.
+void addSelection(CLI::App& command, Request& request) {
+  // What a value lacks is told in words that name what was meant.
+  const auto tell = [](const auto& take) {
+    return [take](const std::string& text) {
+      try {
+        take(text);
+      } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError(error.what());
+      }
+    };
+  };
+  command.add_option_function<std::string>(
+      "--calls", tell([&request](const std::string& text) { request.selection.setRange(text); }),
+      "Only the calls with these numbers: 7, 7-9, 7- or -9");
+  command
+      .add_option_function<std::vector<std::string>>(
+          "-a,--adapter",
+          [&request, tell](const std::vector<std::string>& names) {
+            for (const std::string& name : names)
+              tell([&request](const std::string& one) { request.selection.addAdapter(one); })(name);
+          },
+          "Only calls of this adapter; may be given again")
+      ->allow_extra_args(false);
+}
+
+void addExport(CLI::App& command, Request& request) {
+  std::string help = "The form:";
+  for (const ExportFormat& format : exportFormats())
+    help += std::string("\n") + format.name + ", " + format.meaning;
+  command
+      .add_option_function<std::string>(
+          "--format",
+          [&request](const std::string& name) {
+            std::vector<std::string> names;
+            for (const ExportFormat& format : exportFormats()) {
+              if (name == format.name) request.format = &format;
+              names.push_back(format.name);
+            }
+            if (request.format) return;
+            const std::string meant = nearest(name, names);
+            throw CLI::ValidationError("--format: expected trace-event, mermaid or csv, found " + name +
+                                       (meant.empty() ? "" : "; did you mean " + meant + "?"));
+          },
+          help)
+      ->required();
+  command.add_option("-o,--output", request.output, "The file to write; standard output without one");
+  addSelection(command, request);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -293,12 +378,15 @@ int main(int argc, char** argv) {
       CLI::App* const command = app.add_subcommand(name, help);
       command->add_option("RECORDING", request.recording, "The file of the recording")->required();
       command->callback([&request, task] { request.task = task; });
+      return command;
     };
     recorded("record", Task::kRecord,
              "Play a scenario (of --scenario, or the morning) and write every call to a file");
     recorded("replay", Task::kReplay,
              "Play the calls of a recording and tell the first that is answered differently");
     recorded("report", Task::kReport, "Print a recording for people: calls, counts, durations");
+    addExport(*recorded("export", Task::kExport, "Write a recording in a form that other programs read"),
+              request);
     app.require_subcommand(0, 1);
     app.parse(argc, argv);
     if (request.list) request.task = Task::kList;

@@ -33,6 +33,16 @@ std::size_t samplesOf(const vorn_testing::Call& call) {
   return static_cast<const std::vector<short>*>(call.addresses.at(0))->size();
 }
 
+/// What was written, or what is masked in its place when a recording spells it in no way that can be read.
+std::string written(const std::string& spelled) {
+  try {
+    const std::vector<Token> values = split(spelled);
+    if (values.size() == 1) return values[0].text;
+  } catch (const Unreadable&) {
+  }
+  return kMask;
+}
+
 }  // namespace
 
 void nameThread(const char* name) {
@@ -86,7 +96,7 @@ void Masker::maskAnswer(Crossing& crossing) {
   if (hides(crossing.exception, keyed || crossing.masked)) crossing.exception = kMask;
   for (std::string& entry : crossing.written) {
     const std::size_t value = entry.find('=') + 1;
-    if (hides(split(entry.substr(value)).at(0).text, keyed)) entry.replace(value, std::string::npos, kMask);
+    if (hides(written(entry.substr(value)), keyed)) entry.replace(value, std::string::npos, kMask);
   }
 }
 

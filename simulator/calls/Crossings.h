@@ -81,6 +81,12 @@ class Masker {
   /// What the call answered and wrote, and the exception's text.
   void maskAnswer(Crossing& crossing);
 
+  /// Both.
+  void mask(Crossing& crossing) {
+    maskArguments(crossing);
+    maskAnswer(crossing);
+  }
+
   /// Whether a text holds what was a secret in a call before.
   bool isKnown(const std::string& text) const { return m_known.in(text); }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <ctime>
 #include <fstream>
@@ -431,17 +432,11 @@ class Reader {
 
 /// The path, unless something stands there that is not ours to replace.
 const std::string& replaceable(const std::string& path) {
-  struct stat there {};
-  if (::stat(path.c_str(), &there) != 0 || (!S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode))) return path;
-  if (S_ISREG(there.st_mode) && there.st_size == 0) return path;
   constexpr std::size_t kLongestHeader = 1 << 16;
-  std::ifstream file(path, std::ios::binary);
-  std::string first(kLongestHeader, '\0');
-  file.read(&first[0], static_cast<std::streamsize>(first.size()));
-  first.resize(static_cast<std::size_t>(file.gcount()));
-  const std::vector<std::string> all = lines(first);
-  if (S_ISDIR(there.st_mode) || all.empty() || versionOf(Json::parse(all[0], nullptr, false)) == 0)
-    throw std::runtime_error(oneLine(path) + " is there already and is no recording; choose another name");
+  refuseToReplace(path, "is no recording", kLongestHeader, [](const std::string& first) {
+    const std::vector<std::string> all = lines(first);
+    return !all.empty() && versionOf(Json::parse(all[0], nullptr, false)) > 0;
+  });
   return path;
 }
 
@@ -456,15 +451,68 @@ const std::vector<RecordedField>& recordedFields() {
   return all;
 }
 
-std::vector<std::string> recordedValues(const Crossing& call) {
-  std::vector<std::string> values;
-  for (const Field& field : fields())
-    values.push_back(field.write(call).dump(-1, ' ', true, Json::error_handler_t::replace));
-  return values;
+std::vector<std::string> recordedCells(const Crossing& call, bool returned) {
+  std::vector<std::string> cells;
+  for (const Field& field : fields()) {
+    const Json value = returned || field.known == Known::kAtBegin ? field.write(call) : Json(nullptr);
+    cells.push_back(value.is_string() ? value.get<std::string>() : value.is_null() ? "" : dumped(value));
+  }
+  return cells;
 }
 
 std::string jsonText(const std::string& text) {
   return Json(text).dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
+void Selection::setRange(const std::string& text) {
+  const std::size_t dash = text.find('-');
+  const auto number = [&](const std::string& digits, unsigned long otherwise) {
+    unsigned long value = otherwise;
+    const char* const end = digits.data() + digits.size();
+    const auto read = std::from_chars(digits.data(), end, value);
+    if (!digits.empty() && (read.ec != std::errc() || read.ptr != end || value == 0))
+      throw std::invalid_argument("");
+    return value;
+  };
+  try {
+    if (text.empty() || text == "-") throw std::invalid_argument("");
+    first = number(text.substr(0, dash), 1);
+    last = dash == std::string::npos ? first : number(text.substr(dash + 1), last);
+    if (first > last) throw std::invalid_argument("");
+  } catch (const std::invalid_argument&) {
+    throw std::invalid_argument("expected numbers of calls such as 7, 7-9, 7- or -9, found " + excerpt(text));
+  }
+}
+
+void Selection::addAdapter(const std::string& name) {
+  std::vector<std::string> names;
+  for (const Operation& operation : operations()) names.push_back(operation.adapter);
+  if (std::find(names.begin(), names.end(), name) == names.end()) {
+    const std::string meant = nearest(name, names);
+    throw std::invalid_argument("expected an adapter, found " + excerpt(name) +
+                                (meant.empty() ? "" : "; did you mean " + meant + "?"));
+  }
+  adapters.insert(name);
+}
+
+bool Selection::takes(const Crossing& call) const {
+  return call.number >= first && call.number <= last &&
+         (adapters.empty() || adapters.count(call.adapter) > 0);
+}
+
+void Recorded::keep(const Selection& selection) {
+  for (std::vector<Call>* const some : {&calls, &open}) {
+    some->erase(std::remove_if(some->begin(), some->end(),
+                               [&](const Call& recorded) { return !selection.takes(recorded.call); }),
+                some->end());
+  }
+}
+
+void Recorded::mask() {
+  Masker masker;
+  for (std::vector<Call>* const some : {&calls, &open}) {
+    for (Call& recorded : *some) masker.mask(recorded.call);
+  }
 }
 
 Recording::Recording(const std::string& path) : m_file(replaceable(path)) {

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,11 +22,26 @@ struct RecordedField {
 /// The fields, in the order in which they are written.
 const std::vector<RecordedField>& recordedFields();
 
-/// What a field of a call holds, as JSON text in ASCII, in the order of recordedFields().
-std::vector<std::string> recordedValues(const Crossing& call);
+/// What the fields of a call hold, as plain text: lists as JSON, nothing for what is not known, or not before a return.
+std::vector<std::string> recordedCells(const Crossing& call, bool returned);
 
 /// A text as JSON in ASCII; bytes that are no UTF-8 are lost.
 std::string jsonText(const std::string& text);
+
+/// Which calls of a recording are wanted.
+struct Selection {
+  unsigned long first = 1;
+  unsigned long last = std::numeric_limits<unsigned long>::max();
+  std::set<std::string> adapters;  ///< All when empty.
+
+  /// "7", "7-9", "7-" or "-9". @throws std::invalid_argument
+  void setRange(const std::string& text);
+
+  /// Adds an adapter. @throws std::invalid_argument  With the name that was meant.
+  void addAdapter(const std::string& name);
+
+  bool takes(const Crossing& call) const;
+};
 
 /// A recording that was read.
 struct Recorded {
@@ -67,6 +84,12 @@ struct Recorded {
   std::vector<Lost> lost;
   std::vector<Note> notes;
   std::vector<std::string> leftOut;  ///< What could not be read, or was passed over, in words.
+
+  /// Drops the calls that are not wanted.
+  void keep(const Selection& selection);
+
+  /// Masks the secrets of all calls.
+  void mask();
 };
 
 /// Writes every call to a file, one JSON object a line; docs/speaker.md tells the format.

@@ -45,17 +45,12 @@ BoundCall bound(const Crossing& call) {
   return bindCall(Caller::kAssistant, name, arguments, 1);
 }
 
-void mask(Crossing& call, Masker& masker) {
-  masker.maskArguments(call);
-  masker.maskAnswer(call);
-}
-
 /// Whether a call is answered as recorded. What was masked then is compared with what is masked now.
 bool isSame(const std::string& recorded, Crossing now) {
   if (recorded.find(kMask) != std::string::npos) {
     Masker masker;
     now.masked = now.masked || now.secret;
-    mask(now, masker);
+    masker.mask(now);
     return Recording::asRead(answer(now)) == recorded;
   }
   now.result = now.clear.answer;
@@ -89,7 +84,7 @@ bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out) {
   for (const auto& [recorded, call] : playable) {
     Crossing then = recorded->call;
     const std::string expected = answer(then);
-    if (!speaker.secrets()) mask(then, masker);
+    if (!speaker.secrets()) masker.mask(then);
     speaker.call(Caller::kAssistant, then.fullName(), call, 1);
     const std::vector<Crossing> calls = speaker.recent();
     const auto now = std::find_if(calls.begin(), calls.end(), [&](const Crossing& arrived) {
@@ -119,7 +114,7 @@ void report(const Recorded& recording, std::ostream& out, bool secrets) {
   std::string last;
   for (const Recorded::Call& recorded : recording.calls) {
     Crossing call = recorded.call;
-    if (!secrets) mask(call, masker);
+    if (!secrets) masker.mask(call);
     durations[(call.isDown() ? "down  " : "up    ") + call.fullName()].push_back(call.took.count());
     // One arrow for a stream of blocks.
     const std::string block =

@@ -9,8 +9,11 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <locale>
 #include <streambuf>
+
+#include "Lines.h"
 
 namespace vorn_speaker {
 
@@ -62,6 +65,19 @@ class WholeFile::Bytes : public std::streambuf {
   int m_error = 0;
   std::array<char, 1 << 14> m_buffer;
 };
+
+void refuseToReplace(const std::string& path, const std::string& problem, std::size_t size,
+                     const std::function<bool(const std::string& first)>& ours) {
+  struct stat there {};
+  if (::stat(path.c_str(), &there) != 0 || (!S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode))) return;
+  if (S_ISREG(there.st_mode) && there.st_size == 0) return;
+  std::ifstream file(path, std::ios::binary);
+  std::string first(size, '\0');
+  file.read(&first[0], static_cast<std::streamsize>(first.size()));
+  first.resize(static_cast<std::size_t>(file.gcount()));
+  if (S_ISDIR(there.st_mode) || !ours(first))
+    throw std::runtime_error(oneLine(path) + " is there already and " + problem + "; choose another name");
+}
 
 WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
   if (char* const real = ::realpath(path.c_str(), nullptr)) {

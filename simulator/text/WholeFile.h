@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -12,6 +13,12 @@ class NotWritten : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// Throws unless nothing stands at the path, or an empty file, or what is no file at all, such as a pipe, or a file whose
+/// first `size` bytes are `ours`. `problem` says what is wrong otherwise: "is no recording".
+/// @throws std::runtime_error
+void refuseToReplace(const std::string& path, const std::string& problem, std::size_t size,
+                     const std::function<bool(const std::string& first)>& ours);
 
 /// A file that only its owner may read, and that appears whole where it takes the place of another: it is written aside
 /// and renamed. What is no regular file, such as a pipe or a device, is written as it is.
