@@ -364,6 +364,7 @@ int main(int argc, char** argv) {
   try {
     app.name("vorn-speaker");
     app.footer(scenarioHelp());
+    app.set_help_all_flag("--help-all", "Print help of all commands");
     app.set_version_flag("--version", VORN_SPEAKER_VERSION);
     app.fallthrough();
 
