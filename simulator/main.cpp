@@ -18,6 +18,7 @@
 #include "Morning.h"
 #include "calls/Export.h"
 #include "calls/Recording.h"
+#include "calls/Report.h"
 #include "device/DataFolder.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
@@ -47,7 +48,8 @@ struct Request {
   Task task = Task::kPlay;
   std::string scenario;  ///< Empty for the morning.
   std::string recording;
-  Selection selection;  ///< Which calls of the recording.
+  std::string otherRecording;  ///< That it is compared with, when not empty.
+  Replay replay;
   const ExportFormat* format = nullptr;
   std::string output;  ///< The file of an export; empty for standard output.
   std::string stateFolder;
@@ -103,15 +105,27 @@ int console(const Request& request, std::ostream& out) {
   return console.run(isatty(STDIN_FILENO) == 1, std::cin) ? kPassed : kFailed;
 }
 
-int replay(const Request& request, std::ostream& out) {
+int replay(Request& request, std::ostream& out) {
   const Recorded calls = Recording::read(request.recording);
   std::ostringstream unseen;
   Speaker speaker(request.settings, unseen);
-  return replay(calls, speaker, out) ? kPassed : kFailed;
+  request.replay.keepGoing = request.settings.keepGoing;
+  return replay(calls, request.replay, speaker, out) ? kPassed : kFailed;
+}
+
+/// A recording as it may be shown.
+Recorded shown(const Request& request, const std::string& path) {
+  Recorded recording = Recording::read(path);
+  recording.keep(request.replay.selection);
+  if (!request.settings.secrets) recording.mask();
+  return recording;
 }
 
 int report(const Request& request, std::ostream& out) {
-  report(Recording::read(request.recording), out, request.settings.secrets);
+  const Recorded recording = shown(request, request.recording);
+  if (!request.otherRecording.empty())
+    return compare(recording, shown(request, request.otherRecording), out) ? kPassed : kFailed;
+  report(recording, out);
   return kPassed;
 }
 
@@ -126,10 +140,8 @@ int exportRecording(const Request& request) {
   if (sameFile(request.output, request.recording))
     throw std::runtime_error(request.output +
                              ": is the recording, and the export would replace it; name another file");
-  Recorded recording = Recording::read(request.recording);
+  const Recorded recording = shown(request, request.recording);
   for (const std::string& told : recording.leftOut) complain(told);
-  recording.keep(request.selection);
-  if (!request.settings.secrets) recording.mask();
   if (!request.output.empty()) {
     try {
       exportTo(request.output, *request.format, recording);
@@ -246,7 +258,9 @@ int run(Request& request) {
   }
   refuseToOverwriteInputs(request);
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
-  if (request.watchdog < 0) request.watchdog = request.settings.host.empty() ? 0 : kForeignHostSeconds;
+  if (request.watchdog < 0)
+    request.watchdog =
+        request.settings.host.empty() && request.task != Task::kReplay ? 0 : kForeignHostSeconds;
   request.settings.limit = std::chrono::seconds(request.watchdog);
   if (request.settings.secrets) umask(077);
   adapt(request);
@@ -288,7 +302,8 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag_callback(
       "--no-trace", [&settings] { settings.trace = false; }, "Leave the library's trace off");
   app.add_flag("--strict", request.strict, "Fail when an operation was never called");
-  app.add_flag("--keep-going", settings.keepGoing, "Go on after an expectation that is not met");
+  app.add_flag("--keep-going", settings.keepGoing,
+               "Go on after an expectation that is not met, or a call that is answered differently");
   app.add_flag("--all", request.everyOperation, "Count also the operations that were never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
@@ -296,7 +311,7 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_option(
          "--watchdog", request.watchdog,
          "Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for\n"
-         "ever; 10 with --host")
+         "ever; 10 with --host and in replays")
       ->check(CLI::NonNegativeNumber);
   app.add_option("--color", request.colour,
                  "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
@@ -317,14 +332,14 @@ void addSelection(CLI::App& command, Request& request) {
     };
   };
   command.add_option_function<std::string>(
-      "--calls", tell([&request](const std::string& text) { request.selection.setRange(text); }),
+      "--calls", tell([&request](const std::string& text) { request.replay.selection.setRange(text); }),
       "Only the calls with these numbers: 7, 7-9, 7- or -9");
   command
       .add_option_function<std::vector<std::string>>(
           "-a,--adapter",
           [&request, tell](const std::vector<std::string>& names) {
             for (const std::string& name : names)
-              tell([&request](const std::string& one) { request.selection.addAdapter(one); })(name);
+              tell([&request](const std::string& one) { request.replay.selection.addAdapter(one); })(name);
           },
           "Only calls of this adapter; may be given again")
       ->allow_extra_args(false);
@@ -383,9 +398,16 @@ int main(int argc, char** argv) {
     };
     recorded("record", Task::kRecord,
              "Play a scenario (of --scenario, or the morning) and write every call to a file");
-    recorded("replay", Task::kReplay,
-             "Play the calls of a recording and tell the first that is answered differently");
-    recorded("report", Task::kReport, "Print a recording for people: calls, counts, durations");
+    CLI::App& replayed =
+        *recorded("replay", Task::kReplay,
+                  "Play the calls of a recording and tell the first that is answered differently");
+    addSelection(replayed, request);
+    replayed.add_flag("--keep-times", request.replay.keepTimes,
+                      "Wait before each call as long as was waited then; without it they follow at once");
+    CLI::App& reported = *recorded(
+        "report", Task::kReport, "Print a recording for people: calls, durations, waits; or how two differ");
+    reported.add_option("OTHER", request.otherRecording, "The recording that it is compared with");
+    addSelection(reported, request);
     addExport(*recorded("export", Task::kExport, "Write a recording in a form that other programs read"),
               request);
     app.require_subcommand(0, 1);

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "text/Lines.h"
 #include "text/Spelling.h"
 
 namespace vorn_speaker {
@@ -58,6 +59,18 @@ std::string Crossing::signature() const {
   std::string line = operation + "(";
   for (std::size_t i = 0; i < arguments.size(); ++i) line += (i ? ", " : "") + arguments[i];
   return line + ")";
+}
+
+std::string Crossing::statement() const {
+  std::string line = fullName();
+  for (const std::string& argument : spelled) line += " " + oneLine(argument);
+  return line;
+}
+
+std::string Crossing::outcome() const {
+  if (threw) return "threw " + exception;
+  const std::string text = answer();
+  return text.empty() ? "no result" : text;
 }
 
 std::string Crossing::answer() const {

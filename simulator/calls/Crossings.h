@@ -65,8 +65,14 @@ struct Crossing {
   bool isDown() const { return direction == Direction::kDown; }
   std::string signature() const;
 
+  /// The call as a statement would make it: "VornDeviceInfo.setSystemSetting mode on".
+  std::string statement() const;
+
   /// The result, and what was written: "true value=on".
   std::string answer() const;
+
+  /// The same in words: "no result", "threw why".
+  std::string outcome() const;
 };
 
 /// The innermost call that the calling thread is inside, or null.

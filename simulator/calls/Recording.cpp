@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <stdexcept>
 
 #include "text/Lines.h"
@@ -397,6 +398,8 @@ class Reader {
       if (calls[i].call.number == calls[i - 1].call.number)
         fail(calls[i].line, "the call " + std::to_string(calls[i].call.number) + " stands twice");
     }
+    std::sort(m_recorded.open.begin(), m_recorded.open.end(),
+              [](const Call& left, const Call& right) { return left.call.number < right.call.number; });
     // Where threads have no numbers, their names tell them apart.
     std::map<std::string, int> threads;
     for (std::vector<Call>* const some : {&calls, &m_recorded.open}) {
@@ -498,6 +501,17 @@ void Selection::addAdapter(const std::string& name) {
 bool Selection::takes(const Crossing& call) const {
   return call.number >= first && call.number <= last &&
          (adapters.empty() || adapters.count(call.adapter) > 0);
+}
+
+void Recorded::tellLeftOut(std::ostream& out) const {
+  for (const std::string& told : leftOut) out << told << '\n';
+  std::int64_t together = 0;
+  for (const Lost& some : lost) together += some.calls;
+  if (together > 0)
+    out << oneLine(path) << ": calls that could not be kept when they came: " << together << '\n';
+  for (const Call& call : open)
+    out << oneLine(path) << ":" << call.line << ": the call " << call.call.number
+        << " had not returned: " << call.call.fullName() << '\n';
 }
 
 void Recorded::keep(const Selection& selection) {

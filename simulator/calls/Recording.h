@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <limits>
 #include <set>
 #include <string>
@@ -84,6 +85,9 @@ struct Recorded {
   std::vector<Lost> lost;
   std::vector<Note> notes;
   std::vector<std::string> leftOut;  ///< What could not be read, or was passed over, in words.
+
+  /// Prints what is missing: what could not be read, was lost, or had not returned.
+  void tellLeftOut(std::ostream& out) const;
 
   /// Drops the calls that are not wanted.
   void keep(const Selection& selection);

@@ -45,6 +45,9 @@ struct Adapters {
   /// Shuts every adapter down, the last created first.
   void shutdown();
 
+  /// Creates one adapter, or shuts it down; another class's name does nothing.
+  void set(const std::string& adapter, bool live);
+
   /// The adapter as the firmware got it from CreateInstance(); empty before.
   template <class Adapter>
   std::shared_ptr<Adapter>& held() {

@@ -1,11 +1,14 @@
 #include "Replay.h"
 
 #include <algorithm>
-#include <iomanip>
+#include <chrono>
+#include <deque>
 #include <map>
 #include <ostream>
+#include <thread>
 #include <utility>
 
+#include "Postmortem.h"
 #include "language/Operations.h"
 #include "text/Lines.h"
 
@@ -13,25 +16,15 @@ namespace vorn_speaker {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::size_t kContext = 3;
 
-/// Whether the assistant client made the call, and the host answers it.
-bool isPlayable(const Crossing& call) {
-  const bool host = call.target == kHostInterface && call.operation != "getEMPAdapter";
-  return call.depth == 0 && (host || call.target == "VornEMPAdapterIF");
-}
-
-std::string statement(const Crossing& call) {
-  std::string line = call.fullName();
-  for (const std::string& argument : call.spelled) line += " " + oneLine(argument);
-  return line;
-}
-
-std::string answer(const Crossing& call) {
-  if (call.threw) return "threw " + call.exception;
-  const std::string text = call.answer();
-  return text.empty() ? "no result" : text;
-}
+/// A call to play, or an adapter's life that begins or ends.
+struct Played {
+  const Recorded::Call* recorded;
+  BoundCall call;  ///< Empty for a life.
+};
 
 /// The call as a statement would make it; throws Unreadable.
 BoundCall bound(const Crossing& call) {
@@ -51,90 +44,138 @@ bool isSame(const std::string& recorded, Crossing now) {
     Masker masker;
     now.masked = now.masked || now.secret;
     masker.mask(now);
-    return Recording::asRead(answer(now)) == recorded;
+    return Recording::asRead(now.outcome()) == recorded;
   }
   now.result = now.clear.answer;
   now.written.clear();
   now.exception = now.clear.exception;
-  return Recording::asRead(answer(now)) == recorded;
+  return Recording::asRead(now.outcome()) == recorded;
 }
 
 std::string place(const Recorded& recording, std::size_t line) {
   return oneLine(recording.path) + ":" + std::to_string(line) + ": ";
 }
 
-}  // namespace
+/// Chooses what is played: what the assistant client called, not what the host called meanwhile.
+class Choice {
+ public:
+  explicit Choice(const Recorded& recording, const Selection& selection) {
+    std::vector<const Recorded::Call*> all;
+    for (const auto* const some : {&recording.calls, &recording.open}) {
+      for (const Recorded::Call& recorded : *some) all.push_back(&recorded);
+    }
+    const auto number = [](const Recorded::Call* recorded) { return recorded->call.number; };
+    std::inplace_merge(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(recording.calls.size()),
+                       all.end(),
+                       [&](const auto* left, const auto* right) { return number(left) < number(right); });
+    auto open = recording.open.begin();
+    for (const Recorded::Call* const recorded : all) {
+      const bool returned = open == recording.open.end() || recorded != &*open;
+      if (!returned) ++open;
+      const bool asked = byAssistant(recorded->call);
+      if (!returned || !selection.takes(recorded->call)) continue;
+      if (isLife(recorded->call)) {
+        played.push_back({recorded, nullptr});
+      } else if (asked && isOfHost(recorded->call)) {
+        add(recording, *recorded);
+      }
+    }
+  }
 
-bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out) {
-  for (const std::string& told : recording.leftOut) out << told << '\n';
-  std::vector<std::pair<const Recorded::Call*, BoundCall>> playable;
-  for (const Recorded::Call& recorded : recording.calls) {
-    if (!isPlayable(recorded.call)) continue;
+  std::vector<Played> played;
+  std::size_t calls = 0;      ///< Among them.
+  std::size_t unreached = 0;  ///< Those that no host answered.
+
+ private:
+  void add(const Recorded& recording, const Recorded::Call& recorded) {
+    if (recorded.call.reached == false) {
+      ++unreached;
+      return;
+    }
     try {
-      playable.emplace_back(&recorded, bound(recorded.call));
+      played.push_back({&recorded, bound(recorded.call)});
+      ++calls;
     } catch (const Unreadable& error) {
       throw std::runtime_error(place(recording, recorded.line) + error.masked().what());
     }
   }
-  if (playable.empty())
+
+  static bool isLife(const Crossing& call) {
+    return call.direction == Direction::kLife && !call.threw &&
+           (call.operation == "CreateInstance" || call.operation == "Shutdown");
+  }
+
+  static bool isOfHost(const Crossing& call) {
+    const bool host = call.target == kHostInterface && call.operation != "getEMPAdapter";
+    return call.isDown() && (host || call.target == "VornEMPAdapterIF");
+  }
+
+  /// Whether nothing is around the call, or the assistant side, which was called and calls back.
+  bool byAssistant(const Crossing& call) {
+    std::vector<Direction>& outer = m_outer[call.threadNumber];
+    outer.resize(static_cast<std::size_t>(call.depth), Direction::kDown);
+    const bool asked = outer.empty() || outer.back() == Direction::kUp;
+    outer.push_back(call.direction);
+    return asked;
+  }
+
+  std::map<int, std::vector<Direction>> m_outer;  ///< The calls around, by thread.
+};
+
+/// Waits up to the time, or to a request to end.
+void waitUntil(Clock::time_point time) {
+  constexpr std::chrono::milliseconds kPart(100);
+  for (auto now = Clock::now(); now < time && endRequested() == 0; now = Clock::now())
+    std::this_thread::sleep_until(std::min(time, now + kPart));
+}
+
+}  // namespace
+
+bool replay(const Recorded& recording, const Replay& how, Speaker& speaker, std::ostream& out) {
+  recording.tellLeftOut(out);
+  const Choice choice(recording, how.selection);
+  if (choice.calls == 0)
     throw std::runtime_error(oneLine(recording.path) +
                              ": expected calls of the assistant client, found none to play");
   Masker masker;
-  std::vector<std::string> before;
-  for (const auto& [recorded, call] : playable) {
+  std::deque<std::string> before;
+  std::size_t played = 0, different = 0;
+  const auto start = Clock::now() - choice.played.front().recorded->call.began;
+  for (const auto& [recorded, call] : choice.played) {
+    if (how.keepTimes) waitUntil(start + recorded->call.began);
+    if (endRequested() != 0) break;
+    if (!call) {
+      speaker.adapter(recorded->call.adapter, recorded->call.operation == "CreateInstance");
+      continue;
+    }
     Crossing then = recorded->call;
-    const std::string expected = answer(then);
+    const std::string expected = then.outcome();
     if (!speaker.secrets()) masker.mask(then);
     speaker.call(Caller::kAssistant, then.fullName(), call, 1);
+    ++played;
     const std::vector<Crossing> calls = speaker.recent();
     const auto now = std::find_if(calls.begin(), calls.end(), [&](const Crossing& arrived) {
       return arrived.target == then.target && arrived.slot == then.slot;
     });
-    const std::string seen = now == calls.end() ? "no call" : oneLine(answer(*now));
+    const std::string seen = now == calls.end() ? "no call" : oneLine(now->outcome());
     if (now == calls.end() || !isSame(expected, *now)) {
+      ++different;
       out << place(recording, recorded->line) << "Call " << then.number << " is answered differently:\n";
-      for (std::size_t i = before.size() - std::min(before.size(), kContext); i < before.size(); ++i) {
-        out << "  before    " << before[i] << '\n';
-      }
-      out << "  called    " << statement(then) << "\n  recorded  " << oneLine(answer(then))
-          << "\n  now       " << seen << '\n';
-      return false;
+      for (const std::string& line : before) out << "  before    " << line << '\n';
+      // What a host that fails leaves behind is told too.
+      out << "  called    " << then.statement() << "\n  recorded  " << oneLine(then.outcome())
+          << "\n  now       " << seen << std::endl;
+      if (!how.keepGoing) return false;
     }
-    before.push_back(statement(then) + " = " + seen);
+    before.push_back(then.statement() + " = " + seen);
+    if (before.size() > kContext) before.pop_front();
   }
-  out << before.size() << " calls, all answered as recorded.\n";
-  return true;
-}
-
-void report(const Recorded& recording, std::ostream& out, bool secrets) {
-  Masker masker;
-  for (const std::string& told : recording.leftOut) out << told << '\n';
-  out << "assistant          firmware\n";
-  std::map<std::string, std::vector<std::int64_t>> durations;
-  std::string last;
-  for (const Recorded::Call& recorded : recording.calls) {
-    Crossing call = recorded.call;
-    if (!secrets) masker.mask(call);
-    durations[(call.isDown() ? "down  " : "up    ") + call.fullName()].push_back(call.took.count());
-    // One arrow for a stream of blocks.
-    const std::string block =
-        call.operation == "sendAudioData" || call.operation == "sendData" ? call.fullName() : "";
-    if (!block.empty() && block == last) continue;
-    last = block;
-    const std::string line = excerpt(statement(call));
-    out << (call.isDown() ? "    |----------------->|  " : "    |<-----------------|  ")
-        << std::string(2 * static_cast<std::size_t>(std::min(call.depth, kDeepest)), ' ') << line;
-    if (call.threw || !call.answer().empty()) out << " = " << oneLine(answer(call));
-    out << '\n';
-  }
-  out << "\n"
-      << std::left << std::setw(76) << "Microseconds" << std::right << std::setw(8) << "calls" << std::setw(8)
-      << "least" << std::setw(8) << "median" << std::setw(8) << "most" << '\n';
-  for (auto& [name, times] : durations) {
-    std::sort(times.begin(), times.end());
-    out << std::left << std::setw(76) << name << std::right << std::setw(8) << times.size() << std::setw(8)
-        << times.front() << std::setw(8) << times[times.size() / 2] << std::setw(8) << times.back() << '\n';
-  }
+  if (choice.unreached > 0)
+    out << "Calls that reached no host, and were not played: " << choice.unreached << '\n';
+  out << played << " calls, "
+      << (different == 0 ? "all answered as recorded" : std::to_string(different) + " answered differently")
+      << ".\n";
+  return different == 0;
 }
 
 }  // namespace vorn_speaker

@@ -8,12 +8,17 @@
 
 namespace vorn_speaker {
 
-/// Plays the calls that a recording's assistant client made of the host and its external player, and stops at the
-/// first that is answered differently. Returns whether there was none; says so, with what came before, on `out`.
-/// @throws std::runtime_error  A call cannot be made, or there is none: names file and line.
-bool replay(const Recorded& recording, Speaker& speaker, std::ostream& out);
+/// How a recording is replayed.
+struct Replay {
+  Selection selection;     ///< Which calls are played.
+  bool keepTimes = false;  ///< Whether each call waits for its time, or follows at once.
+  bool keepGoing = false;  ///< Whether it goes on after a difference, and tells all.
+};
 
-/// Prints a recording for people: who called whom, how often, how long it took. Secrets are masked unless `secrets`.
-void report(const Recorded& recording, std::ostream& out, bool secrets);
+/// Plays the calls that a recording's assistant client made of the host and its external player, with adapters created
+/// and shut down as they were, and stops at the first that is answered differently. Returns whether there was none;
+/// says so, with what came before, on `out`.
+/// @throws std::runtime_error  A call cannot be made, or there is none: names file and line.
+bool replay(const Recorded& recording, const Replay& how, Speaker& speaker, std::ostream& out);
 
 }  // namespace vorn_speaker

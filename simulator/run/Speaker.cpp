@@ -369,6 +369,13 @@ void Speaker::answer(const std::string& question, const std::string& value) {
 
 void Speaker::waitForMicrophone() { m_microphone.wait(); }
 
+void Speaker::adapter(const std::string& name, bool live) {
+  m_firmware->run([&] {
+    m_adapters.set(name, live);
+    return std::string();
+  });
+}
+
 void Speaker::adapters(bool create) {
   m_firmware->run([&] {
     create ? m_adapters.create() : m_adapters.shutdown();

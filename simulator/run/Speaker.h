@@ -74,6 +74,9 @@ class Speaker : public Stage, private Crossings::Listener {
   /// Prints what the library has traced since the start, runs of like lines once and tokens masked.
   void printTrace(std::ostream& out) const;
 
+  /// Creates one adapter, or shuts it down.
+  void adapter(const std::string& name, bool live);
+
   /// The calls that arrived since the last call of a scenario began.
   std::vector<Crossing> recent() const;
 
