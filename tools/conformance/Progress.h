@@ -1,10 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <ostream>
 #include <string>
+#include <utility>
 
 /// A line at the foot of a terminal that tells how far a run is and how long the rest may take, once it takes longer than
 /// two seconds. It makes room for what is printed meanwhile, and leaves nothing behind.

@@ -319,6 +319,7 @@ int run(const Options& options) {
     if (before != known.end()) {
       checkRun.remember(check, before->second);
       results.push_back({check, before->second, {}});
+      progress.clear();
       printer.add(results.back());
       continue;
     }
