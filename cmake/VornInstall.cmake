@@ -95,4 +95,10 @@ foreach(tool vorn-speaker vorn-log vorn-conformance)
   endif()
 endforeach()
 
+if(TARGET vorn-capture)
+  set_target_properties(vorn-capture PROPERTIES VORN_WAY ${lib_of_bin}/vorn-capture)
+  install(TARGETS vorn-capture RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS VornCapture VornCaptureOld LIBRARY DESTINATION ${libdir}/vorn-capture COMPONENT tools)
+endif()
+
 include(packaging/VornPackages.cmake)

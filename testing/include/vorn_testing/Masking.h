@@ -8,6 +8,12 @@ namespace vorn_testing {
 /// What stands in place of a secret.
 constexpr char kMask[] = "********";
 
+/// What a name that tells of a secret holds, in small letters.
+constexpr const char* kSecretWords[] = {"token",      "password",   "passwd",     "passphrase",  "passcode",
+                                        "pwd",        "psk",        "apikey",     "accesskey",   "privatekey",
+                                        "credential", "secret",     "setupcode",  "pairingcode", "authcode",
+                                        "wpakey",     "encryptkey", "networkkey", "pincode"};
+
 /// Whether what bears this name must not be printed: a parameter, a key of a setting, a key in a store.
 ///
 /// Case and what stands between words do not matter: accessToken, wifi_password and API-KEY are all secret. A word inside
@@ -19,11 +25,7 @@ inline bool isSecretName(const std::string& name) {
     if (c >= 'A' && c <= 'Z') letters += static_cast<char>(c - 'A' + 'a');
     if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) letters += c;
   }
-  static const char* const kWords[] = {"token",      "password",   "passwd",     "passphrase",  "passcode",
-                                       "pwd",        "psk",        "apikey",     "accesskey",   "privatekey",
-                                       "credential", "secret",     "setupcode",  "pairingcode", "authcode",
-                                       "wpakey",     "encryptkey", "networkkey", "pincode"};
-  for (const char* const word : kWords) {
+  for (const char* const word : kSecretWords) {
     if (letters.find(word) != std::string::npos) return true;
   }
   return false;

@@ -1,0 +1,172 @@
+#include "Masker.h"
+
+#include <atomic>
+#include <cstring>
+
+namespace vorn_capture {
+
+/// The words as a table: a state is how much of which word was read, and the next letter leads to the next state.
+struct SecretWords {
+  static constexpr std::size_t kMost = 200;
+
+  enum : std::uint8_t { kNothing = 0, kOther = 1, kFirst = 2 };  // What stands between words; a digit; the letters.
+
+  std::uint8_t kinds[256] = {};
+  std::uint8_t next[kMost][kFirst + 26] = {};
+
+  SecretWords() {
+    for (int c = '0'; c <= '9'; ++c) kinds[c] = kOther;
+    for (int c = 0; c < 26; ++c) kinds['a' + c] = kinds['A' + c] = static_cast<std::uint8_t>(kFirst + c);
+    std::uint8_t fallback[kMost] = {};
+    std::size_t used = 1;
+    for (const char* word : vorn_testing::kSecretWords) {
+      std::size_t state = 0;
+      for (; *word && state != SecretSearch::kFound; ++word) {
+        std::uint8_t& to = next[state][kinds[static_cast<unsigned char>(*word)]];
+        if (!word[1])
+          to = SecretSearch::kFound;
+        else if (to == 0)
+          to = static_cast<std::uint8_t>(used++);
+        state = to;
+      }
+    }
+    // A state numbered lower is never longer, but not the other way round: by length.
+    std::uint8_t order[kMost] = {};
+    std::size_t taken = 0, known = 1;
+    for (; taken < known; ++taken) {
+      const std::size_t state = order[taken];
+      for (std::size_t letter = kOther; letter < kFirst + 26; ++letter) {
+        std::uint8_t& to = next[state][letter];
+        const std::uint8_t instead = state ? next[fallback[state]][letter] : std::uint8_t{0};
+        if (to == 0 || instead == SecretSearch::kFound) {
+          to = instead;
+        } else if (to != SecretSearch::kFound) {
+          fallback[to] = instead;
+          order[known++] = to;
+        }
+      }
+    }
+    for (std::size_t state = 0; state < used; ++state) next[state][kNothing] = static_cast<std::uint8_t>(state);
+  }
+};
+
+namespace {
+
+const SecretWords& words() {
+  static const SecretWords made;
+  return made;
+}
+
+constexpr std::uint64_t kBase = 0x9E3779B97F4A7C15;
+constexpr std::size_t kValues = 4096;
+constexpr std::size_t kLengths = 64;
+
+// What is here is only added to: who reads an old state masks what was known then.
+std::atomic<std::uint64_t> values[kValues];
+std::atomic<std::size_t> lengths[kLengths];
+std::atomic<std::size_t> valueCount{0};
+std::atomic<bool> isFull{false};
+
+std::uint64_t mixed(std::uint64_t hash, std::size_t size) {
+  hash ^= size * 0xC2B2AE3D27D4EB4F;
+  hash ^= hash >> 29;
+  hash *= kBase;
+  hash ^= hash >> 32;
+  return hash | 1;  // 0 is an empty place.
+}
+
+bool isIn(std::uint64_t value) {
+  for (std::size_t i = 0; i < kValues; ++i) {
+    const std::uint64_t found = values[(value + i) % kValues].load(std::memory_order_relaxed);
+    if (found == value) return true;
+    if (found == 0) return false;
+  }
+  return false;
+}
+
+std::uint64_t hashOf(const char* text, std::size_t size) {
+  std::uint64_t hash = 0;
+  for (std::size_t i = 0; i < size; ++i) hash = hash * kBase + static_cast<unsigned char>(text[i]) + 1;
+  return hash;
+}
+
+bool holds(const char* text, std::size_t size, std::size_t length) {
+  std::uint64_t highest = 1;
+  for (std::size_t i = 1; i < length; ++i) highest *= kBase;
+  std::uint64_t hash = hashOf(text, length);
+  for (std::size_t at = 0;; ++at) {
+    if (isIn(mixed(hash, length))) return true;
+    if (at + length == size) return false;
+    hash -= highest * (static_cast<unsigned char>(text[at]) + std::uint64_t{1});
+    hash = hash * kBase + static_cast<unsigned char>(text[at + length]) + 1;
+  }
+}
+
+}  // namespace
+
+void SecretSearch::add(const char* text, std::size_t size) {
+  static const SecretWords& table = words();
+  std::uint8_t state = m_state;
+  std::uint8_t stars = m_stars;
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (state != kFound) state = table.next[state][table.kinds[c]];
+    if (c == '*') {
+      if (++stars == sizeof vorn_testing::kMask - 1) {
+        m_masked = true;
+        stars = 0;
+      }
+    } else {
+      stars = 0;
+    }
+  }
+  m_state = state;
+  m_stars = stars;
+}
+
+namespace known {
+
+void add(const char* text, std::size_t size) {
+  if (size < kShortest) return;
+  const std::uint64_t value = mixed(hashOf(text, size), size);
+  if (isIn(value)) return;
+  bool kept = false;
+  for (std::size_t i = 0; i < kLengths && !kept; ++i) {
+    std::size_t length = lengths[i].load();
+    kept = length == size || (length == 0 && lengths[i].compare_exchange_strong(length, size)) || length == size;
+  }
+  // Half empty, so that a look for what is not there is short.
+  if (!kept || valueCount.fetch_add(1) >= kValues / 2) {
+    isFull = true;
+    return;
+  }
+  for (std::size_t i = 0; i < kValues; ++i) {
+    std::uint64_t found = 0;
+    if (values[(value + i) % kValues].compare_exchange_strong(found, value) || found == value) return;
+  }
+}
+
+bool any() { return lengths[0].load(std::memory_order_relaxed) != 0; }
+
+bool in(const char* text, std::size_t size) {
+  if (size < kShortest) return false;
+  if (isFull.load(std::memory_order_relaxed)) return true;  // What cannot be known is taken for one.
+  for (const auto& each : lengths) {
+    const std::size_t length = each.load(std::memory_order_acquire);
+    if (length == 0) return false;
+    if (length <= size && holds(text, size, length)) return true;
+  }
+  return false;
+}
+
+}  // namespace known
+
+ParameterName parameterName(const std::string& name) {
+  ParameterName told;
+  told.secret = vorn_testing::isSecretName(name);
+  told.key = name == "key" || name == "keys";
+  told.keys = name == "keys";
+  return told;
+}
+
+}  // namespace vorn_capture

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Render.h"
+
+namespace vorn_capture {
+
+/// The file of a recording, of which every line is whole at any moment.
+///
+/// When a process is killed while it writes, the system has written up to the end of a page. So no line crosses one: the
+/// line before it is filled up with blanks. Only a line that is longer than a page can be cut.
+class Output {
+ public:
+  /// What the file begins with, and what tells recordings of the same run.
+  struct About {
+    std::string header;
+    std::string run;
+  };
+
+  /// Takes the place of an earlier recording; beside one that is being written, or was in this run, the name gets the
+  /// process's number. Never through a link, never over another file. @returns  What went wrong, or an empty text.
+  std::string open(const std::string& path, const About& about, std::uint64_t keep);
+
+  const std::string& path() const { return m_path; }
+
+  /// Adds a line. `calls` is how many it stands for, should it have to go.
+  void add(std::string_view line, std::uint64_t calls);
+
+  /// Writes what was added. @returns  Whether it could.
+  bool flush(std::int64_t microseconds);
+
+  /// How many calls could not be written, and forgets it.
+  std::uint64_t takeLost();
+
+ private:
+  struct Mark {
+    std::uint64_t offset = 0;
+    std::uint64_t calls = 0;
+  };
+
+  std::string take(const std::string& path, const About& about);
+  void begin(int file);
+  bool write(int file, const char* bytes, std::size_t size, std::uint64_t at);
+  void shorten(std::int64_t microseconds);
+
+  int m_file = -1;
+  std::string m_path;
+  std::string m_header;
+  Bytes m_buffer;             ///< Begins with the last byte of the file, which may have to give way to blanks.
+  std::uint64_t m_base = 0;   ///< Where the buffer's first byte stands.
+  std::uint64_t m_calls = 0;  ///< That the file stands for, the buffer included.
+  std::uint64_t m_waiting = 0;
+  std::uint64_t m_lost = 0;
+  std::uint64_t m_keep = 0;
+  std::array<Mark, 64> m_marks;
+  std::size_t m_markCount = 0;
+};
+
+}  // namespace vorn_capture

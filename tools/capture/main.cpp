@@ -1,0 +1,192 @@
+// vorn-capture: runs a program and records what crosses the library in it.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vorn_testing/Text.h>
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+#include "Program.h"
+
+namespace {
+
+using vorn_capture::StringAbi;
+using vorn_capture::Unfit;
+
+constexpr int kNothingDone = 2;
+constexpr std::uint64_t kLeastKept = std::uint64_t{64} << 10;
+
+constexpr char kHelp[] =
+    R"(Runs a program and records every call that crosses libVornDALImpl.so in it, in a file that vorn-speaker reads.
+Usage: vorn-capture -o FILE [OPTION]... PROGRAM [ARGUMENT]...
+
+  -o, --output FILE   where to; an earlier recording is replaced, any other file is not
+  --keep SIZE         keep at most so much, the newest: 500K, 64M, 2G
+  --toggle SIGNAL     stop and go on at this signal, such as USR2
+  --paused            begin without recording
+  --audio FILE        keep the sound too, as a WAV file; without it, one line a second tells of it
+  --ring SIZE         what a thread may be ahead of the file, 256K
+  --library FILE      the libVornDALImpl.so that the program loads later by itself
+  -h, --help          print this
+  --version           print the version
+
+Without vorn-capture: LD_PRELOAD=libvorn-capture.so VORN_CAPTURE=FILE PROGRAM; the man page names the other variables.
+Exit status: the program's; 2 when it was not started.
+)";
+
+struct Options {
+  std::string output, audio, library, toggle;
+  std::uint64_t keep = 0, ring = 0;
+  bool paused = false;
+  std::vector<std::string> program;
+};
+
+std::uint64_t sizeOf(const std::string& option, const std::string& text) {
+  std::uint64_t size = 0;
+  std::size_t at = 0;
+  for (; at < text.size() && text[at] >= '0' && text[at] <= '9' && size < std::uint64_t{1} << 40; ++at)
+    size = size * 10 + static_cast<std::uint64_t>(text[at] - '0');
+  const std::string unit = text.substr(at);
+  const int shift = unit.empty() ? 0 : unit == "K" ? 10 : unit == "M" ? 20 : unit == "G" ? 30 : -1;
+  if (at == 0 || shift < 0 || (size << shift) < kLeastKept || (size << shift) > std::uint64_t{1} << 42)
+    throw Unfit(option + " " + text + ": expected a size from 64K, such as 500K, 64M or 2G");
+  return size << shift;
+}
+
+std::string signalOf(const std::string& text) {
+  const std::string name = text.compare(0, 3, "SIG") == 0 ? text.substr(3) : text;
+  for (const int signal : {SIGHUP, SIGUSR1, SIGUSR2, SIGWINCH, SIGURG, SIGCONT, SIGALRM, SIGIO, SIGPWR}) {
+    const char* const known = sigabbrev_np(signal);
+    if ((known && name == known) || name == std::to_string(signal)) return std::to_string(signal);
+  }
+  throw Unfit("--toggle " + text + ": expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR");
+}
+
+Options optionsOf(int count, char** arguments) {
+  Options options;
+  int i = 1;
+  const auto value = [&](const std::string& option) -> std::string {
+    if (i + 1 >= count) throw Unfit(option + ": expected a value after it");
+    return arguments[++i];
+  };
+  for (; i < count && arguments[i][0] == '-'; ++i) {
+    const std::string option = arguments[i];
+    if (option == "--") {
+      ++i;
+      break;
+    } else if (option == "-o" || option == "--output") {
+      options.output = value(option);
+    } else if (option == "--keep") {
+      options.keep = sizeOf(option, value(option));
+    } else if (option == "--ring") {
+      options.ring = sizeOf(option, value(option));
+    } else if (option == "--toggle") {
+      options.toggle = signalOf(value(option));
+    } else if (option == "--audio") {
+      options.audio = value(option);
+    } else if (option == "--library") {
+      options.library = value(option);
+    } else if (option == "--paused") {
+      options.paused = true;
+    } else {
+      throw Unfit(option + ": is not known; vorn-capture --help names the options");
+    }
+  }
+  for (; i < count; ++i) options.program.emplace_back(arguments[i]);
+  if (options.output.empty()) throw Unfit("where to? Name a file with -o");
+  if (options.program.empty()) throw Unfit("what to run? Name a program after the options");
+  return options;
+}
+
+std::string absolute(const std::string& path) {
+  char folder[PATH_MAX];
+  return path[0] == '/' || !getcwd(folder, sizeof folder) ? path : std::string(folder) + "/" + path;
+}
+
+/// What the preloaded library would refuse later, when nobody looks.
+void refuseToOverwrite(const std::string& path, bool recordings) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) {
+    if (errno != ENOENT) throw Unfit(path + ": " + std::strerror(errno));
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    if (access(folder.c_str(), W_OK | X_OK) != 0) throw Unfit(folder + ": " + std::strerror(errno));
+    return;
+  }
+  if (!recordings) throw Unfit(path + ": is there already; choose another name");
+  char first[27] = {};
+  const int file = S_ISREG(status.st_mode) ? open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC) : -1;
+  const ssize_t size = file < 0 ? -1 : read(file, first, sizeof first - 1);
+  if (file >= 0) close(file);
+  if (size != 0 && std::strcmp(first, R"({"recording":"vorn-speaker")") != 0)
+    throw Unfit(path + ": is there already and is no recording; choose another name");
+}
+
+/// The libraries are where they are installed, or beside this program in a build folder.
+std::string preloaded(StringAbi abi) {
+  const std::string name = abi == StringAbi::kOld ? "libvorn-capture-old.so" : "libvorn-capture.so";
+  char self[PATH_MAX];
+  const ssize_t size = readlink("/proc/self/exe", self, sizeof self);
+  const std::string path(self, size > 0 ? static_cast<std::size_t>(size) : 0);
+  const std::string folder = path.substr(0, path.rfind('/') + 1);
+  for (const std::string& file : {folder + name, folder + VORN_CAPTURE_WAY + "/" + name}) {
+    if (access(file.c_str(), R_OK) == 0) return file;
+  }
+  throw Unfit(name + ": is not beside " + path + " nor in " + folder + VORN_CAPTURE_WAY + "; install the tools again");
+}
+
+void set(const char* name, const std::string& value) {
+  if (value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1)) throw Unfit(std::string(name) + ": " + std::strerror(errno));
+}
+
+std::string number(std::uint64_t value) { return value ? std::to_string(value) : ""; }
+
+void complain(const std::string& text) { std::cerr << "vorn-capture: " << vorn_testing::harmless(text) << '\n'; }
+
+void start(Options options) {
+  const std::string output = absolute(options.output);
+  refuseToOverwrite(output, true);
+  if (!options.audio.empty()) refuseToOverwrite(absolute(options.audio), false);
+  const vorn_capture::Program program = vorn_capture::lookAt(options.program[0], options.library);
+  for (const std::string& remark : program.remarks) complain(remark);
+
+  const std::string library = preloaded(program.abi);
+  if (library.find_first_of(": ") != std::string::npos) throw Unfit(library + ": the system cannot preload a file with a blank or colon in its name");
+  const char* const others = std::getenv("LD_PRELOAD");
+  set("LD_PRELOAD", others && *others ? std::string(others) + ":" + library : library);
+  set("VORN_CAPTURE", output);
+  set("VORN_CAPTURE_AUDIO", options.audio.empty() ? "" : absolute(options.audio));
+  set("VORN_CAPTURE_KEEP", number(options.keep));
+  set("VORN_CAPTURE_RING", number(options.ring));
+  set("VORN_CAPTURE_TOGGLE", options.toggle);
+  set("VORN_CAPTURE_PAUSED", options.paused ? "1" : "");
+  set("VORN_CAPTURE_RUN", std::to_string(getpid()) + "." + std::to_string(std::chrono::system_clock::now().time_since_epoch().count()));
+  std::vector<char*> arguments;
+  for (std::string& argument : options.program) arguments.push_back(argument.data());
+  arguments.push_back(nullptr);
+  execv(program.path.c_str(), arguments.data());
+  throw Unfit(program.path + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  try {
+    const std::string first = count > 1 ? arguments[1] : "";
+    if (first == "-h" || first == "--help" || first == "--version") {
+      std::cout << (first == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
+      return std::cout ? 0 : 1;
+    }
+    start(optionsOf(count, arguments));
+  } catch (const std::exception& error) {
+    complain(error.what());
+  }
+  return kNothingDone;
+}
