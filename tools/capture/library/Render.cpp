@@ -214,13 +214,13 @@ void text(Bytes& line, const char* name, std::string_view value) {
   quote(line, value);
 }
 
-/// What is only quoted when it is whole; the writer alone uses it.
+/// What is only quoted when it is whole; the writer alone uses it, until the process ends.
 Bytes& emptied(Bytes& bytes) {
   bytes.cut(0);
   return bytes;
 }
 Bytes& scratch() {
-  static Bytes bytes;
+  static Bytes& bytes = *new Bytes;
   return emptied(bytes);
 }
 
@@ -314,7 +314,7 @@ void renderCall(Bytes& line, const Line& about, const char* from, const char* to
   Bytes& result = scratch();
   if (end.answers) value(result, to, false);
   text(line, "result", result.text());
-  static Bytes kept;
+  static Bytes& kept = *new Bytes;
   Bytes& exception = emptied(kept);  // Its place is behind what was written.
   if (end.threw) value(exception, to, false);
   field(line, "written");

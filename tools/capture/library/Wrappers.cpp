@@ -347,8 +347,20 @@ class Row {
   static inline const Function* operations[kMost];
 };
 
-std::deque<Function> functions;
-std::deque<std::pair<std::string, std::atomic<bool>>> adapters;
+// From the first call, which may come before this library's own constructors, to the very end of the process.
+std::deque<Function>& functions() {
+  static auto& all = *new std::deque<Function>;
+  return all;
+}
+
+/// Whether the host of an adapter was seen to be handed over.
+std::atomic<bool>* frontedOf(const char* adapter) {
+  static auto& all = *new std::deque<std::pair<std::string, std::atomic<bool>>>;
+  for (auto& [name, fronted] : all) {
+    if (name == adapter) return &fronted;
+  }
+  return &all.emplace_back(adapter, false).second;
+}
 
 /// Goes through the list and wires every stub and every slot.
 struct Wiring : vorn_testing::OperationVisitor {
@@ -404,15 +416,12 @@ struct Wiring : vorn_testing::OperationVisitor {
 
  private:
   Function& add(const Operation& operation) {
-    Function& added = functions.emplace_back();
+    Function& added = functions().emplace_back();
     added.operation = operation;
-    added.index = static_cast<std::uint32_t>(functions.size() - 1);
+    added.index = static_cast<std::uint32_t>(functions().size() - 1);
     std::size_t i = 0;
     for (const std::string& name : vorn_testing::parameterNames(operation)) added.parameters.at(i++) = parameterName(name);
-    for (auto& [adapter, fronted] : adapters) {
-      if (adapter == operation.adapter) added.fronted = &fronted;
-    }
-    if (!added.fronted) added.fronted = &adapters.emplace_back(operation.adapter, false).second;
+    added.fronted = frontedOf(operation.adapter);
     return added;
   }
 
@@ -434,7 +443,7 @@ struct Wiring : vorn_testing::OperationVisitor {
     const std::size_t stub = isVirtual ? stubNamed(nested(operation.adapter) + std::to_string(std::strlen(operation.name)) + operation.name)
                                        : stubAt(words[0], operation.name);
     typedef std::conditional_t<std::is_same_v<Result, std::shared_ptr<Container>>, ContainerCall, MemberCall<Result, P...>> Call;
-    wire(functions[function.index], stub, Row<Call, Result, void*, Passed<P>...>::next(function));
+    wire(functions()[function.index], stub, Row<Call, Result, void*, Passed<P>...>::next(function));
     if (isVirtual) {
       const std::size_t which = std::strcmp(operation.name, "sendData") == 0 ? 0 : 1;
       containerStubs[which] = const_cast<char*>(vornCaptureStubs) + stub * kStubSize;
@@ -494,7 +503,7 @@ struct References : vorn_testing::OperationVisitor {
 
 }  // namespace
 
-const Function& functionAt(std::uint32_t index) { return functions[index]; }
+const Function& functionAt(std::uint32_t index) { return functions()[index]; }
 
 void wrap() {
   hostTable[1] = const_cast<std::type_info*>(&typeid(VornDALImplIF));
