@@ -20,4 +20,4 @@ _vorn_tool() {
   esac
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current" | sort -u)
 }
-complete -o default -F _vorn_tool vorn-speaker vorn-log vorn-conformance
+complete -o default -F _vorn_tool vorn-speaker vorn-log vorn-conformance vorn-capture

@@ -80,10 +80,12 @@ class Object {
   bool isSymbolic() const {
     for (const auto& segment : segments()) {
       if (segment.p_type != PT_DYNAMIC) continue;
-      for (std::uint64_t offset = segment.p_offset; offset + sizeof(Elf64_Dyn) <= m_bytes.size(); offset += sizeof(Elf64_Dyn)) {
+      for (std::uint64_t offset = segment.p_offset; offset + sizeof(Elf64_Dyn) <= m_bytes.size();
+           offset += sizeof(Elf64_Dyn)) {
         const auto entry = at<Elf64_Dyn>(offset);
         if (entry.d_tag == DT_NULL) break;
-        if (entry.d_tag == DT_SYMBOLIC || (entry.d_tag == DT_FLAGS && (entry.d_un.d_val & DF_SYMBOLIC))) return true;
+        if (entry.d_tag == DT_SYMBOLIC || (entry.d_tag == DT_FLAGS && (entry.d_un.d_val & DF_SYMBOLIC)))
+          return true;
       }
     }
     return false;
@@ -96,10 +98,13 @@ class Object {
       const auto section = at<Elf64_Shdr>(header.e_shoff + i * sizeof(Elf64_Shdr));
       if (section.sh_type != SHT_DYNSYM && section.sh_type != SHT_SYMTAB) continue;
       const auto texts = at<Elf64_Shdr>(header.e_shoff + section.sh_link * sizeof(Elf64_Shdr));
-      for (std::uint64_t offset = 0; offset + sizeof(Elf64_Sym) <= section.sh_size; offset += sizeof(Elf64_Sym)) {
+      for (std::uint64_t offset = 0; offset + sizeof(Elf64_Sym) <= section.sh_size;
+           offset += sizeof(Elf64_Sym)) {
         const auto symbol = at<Elf64_Sym>(section.sh_offset + offset);
         const std::uint64_t place = texts.sh_offset + symbol.st_name;
-        if (symbol.st_shndx != SHN_UNDEF && place < m_bytes.size() && std::strcmp(m_bytes.c_str() + place, name) == 0) return true;
+        if (symbol.st_shndx != SHN_UNDEF && place < m_bytes.size() &&
+            std::strcmp(m_bytes.c_str() + place, name) == 0)
+          return true;
       }
     }
     return false;
@@ -109,14 +114,16 @@ class Object {
   template <class Value>
   Value at(std::uint64_t offset) const {
     Value value{};
-    if (offset <= m_bytes.size() && m_bytes.size() - offset >= sizeof value) std::memcpy(&value, m_bytes.data() + offset, sizeof value);
+    if (offset <= m_bytes.size() && m_bytes.size() - offset >= sizeof value)
+      std::memcpy(&value, m_bytes.data() + offset, sizeof value);
     return value;
   }
 
   std::vector<Elf64_Phdr> segments() const {
     const auto header = at<Elf64_Ehdr>(0);
     std::vector<Elf64_Phdr> all;
-    for (std::size_t i = 0; i < header.e_phnum; ++i) all.push_back(at<Elf64_Phdr>(header.e_phoff + i * sizeof(Elf64_Phdr)));
+    for (std::size_t i = 0; i < header.e_phnum; ++i)
+      all.push_back(at<Elf64_Phdr>(header.e_phoff + i * sizeof(Elf64_Phdr)));
     return all;
   }
 
@@ -124,7 +131,8 @@ class Object {
 };
 
 /// What the program's loader says that it would load: name and path. The program itself does not run.
-std::vector<std::pair<std::string, std::string>> loaded(const std::string& loader, const std::string& program) {
+std::vector<std::pair<std::string, std::string>> loaded(const std::string& loader,
+                                                        const std::string& program) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Unfit(std::string("no pipe can be made: ") + std::strerror(errno));
   posix_spawn_file_actions_t actions;
@@ -181,8 +189,10 @@ void refuseOtherRights(const std::string& path) {
   const bool otherGroup = (status.st_mode & S_ISGID) && status.st_gid != getegid();
   const bool capable = geteuid() != 0 && getxattr(path.c_str(), "security.capability", nullptr, 0) > 0;
   if (otherUser || otherGroup || capable)
-    throw Unfit(path + ": runs with rights of its own (set-user-id, set-group-id or capabilities), and the system preloads nothing "
-                       "into such a program; run a copy without that mark, as the user whose rights it needs");
+    throw Unfit(
+        path +
+        ": runs with rights of its own (set-user-id, set-group-id or capabilities), and the system preloads nothing "
+        "into such a program; run a copy without that mark, as the user whose rights it needs");
 }
 
 }  // namespace
@@ -191,7 +201,9 @@ Program lookAt(const std::string& name, const std::string& library) {
   Program program;
   program.path = found(name);
   if (access(program.path.c_str(), X_OK) != 0 || !isFile(program.path))
-    throw Unfit(program.path + ": " + (isFile(program.path) || access(program.path.c_str(), F_OK) != 0 ? std::strerror(errno) : "is no program"));
+    throw Unfit(program.path + ": " +
+                (isFile(program.path) || access(program.path.c_str(), F_OK) != 0 ? std::strerror(errno)
+                                                                                 : "is no program"));
   refuseOtherRights(program.path);
   const Object object(program.path);
   if (!library.empty()) {
@@ -199,10 +211,13 @@ Program lookAt(const std::string& name, const std::string& library) {
     program.abi = abiOf(library);
   }
   if (object.isCode()) {
-    if (!object.isOfThisProcessor()) throw Unfit(program.path + ": is for another processor than this vorn-capture");
+    if (!object.isOfThisProcessor())
+      throw Unfit(program.path + ": is for another processor than this vorn-capture");
     const std::string loader = object.loader();
     if (loader.empty())
-      throw Unfit(program.path + ": is linked statically, so that nothing can be preloaded into it; link libVornDALImpl.so as a shared library");
+      throw Unfit(
+          program.path +
+          ": is linked statically, so that nothing can be preloaded into it; link libVornDALImpl.so as a shared library");
     const auto all = loaded(loader, program.path);
     for (const auto& [needed, path] : all) {
       if (needed != kLibrary || !program.library.empty()) continue;
@@ -211,7 +226,9 @@ Program lookAt(const std::string& name, const std::string& library) {
     }
     const auto remark = [&](const std::string& path, const Object& part) {
       if (part.isSymbolic() && part.defines(kAnyFunction))
-        program.remarks.push_back(path + ": has adapters of its own and is bound to them (-Bsymbolic): calls inside it are not recorded");
+        program.remarks.push_back(
+            path +
+            ": has adapters of its own and is bound to them (-Bsymbolic): calls inside it are not recorded");
     };
     remark(program.path, object);
     for (const auto& [needed, path] : all) {
@@ -223,8 +240,10 @@ Program lookAt(const std::string& name, const std::string& library) {
   if (program.abi == StringAbi::kUnknown) {
     const std::string guess = guessed();
     if (!guess.empty()) program.abi = abiOf(guess);
-    program.remarks.push_back(program.path + ": does not load " + kLibrary + " at its start; " +
-                              (guess.empty() ? "should it load one later whose strings are old, name that with --library" : "taken as one that loads " + guess + " later"));
+    program.remarks.push_back(
+        program.path + ": does not load " + kLibrary + " at its start; " +
+        (guess.empty() ? "should it load one later whose strings are old, name that with --library"
+                       : "taken as one that loads " + guess + " later"));
   }
   return program;
 }

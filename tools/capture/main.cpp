@@ -67,7 +67,9 @@ std::string signalOf(const std::string& text) {
     const char* const known = sigabbrev_np(signal);
     if ((known && name == known) || name == std::to_string(signal)) return std::to_string(signal);
   }
-  throw Unfit("--toggle " + text + ": expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR");
+  throw Unfit(
+      "--toggle " + text +
+      ": expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR");
 }
 
 Options optionsOf(int count, char** arguments) {
@@ -139,16 +141,20 @@ std::string preloaded(StringAbi abi) {
   for (const std::string& file : {folder + name, folder + VORN_CAPTURE_WAY + "/" + name}) {
     if (access(file.c_str(), R_OK) == 0) return file;
   }
-  throw Unfit(name + ": is not beside " + path + " nor in " + folder + VORN_CAPTURE_WAY + "; install the tools again");
+  throw Unfit(name + ": is not beside " + path + " nor in " + folder + VORN_CAPTURE_WAY +
+              "; install the tools again");
 }
 
 void set(const char* name, const std::string& value) {
-  if (value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1)) throw Unfit(std::string(name) + ": " + std::strerror(errno));
+  if (value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1))
+    throw Unfit(std::string(name) + ": " + std::strerror(errno));
 }
 
 std::string number(std::uint64_t value) { return value ? std::to_string(value) : ""; }
 
-void complain(const std::string& text) { std::cerr << "vorn-capture: " << vorn_testing::harmless(text) << '\n'; }
+void complain(const std::string& text) {
+  std::cerr << "vorn-capture: " << vorn_testing::harmless(text) << '\n';
+}
 
 void start(Options options) {
   const std::string output = absolute(options.output);
@@ -158,7 +164,8 @@ void start(Options options) {
   for (const std::string& remark : program.remarks) complain(remark);
 
   const std::string library = preloaded(program.abi);
-  if (library.find_first_of(": ") != std::string::npos) throw Unfit(library + ": the system cannot preload a file with a blank or colon in its name");
+  if (library.find_first_of(": ") != std::string::npos)
+    throw Unfit(library + ": the system cannot preload a file with a blank or colon in its name");
   const char* const others = std::getenv("LD_PRELOAD");
   set("LD_PRELOAD", others && *others ? std::string(others) + ":" + library : library);
   set("VORN_CAPTURE", output);
@@ -167,7 +174,8 @@ void start(Options options) {
   set("VORN_CAPTURE_RING", number(options.ring));
   set("VORN_CAPTURE_TOGGLE", options.toggle);
   set("VORN_CAPTURE_PAUSED", options.paused ? "1" : "");
-  set("VORN_CAPTURE_RUN", std::to_string(getpid()) + "." + std::to_string(std::chrono::system_clock::now().time_since_epoch().count()));
+  set("VORN_CAPTURE_RUN", std::to_string(getpid()) + "." +
+                              std::to_string(std::chrono::system_clock::now().time_since_epoch().count()));
   std::vector<char*> arguments;
   for (std::string& argument : options.program) arguments.push_back(argument.data());
   arguments.push_back(nullptr);

@@ -52,7 +52,8 @@ pthread_key_t key() {
 
 Thread* addThread() {
   const std::size_t room = (sizeof(Thread) + kPage - 1) / kPage * kPage;
-  void* const memory = mmap(nullptr, room + ringSize(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const memory =
+      mmap(nullptr, room + ringSize(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
   Thread* const made = new (memory) Thread(static_cast<char*>(memory) + room, ringSize());
   made->number = threadCount.fetch_add(1) + 1;
@@ -111,7 +112,8 @@ void tellSound(const std::vector<short>& samples) {
     sound.peak = std::max(sound.peak, static_cast<std::uint32_t>(level));
     sound.squares += static_cast<std::uint64_t>(level) * static_cast<std::uint64_t>(level);
   }
-  const std::size_t bytes = state.keepsSamples.load(std::memory_order_relaxed) ? samples.size() * sizeof(short) : 0;
+  const std::size_t bytes =
+      state.keepsSamples.load(std::memory_order_relaxed) ? samples.size() * sizeof(short) : 0;
   const std::size_t size = sizeof sound + padded(bytes);
   char* const to = thread->writing ? nullptr : thread->ring.reserve(size, thread->owed);
   if (!to) {

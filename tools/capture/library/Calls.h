@@ -4,8 +4,8 @@
 
 #include <array>
 #include <atomic>
-#include <exception>
 #include <ctime>
+#include <exception>
 
 #include "Ring.h"
 #include "Values.h"
@@ -17,9 +17,9 @@ struct Function {
   vorn_testing::Operation operation;
   std::array<ParameterName, 8> parameters;
   std::uint32_t index;
-  const char* symbol = nullptr;                   ///< Null for a slot.
-  mutable std::atomic<void*> real{nullptr};       ///< Where the call goes, when that was found.
-  std::atomic<bool>* fronted = nullptr;           ///< Whether the adapter's host was seen to be handed over.
+  const char* symbol = nullptr;              ///< Null for a slot.
+  mutable std::atomic<void*> real{nullptr};  ///< Where the call goes, when that was found.
+  std::atomic<bool>* fronted = nullptr;      ///< Whether the adapter's host was seen to be handed over.
 };
 
 /// Puts itself in the way of every exported function.
@@ -50,7 +50,7 @@ struct Thread {
   std::atomic<std::uint64_t> leftOut{0};
   std::atomic<bool> gone{false};
   Thread* next = nullptr;
-  void* ofWriter = nullptr;     ///< The writer's alone, as what follows.
+  void* ofWriter = nullptr;  ///< The writer's alone, as what follows.
   std::uint64_t told = 0;
 };
 
@@ -125,7 +125,8 @@ class Frame {
     Writing writing(*m_thread);
     char* const to = writing.reserve(most, kEndRoom);
     if (!to) return;
-    const Begin begin = {{Kind::kBegin, 0}, m_begun, m_time, m_function.index, m_inside, sizeof...(values), 0};
+    const Begin begin = {{Kind::kBegin, 0}, m_begun,           m_time, m_function.index,
+                         m_inside,          sizeof...(values), 0};
     std::memcpy(to, &begin, sizeof begin);
     Pen pen(to + sizeof begin);
     std::size_t i = 0;
@@ -168,8 +169,12 @@ class Frame {
   }
 
   /// What the call may write: told again at the end when it has changed by then.
-  void watch(std::size_t parameter, const std::string& value) { m_watched[m_watchedCount++] = {parameter, &value, nullptr, fingerprint(value)}; }
-  void watch(std::size_t parameter, const std::int64_t& value) { m_watched[m_watchedCount++] = {parameter, nullptr, &value, fingerprint(value)}; }
+  void watch(std::size_t parameter, const std::string& value) {
+    m_watched[m_watchedCount++] = {parameter, &value, nullptr, fingerprint(value)};
+  }
+  void watch(std::size_t parameter, const std::int64_t& value) {
+    m_watched[m_watchedCount++] = {parameter, nullptr, &value, fingerprint(value)};
+  }
 
   PlayerFront& player() { return m_player; }
 
@@ -234,7 +239,8 @@ class Frame {
       to = m_thread->ring.reserve(sizeof(End), 0);
       if (!to) return;
     }
-    End end = {{Kind::kEnd, 0}, m_begun, m_number, time, m_arrived, m_left, m_locked, 0, m_reached, exception != nullptr, false, lost};
+    End end = {{Kind::kEnd, 0},      m_begun, m_number, time, m_arrived, m_left, m_locked, 0, m_reached,
+               exception != nullptr, false,   lost};
     Pen pen(to + sizeof end);
     if (!lost) {
       const bool secret = m_masking.answer;

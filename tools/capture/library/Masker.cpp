@@ -9,7 +9,11 @@ namespace vorn_capture {
 struct SecretWords {
   static constexpr std::size_t kMost = 200;
 
-  enum : std::uint8_t { kNothing = 0, kOther = 1, kFirst = 2 };  // What stands between words; a digit; the letters.
+  enum : std::uint8_t {
+    kNothing = 0,
+    kOther = 1,
+    kFirst = 2
+  };  // What stands between words; a digit; the letters.
 
   std::uint8_t kinds[256] = {};
   std::uint8_t next[kMost][kFirst + 26] = {};
@@ -46,7 +50,8 @@ struct SecretWords {
         }
       }
     }
-    for (std::size_t state = 0; state < used; ++state) next[state][kNothing] = static_cast<std::uint8_t>(state);
+    for (std::size_t state = 0; state < used; ++state)
+      next[state][kNothing] = static_cast<std::uint8_t>(state);
   }
 };
 
@@ -133,7 +138,8 @@ void add(const char* text, std::size_t size) {
   bool kept = false;
   for (std::size_t i = 0; i < kLengths && !kept; ++i) {
     std::size_t length = lengths[i].load();
-    kept = length == size || (length == 0 && lengths[i].compare_exchange_strong(length, size)) || length == size;
+    kept =
+        length == size || (length == 0 && lengths[i].compare_exchange_strong(length, size)) || length == size;
   }
   // Half empty, so that a look for what is not there is short.
   if (!kept || valueCount.fetch_add(1) >= kValues / 2) {

@@ -44,7 +44,8 @@ bool any();
 
 /// What was masked of a call so far, as its arguments are looked at one after the other.
 struct Masking {
-  bool answer = false;  ///< Whether what follows, and what the call answers, is a secret: "wifiPassword" came before.
+  bool answer =
+      false;  ///< Whether what follows, and what the call answers, is a secret: "wifiPassword" came before.
   bool masked = false;  ///< Whether an argument was.
 };
 

@@ -23,7 +23,8 @@ std::string because(const std::string& path) { return path + ": " + std::strerro
 }  // namespace
 
 std::string Output::take(const std::string& path, const About& about) {
-  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
+  const int file =
+      ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
   if (file < 0) return because(path);
   struct stat status {};
   std::string wrong;
@@ -121,7 +122,8 @@ bool Output::flush(std::int64_t microseconds) {
   m_buffer.cut(1);
   if (m_keep == 0) return true;
   const std::uint64_t apart = m_keep / (m_marks.size() - 4);
-  if (m_markCount < m_marks.size() && (m_markCount == 0 || m_base + 1 - m_marks[m_markCount - 1].offset >= apart))
+  if (m_markCount < m_marks.size() &&
+      (m_markCount == 0 || m_base + 1 - m_marks[m_markCount - 1].offset >= apart))
     m_marks[m_markCount++] = {m_base + 1, m_calls};
   if (m_base + 1 > m_keep) shorten(microseconds);
   return true;
@@ -144,7 +146,9 @@ void Output::shorten(std::int64_t microseconds) {
   std::uint64_t to = head.size();
   char part[65536];
   for (std::uint64_t at = mark.offset; copied && at < end;) {
-    const ssize_t size = pread(m_file, part, static_cast<std::size_t>(std::min<std::uint64_t>(sizeof part, end - at)), static_cast<off_t>(at));
+    const ssize_t size =
+        pread(m_file, part, static_cast<std::size_t>(std::min<std::uint64_t>(sizeof part, end - at)),
+              static_cast<off_t>(at));
     copied = size > 0 && write(file, part, static_cast<std::size_t>(size), to);
     if (!copied) break;
     at += static_cast<std::uint64_t>(size);

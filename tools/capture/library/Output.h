@@ -50,8 +50,8 @@ class Output {
   int m_file = -1;
   std::string m_path;
   std::string m_header;
-  Bytes m_buffer;             ///< Begins with the last byte of the file, which may have to give way to blanks.
-  std::uint64_t m_base = 0;   ///< Where the buffer's first byte stands.
+  Bytes m_buffer;            ///< Begins with the last byte of the file, which may have to give way to blanks.
+  std::uint64_t m_base = 0;  ///< Where the buffer's first byte stands.
   std::uint64_t m_calls = 0;  ///< That the file stands for, the buffer included.
   std::uint64_t m_waiting = 0;
   std::uint64_t m_lost = 0;

@@ -15,8 +15,9 @@ bool Bytes::hasRoom(std::size_t more) {
   if (m_size + more <= m_capacity) return true;
   std::size_t wanted = m_capacity ? m_capacity : 65536;
   while (wanted < m_size + more) wanted *= 2;
-  void* const memory = m_data ? mremap(m_data, m_capacity, wanted, MREMAP_MAYMOVE)
-                              : mmap(nullptr, wanted, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const memory =
+      m_data ? mremap(m_data, m_capacity, wanted, MREMAP_MAYMOVE)
+             : mmap(nullptr, wanted, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return false;
   m_data = static_cast<char*>(memory);
   m_capacity = wanted;
@@ -25,7 +26,8 @@ bool Bytes::hasRoom(std::size_t more) {
 
 void Bytes::add(long long number) {
   char digits[24];
-  add(std::string_view(digits, static_cast<std::size_t>(std::snprintf(digits, sizeof digits, "%lld", number))));
+  add(std::string_view(digits,
+                       static_cast<std::size_t>(std::snprintf(digits, sizeof digits, "%lld", number))));
 }
 
 namespace {
@@ -81,7 +83,8 @@ void spell(Bytes& to, std::string_view text) {
 
 /// In C's form, with a point whatever locale the program has set.
 void addDigits(Bytes& to, const char* digits) {
-  for (; *digits; ++digits) to.add((*digits >= '0' && *digits <= '9') || std::strchr("+-einfa", *digits) ? *digits : '.');
+  for (; *digits; ++digits)
+    to.add((*digits >= '0' && *digits <= '9') || std::strchr("+-einfa", *digits) ? *digits : '.');
 }
 
 /// The shortest digits that are this number again; fixed rather than with an exponent when both are as short.
@@ -319,7 +322,8 @@ void renderCall(Bytes& line, const Line& about, const char* from, const char* to
   if (end.threw) value(exception, to, false);
   field(line, "written");
   line.add('[');
-  const std::vector<std::string> names = end.written ? vorn_testing::parameterNames(operation) : std::vector<std::string>();
+  const std::vector<std::string> names =
+      end.written ? vorn_testing::parameterNames(operation) : std::vector<std::string>();
   for (std::uint32_t i = 0; i < end.written; ++i) {
     if (i > 0) line.add(',');
     Bytes& index = scratch();

@@ -40,7 +40,8 @@ struct End {
   std::int64_t time;
   std::int64_t arrived;  ///< When the other side was reached; 0 when that is not known.
   std::int64_t left;     ///< When the other side was done; 0 as well.
-  std::int64_t locked;   ///< When the lock was had, on a way on which that is not when the other side was reached; or 0.
+  std::int64_t
+      locked;  ///< When the lock was had, on a way on which that is not when the other side was reached; or 0.
   std::uint32_t written;
   Reached reached;
   bool threw;

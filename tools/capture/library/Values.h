@@ -97,7 +97,8 @@ void eachPart(bool value, Take take) {
 template <class Take>
 void eachPart(std::int64_t value, Take take) {
   char digits[24];
-  take(digits, static_cast<std::size_t>(std::snprintf(digits, sizeof digits, "%lld", static_cast<long long>(value))));
+  take(digits,
+       static_cast<std::size_t>(std::snprintf(digits, sizeof digits, "%lld", static_cast<long long>(value))));
 }
 template <class Take>
 void eachPart(double value, Take take) {
@@ -227,7 +228,8 @@ inline std::size_t room(const Texts& values) {
 }
 inline std::size_t room(const Entries& entries) {
   std::size_t size = 0;
-  for (const auto& entry : entries) size += 8 + entry.first.size() + entry.second.size() + sizeof vorn_testing::kMask;
+  for (const auto& entry : entries)
+    size += 8 + entry.first.size() + entry.second.size() + sizeof vorn_testing::kMask;
   return sizeof(ValueHead) + padded(size);
 }
 
@@ -312,7 +314,8 @@ class Pen {
   }
 
   void close(Tag tag, char* from) {
-    const auto size = static_cast<std::uint32_t>(m_at - from - static_cast<std::ptrdiff_t>(sizeof(ValueHead)));
+    const auto size =
+        static_cast<std::uint32_t>(m_at - from - static_cast<std::ptrdiff_t>(sizeof(ValueHead)));
     const ValueHead head = {tag, size};
     std::memcpy(from, &head, sizeof head);
     m_at = from + sizeof head + padded(size);

@@ -26,7 +26,7 @@
 #include "Calls.h"
 
 extern "C" {
-extern void* vornCaptureTargets[];           ///< Where the stubs jump to.
+extern void* vornCaptureTargets[];            ///< Where the stubs jump to.
 extern const char* const vornCaptureNames[];  ///< Their mangled names.
 extern const unsigned long vornCaptureCount;
 extern const char vornCaptureStubs[];  ///< The first of them; each takes kStubSize.
@@ -71,7 +71,8 @@ void* realOf(const Function& function) {
 // How arguments travel.
 
 template <class Value>
-using Passed = std::conditional_t<std::is_reference_v<Value> || (std::is_trivially_copyable_v<Value> && std::is_trivially_destructible_v<Value>),
+using Passed = std::conditional_t<std::is_reference_v<Value> || (std::is_trivially_copyable_v<Value> &&
+                                                                 std::is_trivially_destructible_v<Value>),
                                   Value, Value&>;
 
 /// What stands for a host: every slot leads to the host's own, and its time is told.
@@ -89,7 +90,8 @@ constexpr std::size_t kFirstSlot = 2;  // Behind the offset and the type, slots 
 VornDALImplIF& frontOf(VornDALImplIF& host) {
   Front* known = fronts.load(std::memory_order_acquire);
   for (Front* front = known; front; front = front->next) {
-    if (front->inner == &host || front == static_cast<void*>(&host)) return *reinterpret_cast<VornDALImplIF*>(front);
+    if (front->inner == &host || front == static_cast<void*>(&host))
+      return *reinterpret_cast<VornDALImplIF*>(front);
   }
   Front* const made = new (std::nothrow) Front{hostTable + kFirstSlot, &host, known};
   if (!made) return host;
@@ -119,7 +121,8 @@ const Function* containerFunctions[2];
 void adopt(Container* container) {
   if (!container) return;
   void**& table = *reinterpret_cast<void***>(container);
-  if (table[2] != realOf(*containerFunctions[0]) || table[3] != realOf(*containerFunctions[1])) return;  // The program's own class.
+  if (table[2] != realOf(*containerFunctions[0]) || table[3] != realOf(*containerFunctions[1]))
+    return;  // The program's own class.
   static const bool made = [&] {
     std::copy(table - 2, table + 4, containerTable);
     containerTable[4] = containerStubs[0];
@@ -146,6 +149,16 @@ void watch(Frame& frame, std::index_sequence<I...>, Passed<P>... arguments) {
   (one(I, std::bool_constant<isWritten<P>>(), arguments), ...);
 }
 
+/// Runs a call and tells what it answered, which is made where the caller wants it: nothing stands between.
+template <class Result, class Call>
+Result answered(Frame& frame, Call call) {
+  Result result = call();
+  if constexpr (std::is_same_v<Result, std::shared_ptr<VornDalMediaPlayerInterfaceImpl>>)
+    frame.reach(result ? Reached::kYes : Reached::kNo);
+  frame.returned(told(result), room(told(result)));
+  return result;
+}
+
 /// Runs a call that was begun, and tells how it ended.
 template <class Result, class Call>
 Result run(Frame& frame, Call call) {
@@ -154,11 +167,7 @@ Result run(Frame& frame, Call call) {
       call();
       frame.returned();
     } else {
-      Result result = call();
-      if constexpr (std::is_same_v<Result, std::shared_ptr<VornDalMediaPlayerInterfaceImpl>>)
-        frame.reach(result ? Reached::kYes : Reached::kNo);
-      frame.returned(told(result), room(told(result)));
-      return result;
+      return answered<Result>(frame, call);
     }
   } catch (const std::exception& error) {
     frame.threw(error.what());
@@ -254,7 +263,8 @@ Frame* openFrame() {
 template <class Result, class... P>
 Result atSlot(const Function& function, void* inner, Passed<P>... arguments) {
   void** const table = *static_cast<void***>(inner);
-  return reinterpret_cast<Result (*)(void*, Passed<P>...)>(table[function.operation.slot - 1])(inner, arguments...);
+  return reinterpret_cast<Result (*)(void*, Passed<P>...)>(table[function.operation.slot - 1])(inner,
+                                                                                               arguments...);
 }
 
 /// A slot of the host, called by the library.
@@ -407,7 +417,8 @@ struct Wiring : vorn_testing::OperationVisitor {
   /// The assistant side's classes, which the list knows by their names alone.
   template <class Class>
   void assistant(const char* name) {
-    const Operation operation = {name, "getInstance", Direction::kLife, vorn_testing::Guard::kUnlocked, "", 0, ""};
+    const Operation operation = {name, "getInstance", Direction::kLife, vorn_testing::Guard::kUnlocked, "", 0,
+                                 ""};
     Function& added = add(operation);
     typedef std::shared_ptr<Class> Result;
     wire(added, stubAt(reinterpret_cast<std::uintptr_t>(&Class::getInstance), name),
@@ -420,7 +431,8 @@ struct Wiring : vorn_testing::OperationVisitor {
     added.operation = operation;
     added.index = static_cast<std::uint32_t>(functions().size() - 1);
     std::size_t i = 0;
-    for (const std::string& name : vorn_testing::parameterNames(operation)) added.parameters.at(i++) = parameterName(name);
+    for (const std::string& name : vorn_testing::parameterNames(operation))
+      added.parameters.at(i++) = parameterName(name);
     added.fronted = frontedOf(operation.adapter);
     return added;
   }
@@ -440,9 +452,13 @@ struct Wiring : vorn_testing::OperationVisitor {
     const bool isVirtual = words[0] & 1;
 #endif
     const Operation& operation = function.operation;
-    const std::size_t stub = isVirtual ? stubNamed(nested(operation.adapter) + std::to_string(std::strlen(operation.name)) + operation.name)
-                                       : stubAt(words[0], operation.name);
-    typedef std::conditional_t<std::is_same_v<Result, std::shared_ptr<Container>>, ContainerCall, MemberCall<Result, P...>> Call;
+    const std::size_t stub = isVirtual
+                                 ? stubNamed(nested(operation.adapter) +
+                                             std::to_string(std::strlen(operation.name)) + operation.name)
+                                 : stubAt(words[0], operation.name);
+    typedef std::conditional_t<std::is_same_v<Result, std::shared_ptr<Container>>, ContainerCall,
+                               MemberCall<Result, P...>>
+        Call;
     wire(functions()[function.index], stub, Row<Call, Result, void*, Passed<P>...>::next(function));
     if (isVirtual) {
       const std::size_t which = std::strcmp(operation.name, "sendData") == 0 ? 0 : 1;

@@ -7,11 +7,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <dlfcn.h>
 #include <cerrno>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <dlfcn.h>
 
 #include "Calls.h"
 #include "Output.h"
@@ -67,7 +67,8 @@ class WaveFile {
 
   void add(const char* samples, std::size_t bytes) {
     if (m_file < 0 || m_failed) return;
-    m_failed = ::pwrite(m_file, samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) != static_cast<ssize_t>(bytes);
+    m_failed = ::pwrite(m_file, samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) !=
+               static_cast<ssize_t>(bytes);
     if (!m_failed) m_bytes += static_cast<std::uint32_t>(bytes);
     m_changed = true;
   }
@@ -150,9 +151,11 @@ class Writer {
     std::string header = "{\"recording\":\"vorn-speaker\",\"version\":2";
     Bytes quoted;
     quote(quoted, request->program);
-    header += ",\"program\":" + std::string(quoted.text()) + ",\"started\":\"" + date() + "\",\"writer\":\"vorn-capture " VORN_VERSION "\",\"process\":" + std::to_string(getpid());
+    header += ",\"program\":" + std::string(quoted.text()) + ",\"started\":\"" + date() +
+              "\",\"writer\":\"vorn-capture " VORN_VERSION "\",\"process\":" + std::to_string(getpid());
     if (!request->run.empty()) header += ",\"run\":\"" + request->run + "\"";
-    const std::string wrong = m_output.open(request->path, {header + "}", "\"run\":\"" + request->run + "\""}, request->keep);
+    const std::string wrong =
+        m_output.open(request->path, {header + "}", "\"run\":\"" + request->run + "\""}, request->keep);
     if (!wrong.empty()) {
       complain(wrong + "; nothing is recorded");
       return false;
@@ -206,7 +209,8 @@ class Writer {
       drain(*thread);
       Thread* const next = thread->next;
       Thread* expected = thread;
-      if (gone && (before ? (before->next = next, true) : state.threads.compare_exchange_strong(expected, next))) {
+      if (gone &&
+          (before ? (before->next = next, true) : state.threads.compare_exchange_strong(expected, next))) {
         delete static_cast<Pending*>(thread->ofWriter);
         dropThread(thread);
       } else {
@@ -294,12 +298,15 @@ class Writer {
   }
 
   void tellSecond() {
-    const double square = m_second.samples ? static_cast<double>(m_second.squares) / static_cast<double>(m_second.samples) : 0;
+    const double square =
+        m_second.samples ? static_cast<double>(m_second.squares) / static_cast<double>(m_second.samples) : 0;
     char line[256];
-    const int size = std::snprintf(line, sizeof line, "{\"sound\":\"microphone\",\"time\":%lld,\"blocks\":%llu,\"samples\":%llu,\"peak\":%u,\"level\":%ld,\"gap\":%lld}",
-                                   static_cast<long long>((m_second.from - startTime) / 1000), static_cast<unsigned long long>(m_second.blocks),
-                                   static_cast<unsigned long long>(m_second.samples), m_second.peak, std::lround(std::sqrt(square)),
-                                   static_cast<long long>(m_second.gap / 1000));
+    const int size = std::snprintf(
+        line, sizeof line,
+        "{\"sound\":\"microphone\",\"time\":%lld,\"blocks\":%llu,\"samples\":%llu,\"peak\":%u,\"level\":%ld,\"gap\":%lld}",
+        static_cast<long long>((m_second.from - startTime) / 1000),
+        static_cast<unsigned long long>(m_second.blocks), static_cast<unsigned long long>(m_second.samples),
+        m_second.peak, std::lround(std::sqrt(square)), static_cast<long long>(m_second.gap / 1000));
     m_output.add(std::string_view(line, static_cast<std::size_t>(size)), 0);
     const std::int64_t last = m_second.last;
     m_second = Second();
@@ -311,7 +318,9 @@ class Writer {
     m_leftOut += m_output.takeLost();
     if (m_leftOut == 0) return;
     char line[128];
-    const int size = std::snprintf(line, sizeof line, "{\"leftOut\":%llu,\"time\":%lld}", static_cast<unsigned long long>(m_leftOut), static_cast<long long>(microseconds()));
+    const int size =
+        std::snprintf(line, sizeof line, "{\"leftOut\":%llu,\"time\":%lld}",
+                      static_cast<unsigned long long>(m_leftOut), static_cast<long long>(microseconds()));
     m_output.add(std::string_view(line, static_cast<std::size_t>(size)), m_leftOut);
     m_leftOut = 0;
   }

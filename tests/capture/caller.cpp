@@ -1,0 +1,248 @@
+// A program that knows nothing of the capture and calls the library in one way or another: caller WAY [ARGUMENT]...
+
+#include <VornAttachmentReaderContainerFactory.h>
+#include <VornAudioIn.h>
+#include <VornDeviceCapabilities.h>
+#include <VornDeviceInfo.h>
+#include <VornEMPAdapterControl.h>
+#include <VornGUIOutput.h>
+#include <VornStorage.h>
+#include <vorn_testing/NullHost.h>
+
+#include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <future>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace VornDeviceAbstractionLayer;
+
+namespace {
+
+/// Answers with what is asked for, throws for "throw", and waits inside a call for as long as it is told.
+class Host : public vorn_testing::NullHost {
+ public:
+  bool getSystemSetting(std::string key, std::string& value) override {
+    if (key == "throw") throw std::runtime_error("the host cannot");
+    if (key == "throw other") throw 7;
+    value = key + " is set";
+    return true;
+  }
+  std::map<std::string, std::string> readKeyValue(const std::string& key) override { return {{key, "kept"}}; }
+  bool renderGUICard(const std::string&) override {
+    entered.set_value();
+    leave.get_future().wait();
+    return true;
+  }
+
+  std::promise<void> entered, leave;
+};
+
+struct Caller {
+  Host host;
+  std::vector<std::string> arguments;
+
+  std::string argument(std::size_t i) const { return i < arguments.size() ? arguments[i] : ""; }
+  long number(std::size_t i) const { return std::atol(argument(i).c_str()); }
+
+  void ask(const std::string& key) {
+    std::string value;
+    VornDeviceInfo::getInstance()->getSystemSetting(key, value);
+  }
+
+  int plain() {
+    ask("mode");
+    return static_cast<int>(number(0));
+  }
+
+  /// Every thread tells its number and the call's, so that no line is like another.
+  int many() {
+    const auto storage = VornStorage::getInstance();
+    std::vector<std::thread> threads;
+    for (long thread = 0; thread < number(0); ++thread) {
+      threads.emplace_back([this, storage, thread] {
+        for (long call = 0; call < number(1); ++call)
+          storage->readKeyValue(std::to_string(thread) + "." + std::to_string(call));
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    return 0;
+  }
+
+  /// Calls until it is killed, and says how far it is.
+  int endless() {
+    const auto storage = VornStorage::getInstance();
+    std::thread other([storage] {
+      for (;;) storage->readKeyValue("of another thread");
+    });
+    for (long call = 1;; ++call) {
+      storage->readKeyValue(std::to_string(call));
+      if (call % 100 == 0 && write(STDOUT_FILENO, ".", 1) != 1) return 1;
+    }
+  }
+
+  /// Makes some calls and then none.
+  int still() {
+    for (int call = 0; call < 100; ++call) VornStorage::getInstance()->readKeyValue(std::to_string(call));
+    for (;;) pause();
+  }
+
+  /// Ends by a signal, with a call open on another thread.
+  int crash() {
+    std::thread other([] {
+      pthread_setname_np(pthread_self(), "painter");
+      VornGUIOutput::getInstance()->renderGUICard("weather");
+    });
+    other.detach();
+    host.entered.get_future().wait();
+    ask("last");
+    if (argument(0) == "fault") *static_cast<volatile int*>(nullptr) = 1;
+    if (argument(0) == "abort") std::abort();
+    raise(static_cast<int>(number(0)));
+    return 0;
+  }
+
+  /// Handles a fault by itself, and goes on to report it as a status.
+  int handled() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { _exit(41); };
+    sigaction(SIGSEGV, &action, nullptr);
+    ask("last");
+    *static_cast<volatile int*>(nullptr) = 1;
+    return 0;
+  }
+
+  int throws() {
+    int caught = 0;
+    try {
+      ask("throw");
+    } catch (const std::runtime_error& error) {
+      caught += std::string(error.what()) == "the host cannot";
+    }
+    try {
+      ask("throw other");
+    } catch (int number) {
+      caught += number == 7;
+    }
+    return caught == 2 ? 0 : 1;
+  }
+
+  int secrets() {
+    const auto info = VornDeviceInfo::getInstance();
+    info->setSystemSetting("wifi_password", "hunter-2-hunter");
+    VornStorage::getInstance()->writeKeyValue({{"apiKey", "key-of-the-api"}, {"city", "Oslo"}});
+    VornEMPAdapterControl::getInstance()->login("token-of-access", "ada", true, std::chrono::hours(1),
+                                                "music");
+    // Known again wherever they come up.
+    ask("hunter-2-hunter");
+    VornGUIOutput::getInstance()->clearGUICard();
+    VornStorage::getInstance()->removeKeyValue({"a key-of-the-api b", "city"});
+    info->notifySystemSettingChanged("pin code", "13572468");
+    return 0;
+  }
+
+  int forks() {
+    ask("before");
+    const pid_t child = fork();
+    ask(child == 0 ? "child" : "parent");
+    if (child == 0) return 0;
+    int status = 1;
+    waitpid(child, &status, 0);
+    std::printf("%d\n", child);
+    return status;
+  }
+
+  /// Sends itself the signal between calls.
+  int toggled() {
+    for (const char* key : {"first", "second", "third", "fourth"}) {
+      ask(key);
+      raise(static_cast<int>(number(0)));
+    }
+    return 0;
+  }
+
+  int audio() {
+    std::vector<short> samples(160);
+    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<short>(i % 2 ? 1000 : -1000);
+    for (int block = 0; block < 50; ++block) VornAudioIn::getInstance()->sendAudioData(samples);
+    return 0;
+  }
+
+  /// More in one call than a thread's ring holds.
+  int big() {
+    ask(std::string(static_cast<std::size_t>(number(0)), 'a'));
+    ask("small");
+    return 0;
+  }
+
+  /// What comes after Shutdown(), of which the host sees nothing.
+  int late() {
+    const auto info = VornDeviceInfo::getInstance();
+    info->getVolume();
+    VornDeviceInfo::Shutdown();
+    info->getVolume();
+    return 0;
+  }
+
+  int container() {
+    const auto made =
+        VornAttachmentReaderContainerFactory::getInstance()->createAttachmentReaderContainer(nullptr);
+    std::size_t got = 0;
+    made->Subscribe([&got](void*, std::size_t size) { got += size; }, nullptr);
+    char data[3] = {};
+    // As the assistant side calls it: through the table.
+    DeviceAbstractionLayer::AttachmentReaderContainerInterface& side = *made;
+    side.sendData(data, sizeof data);
+    return got == 3 && dynamic_cast<VornAttachmentReaderContainerInterfaceImpl*>(&side) == made.get() ? 0 : 1;
+  }
+
+  /// Two at one lock: the second waits for the first.
+  int waits() {
+    std::thread first([] { VornGUIOutput::getInstance()->renderGUICard("first"); });
+    host.entered.get_future().wait();
+    std::promise<pid_t> begins;
+    std::thread second([&begins] {
+      begins.set_value(gettid());
+      VornGUIOutput::getInstance()->clearGUICard();
+    });
+    const std::string state = "/proc/self/task/" + std::to_string(begins.get_future().get()) + "/stat";
+    for (std::string number, name, word; word != "S";) std::ifstream(state) >> number >> name >> word;
+    host.leave.set_value();
+    first.join();
+    second.join();
+    return 0;
+  }
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  Caller caller;
+  for (int i = 2; i < count; ++i) caller.arguments.emplace_back(arguments[i]);
+  VornDeviceInfo::CreateInstance(caller.host);
+  VornStorage::CreateInstance(caller.host);
+  VornGUIOutput::CreateInstance(caller.host);
+  VornEMPAdapterControl::CreateInstance(caller.host);
+  VornAudioIn::CreateInstance(caller.host);
+  const std::string way = count > 1 ? arguments[1] : "";
+  const std::pair<const char*, int (Caller::*)()> ways[] = {
+      {"plain", &Caller::plain},         {"many", &Caller::many},       {"endless", &Caller::endless},
+      {"still", &Caller::still},         {"crash", &Caller::crash},     {"handled", &Caller::handled},
+      {"throws", &Caller::throws},       {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
+      {"toggled", &Caller::toggled},     {"audio", &Caller::audio},     {"big", &Caller::big},
+      {"container", &Caller::container}, {"waits", &Caller::waits},     {"late", &Caller::late}};
+  for (const auto& [name, run] : ways) {
+    if (way == name) return (caller.*run)();
+  }
+  std::fprintf(stderr, "caller: no way is called so: %s\n", way.c_str());
+  return 2;
+}

@@ -1,0 +1,141 @@
+// What is left of a program that ends in one way or another, and what it sees of the capture.
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <random>
+
+#include "capture/capture_program.h"
+#include "support/eventually.h"
+
+extern char** environ;
+
+namespace {
+
+class Ended : public CaptureProgram {
+ protected:
+  /// Starts the caller under vorn-capture. @returns  Its process and its output.
+  std::pair<pid_t, int> start(const std::string& way) {
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    const std::string command = "exec " VORN_CAPTURE_PROGRAM " -o " + m_path + " " VORN_CALLER " " + way;
+    const char* const arguments[] = {"sh", "-c", command.c_str(), nullptr};
+    pid_t process = 0;
+    EXPECT_EQ(posix_spawn(&process, "/bin/sh", &actions, nullptr, const_cast<char**>(arguments), environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    return {process, ends[0]};
+  }
+
+  static int kill(pid_t process) {
+    ::kill(process, SIGKILL);
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WTERMSIG(status);
+  }
+
+  static std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
+    return found;
+  }
+};
+
+TEST_F(Ended, ProgramsKeepTheirStatus) {
+  capture("plain 37");
+  EXPECT_EQ(m_status, 37);
+  capture("handled");
+  EXPECT_EQ(m_status, 41);
+}
+
+TEST_F(Ended, ByAFaultLeaveEverythingAndWhatWasOpen) {
+  for (const char* way : {"crash fault", "crash abort", "crash 8"}) {
+    run(VORN_CAPTURE_PROGRAM " -o " + m_path + " sh -c 'exec " VORN_CALLER " " + way + "'");
+    EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "last") << way;
+    ASSERT_EQ(linesWith("open").size(), 1U) << way;
+    EXPECT_EQ(linesWith("open")[0]["open"]["operation"], "renderGUICard");
+    EXPECT_EQ(linesWith("open")[0]["open"]["thread"], "painter");
+  }
+}
+
+TEST_F(Ended, ByAFaultEndAsTheyWouldHave) {
+  EXPECT_TRUE(has(capture("crash fault; echo status $?"), "status 139"));
+  EXPECT_TRUE(has(capture("crash abort; echo status $?"), "status 134"));
+}
+
+TEST_F(Ended, ByAKillLeaveWhatWasWrittenBefore) {
+  const auto [process, output] = start("still");
+  EXPECT_TRUE(eventually([&] { return count(content(m_path), "\"readKeyValue\"") == 100; }));
+  EXPECT_EQ(kill(process), SIGKILL);
+  close(output);
+  EXPECT_EQ(calls("readKeyValue").size(), 100U);
+}
+
+TEST_F(Ended, ByAKillAtAnyMomentLeaveWholeLines) {
+  // Two hundred, by hand: VORN_KILLS=200.
+  const char* const asked = std::getenv("VORN_KILLS");
+  const int times = asked ? std::atoi(asked) : 20;
+  std::mt19937 random(20);
+  for (int i = 0; i < times; ++i) {
+    const auto [process, output] = start("endless");
+    char dots[64];
+    std::size_t wanted = 1 + random() % 2000;
+    for (ssize_t size = 1; wanted > 0 && size > 0; wanted -= std::min(wanted, static_cast<std::size_t>(size)))
+      size = read(output, dots, std::min(sizeof dots, wanted));
+    ASSERT_EQ(kill(process), SIGKILL);
+    close(output);
+    const std::string all = content(m_path);
+    ASSERT_TRUE(all.empty() || all.back() == '\n')
+        << all.substr(all.size() - std::min<std::size_t>(all.size(), 300));
+    std::istringstream in(all);
+    for (std::string line; std::getline(in, line);)
+      ASSERT_FALSE(Json::parse(line, nullptr, false).is_discarded()) << line;
+  }
+}
+
+TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
+  const std::string child = capture("forks");
+  EXPECT_EQ(m_status, 0);
+  const std::string own = m_path + "." + child.substr(0, child.find('\n'));
+  ASSERT_EQ(calls(own, "getSystemSetting").size(), 1U);
+  EXPECT_EQ(calls(own, "getSystemSetting")[0]["arguments"][0], "child");
+  EXPECT_EQ(calls("getSystemSetting").size(), 2U);
+}
+
+TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
+  run(VORN_CAPTURE_PROGRAM " -o " + m_path + " sh -c '" VORN_CALLER " plain; " VORN_CALLER " plain'");
+  int files = 0;
+  for (const auto& file : std::filesystem::directory_iterator(kFolder)) {
+    EXPECT_EQ(calls(file.path(), "getSystemSetting").size(), 1U) << file.path();
+    ++files;
+  }
+  EXPECT_EQ(files, 2);
+}
+
+TEST_F(Ended, SignalsStopAndGoOn) {
+  capture("toggled " + std::to_string(SIGUSR2), "--toggle USR2");
+  const std::vector<Json> found = calls("getSystemSetting");
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0]["arguments"][0], "first");
+  EXPECT_EQ(found[1]["arguments"][0], "third");
+  capture("toggled " + std::to_string(SIGUSR2), "--paused --toggle SIGUSR2");
+  EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "second");
+}
+
+TEST_F(Ended, WithoutVornCaptureTheEnvironmentAsks) {
+  run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain");
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+  std::filesystem::remove(m_path);
+  run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " " VORN_CALLER " plain 5");
+  EXPECT_EQ(m_status, 5);
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+// What a recording of vorn-capture holds.
+
+#include "capture/capture_program.h"
+
+namespace {
+
+class Recorded : public CaptureProgram {};
+
+TEST_F(Recorded, BeginWithTheirVersionProgramAndWriter) {
+  capture("plain");
+  const Json header = Json::parse(content(m_path).substr(0, content(m_path).find('\n')));
+  EXPECT_EQ(header["recording"], "vorn-speaker");
+  EXPECT_EQ(header["version"], 2);
+  EXPECT_EQ(header["writer"], "vorn-capture " VORN_VERSION);
+}
+
+TEST_F(Recorded, TellACallInFull) {
+  capture("plain");
+  const std::vector<Json> found = calls("getSystemSetting");
+  ASSERT_EQ(found.size(), 1U);
+  Json call = found[0];
+  for (const char* changing : {"call", "time", "duration", "host", "thread"}) call.erase(changing);
+  EXPECT_EQ(call,
+            Json::parse(R"({"direction":"down","adapter":"VornDeviceInfo","operation":"getSystemSetting",
+      "interface":"VornDALImplIF","slot":22,"inside":0,"arguments":["mode","\"\""],"result":"true",
+      "written":["value=\"mode is set\""],"exception":null,"threadNumber":1,"waited":0,"reached":true})"));
+}
+
+TEST_F(Recorded, HoldTheLifeOfAdapters) {
+  capture("plain");
+  const std::vector<Json> created = calls("CreateInstance");
+  ASSERT_EQ(created.size(), 5U);
+  EXPECT_EQ(created[0]["direction"], "life");
+  EXPECT_EQ(created[0]["arguments"], Json::parse(R"(["object"])"));
+}
+
+TEST_F(Recorded, TellWhichExceptionEndedACall) {
+  capture("throws");
+  EXPECT_EQ(m_status, 0);
+  const std::vector<Json> found = calls("getSystemSetting");
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0]["exception"], "the host cannot");
+  EXPECT_EQ(found[1]["exception"], "no std::exception");
+}
+
+TEST_F(Recorded, TellWhatTheHostNeverSaw) {
+  capture("late");
+  const std::vector<Json> found = calls("getVolume");
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0]["reached"], true);
+  EXPECT_EQ(found[1]["reached"], false);
+  EXPECT_TRUE(found[1]["host"].is_null());
+}
+
+TEST_F(Recorded, TellHowLongALockWasWaitedFor) {
+  capture("waits");
+  const std::vector<Json> second = calls("clearGUICard");
+  ASSERT_EQ(second.size(), 1U);
+  EXPECT_GT(second[0]["waited"], 0);
+  EXPECT_GE(second[0]["duration"].get<long>(), second[0]["waited"].get<long>());
+  EXPECT_GE(calls("renderGUICard").at(0)["host"].get<long>(), second[0]["waited"].get<long>());
+}
+
+TEST_F(Recorded, HoldWhatIsCalledThroughATable) {
+  capture("container");
+  EXPECT_EQ(m_status, 0);
+  const std::vector<Json> sent = calls("sendData");
+  ASSERT_EQ(sent.size(), 1U);
+  EXPECT_EQ(sent[0]["arguments"], Json::parse(R"(["object","3"])"));
+}
+
+TEST_F(Recorded, TellSoundInOneLineASecond) {
+  capture("audio");
+  const std::vector<Json> sound = linesWith("sound");
+  ASSERT_EQ(sound.size(), 1U);
+  EXPECT_EQ(sound[0]["blocks"], 50);
+  EXPECT_EQ(sound[0]["samples"], 50 * 160);
+  EXPECT_EQ(sound[0]["peak"], 1000);
+  EXPECT_EQ(sound[0]["level"], 1000);
+  EXPECT_TRUE(calls("sendAudioData").empty());
+}
+
+TEST_F(Recorded, KeepTheSoundWhenAsked) {
+  const std::string wave = std::string(kFolder) + "/sound.wav";
+  capture("audio", "--audio " + wave);
+  const std::string bytes = content(wave);
+  ASSERT_EQ(bytes.size(), 44U + 2 * 50 * 160);
+  EXPECT_EQ(bytes.substr(0, 4) + bytes.substr(8, 8), "RIFFWAVEfmt ");
+  EXPECT_EQ(bytes.substr(44, 4), std::string("\x18\xfc\xe8\x03", 4));
+}
+
+TEST_F(Recorded, MaskSecretsAndKnowThemAgain) {
+  capture("secrets");
+  EXPECT_EQ(m_status, 0);
+  const std::string all = content(m_path);
+  for (const char* secret : {"hunter-2-hunter", "key-of-the-api", "token-of-access", "13572468"})
+    EXPECT_EQ(all.find(secret), std::string::npos) << secret;
+  EXPECT_EQ(calls("setSystemSetting").at(0)["arguments"], Json::parse(R"(["wifi_password","********"])"));
+  EXPECT_EQ(calls("writeKeyValue").at(0)["arguments"], Json::parse(R"(["{apiKey=********, city=Oslo}"])"));
+  EXPECT_EQ(calls("removeKeyValue").at(0)["arguments"], Json::parse(R"(["********"])"));
+}
+
+TEST_F(Recorded, CountWhatIsTooLongForARing) {
+  capture("big 400000");
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+  ASSERT_EQ(linesWith("leftOut").size(), 1U);
+  EXPECT_EQ(linesWith("leftOut")[0]["leftOut"], 1);
+  capture("big 400000", "--ring 4M");
+  EXPECT_EQ(calls("getSystemSetting").size(), 2U);
+}
+
+TEST_F(Recorded, CarryEveryCallOfManyThreadsOrCountIt) {
+  // Ten million calls, by hand: VORN_CALLS=1250000.
+  const char* const asked = std::getenv("VORN_CALLS");
+  const long threads = 8, each = asked ? std::atol(asked) : 20000;
+  capture("many " + std::to_string(threads) + " " + std::to_string(each));
+  ASSERT_EQ(m_status, 0);
+  std::ifstream in(m_path, std::ios::binary);
+  std::string line;
+  std::getline(in, line);
+  std::vector<std::vector<bool>> seen(static_cast<std::size_t>(threads),
+                                      std::vector<bool>(static_cast<std::size_t>(each)));
+  long kept = 0, leftOut = 0, others = 0;
+  while (std::getline(in, line)) {
+    const Json json = Json::parse(line, nullptr, false);
+    ASSERT_FALSE(json.is_discarded()) << line;
+    if (json.contains("leftOut")) leftOut += json["leftOut"].get<long>();
+    if (!json.contains("operation") || json["operation"] != "readKeyValue") {
+      others += json.contains("operation");
+      continue;
+    }
+    const std::string key = json["arguments"][0];
+    ASSERT_EQ(json["result"], "{" + key + "=kept}");
+    auto place = seen.at(std::stoul(key)).begin() + std::stol(key.substr(key.find('.') + 1));
+    ASSERT_FALSE(*place) << key << " stands twice";
+    *place = true;
+    ++kept;
+  }
+  EXPECT_EQ(kept + leftOut, threads * each + (6 - others));  // What creates adapters may be left out too.
+}
+
+TEST_F(Recorded, KeepTheNewestWhenTheirSizeIsLimited) {
+  capture("many 1 20000", "--keep 256K --ring 64M");
+  EXPECT_LE(std::filesystem::file_size(m_path), 256U << 10U);
+  const std::vector<Json> found = calls("readKeyValue");
+  ASSERT_GT(found.size(), 100U);
+  EXPECT_EQ(found.back()["arguments"][0], "0.19999");
+  long leftOut = 0;
+  for (const Json& line : linesWith("leftOut")) leftOut += line["leftOut"].get<long>();
+  EXPECT_EQ(leftOut + static_cast<long>(linesWith("operation").size()), 20006);
+}
+
+}  // namespace

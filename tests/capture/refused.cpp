@@ -1,0 +1,97 @@
+// What vorn-capture does not do, and what it says then.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "capture/capture_program.h"
+
+namespace {
+
+class Refused : public CaptureProgram {
+ protected:
+  static std::string file(const std::string& name, const std::string& content) {
+    const std::string path = std::string(kFolder) + "/" + name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+  }
+
+  std::string arguments(const std::string& words) { return run(VORN_CAPTURE_PROGRAM " " + words); }
+};
+
+TEST_F(Refused, OptionsSayWhatIsExpected) {
+  const std::pair<const char*, const char*> wrong[] = {
+      {"true", "Name a file with -o"},
+      {"-o", "-o: expected a value"},
+      {"-o r", "Name a program"},
+      {"-o r --kep 5 true", "--kep: is not known"},
+      {"-o r --keep 5X true", "--keep 5X: expected a size"},
+      {"-o r --keep 3 true", "--keep 3: expected a size from 64K"},
+      {"-o r --toggle KILL true", "--toggle KILL: expected a signal"},
+      {"-o r no-such-program", "no-such-program: no such program in PATH"},
+      {"-o r /etc/passwd", "/etc/passwd: Permission denied"},
+      {"-o /no/folder/r true", "/no/folder/: No such file or directory"}};
+  for (const auto& [words, said] : wrong) {
+    EXPECT_TRUE(has(arguments(words), said)) << words;
+    EXPECT_EQ(m_status, 2) << words;
+  }
+}
+
+TEST_F(Refused, HelpAndVersionArePrinted) {
+  EXPECT_TRUE(has(arguments("--help"), "Usage: vorn-capture -o FILE"));
+  EXPECT_EQ(arguments("--version"), "vorn-capture " VORN_VERSION "\n");
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Refused, FilesThatAreNoRecordingsStay) {
+  file("recording", "precious\n");
+  EXPECT_TRUE(has(capture("plain"), "is there already and is no recording"));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_EQ(content(m_path), "precious\n");
+}
+
+TEST_F(Refused, LinksAreNotFollowed) {
+  const std::string target = file("target", "");
+  std::filesystem::create_symlink(target, m_path);
+  EXPECT_TRUE(has(capture("plain"), "is no recording"));
+  // Nor by the preloaded library, when the link comes later.
+  EXPECT_TRUE(
+      has(run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain 3"),
+          "nothing is recorded"));
+  EXPECT_EQ(m_status, 3);
+  EXPECT_EQ(content(target), "");
+}
+
+TEST_F(Refused, RecordingsAreReadableForTheirOwnerAlone) {
+  umask(0);
+  file("recording", "{\"recording\":\"vorn-speaker\",\"version\":1}\n");
+  chmod(m_path.c_str(), 0666);
+  capture("plain");
+  struct stat status {};
+  ASSERT_EQ(stat(m_path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(Refused, ProgramsIntoWhichNothingIsPreloaded) {
+  EXPECT_TRUE(has(arguments("-o " + m_path + " " VORN_STATIC), "is linked statically"));
+  EXPECT_EQ(m_status, 2);
+  const std::string other = std::string(kFolder) + "/other";
+  std::filesystem::copy_file(VORN_CALLER, other);
+  // A user of another number, where that is allowed.
+  if (chown(other.c_str(), 12345, 12345) != 0 || chmod(other.c_str(), 06755) != 0)
+    GTEST_SKIP() << "no file may be given away here";
+  EXPECT_TRUE(has(arguments("-o " + m_path + " " + other), "set-user-id"));
+  EXPECT_EQ(m_status, 2);
+}
+
+TEST_F(Refused, SoundIsWrittenOverNothing) {
+  const std::string wave = file("sound.wav", "song");
+  EXPECT_TRUE(has(capture("audio", "--audio " + wave), "is there already"));
+  EXPECT_EQ(content(wave), "song");
+}
+
+TEST_F(Refused, OtherProgramsRunAllTheSame) {
+  EXPECT_TRUE(has(arguments("-o " + m_path + " echo it runs"), "it runs"));
+  EXPECT_EQ(m_status, 0);
+}
+
+}  // namespace
