@@ -123,7 +123,7 @@ void refuseToOverwrite(const std::string& path, bool recordings) {
     return;
   }
   if (!recordings) throw Unfit(path + ": is there already; choose another name");
-  char first[27] = {};
+  char first[28] = {};
   const int file = S_ISREG(status.st_mode) ? open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC) : -1;
   const ssize_t size = file < 0 ? -1 : read(file, first, sizeof first - 1);
   if (file >= 0) close(file);

@@ -73,24 +73,16 @@ Thread* addThread() {
 Thread* thisThread() { return t_thread ? t_thread : addThread(); }
 
 void forgetThreads() {
+  // Calls that this thread is inside end where they began, in a ring that nobody reads any more.
   for (Thread* thread = state.threads.exchange(nullptr); thread;) {
     Thread* const next = thread->next;
     if (thread != t_thread) dropThread(thread);
     thread = next;
   }
-  if (!t_thread) return;
-  // What this thread is inside goes on in the child, where nobody knows its begin.
-  Thread& own = *t_thread;
-  own.ring.clear();
-  own.leftOut = 0;
-  own.told = 0;
-  own.id = static_cast<int>(syscall(SYS_gettid));
-  own.number = 1;
-  own.next = nullptr;
-  own.ofWriter = nullptr;
-  threadCount = 1;
+  t_thread = nullptr;
+  pthread_setspecific(key(), nullptr);
+  threadCount = 0;
   state.calls = 0;
-  state.threads = &own;
 }
 
 void dropThread(Thread* thread) {

@@ -101,9 +101,6 @@ class Ring {
     m_tail.store(m_tail.load(std::memory_order_relaxed) + size, std::memory_order_release);
   }
 
-  /// Forgets what is in it: in a forked child, where there is no other side.
-  void clear() { m_tail.store(m_head.load(std::memory_order_relaxed), std::memory_order_relaxed); }
-
  private:
   char* const m_bytes;
   const std::size_t m_size;

@@ -40,6 +40,7 @@ std::atomic<bool> started{false};
 std::atomic<std::uint32_t> asked{0}, answered{0};  ///< Requests to write all that is there.
 std::atomic<int> crash{0};
 std::atomic<bool> ending{false};
+std::atomic<bool> hasFailed{false};  ///< There is nothing to write to.
 std::atomic<int> writerId{0};
 pid_t forkedFrom = 0;
 struct sigaction former[NSIG];
@@ -368,6 +369,7 @@ void* writerMain(void*) {
   auto* const writer = new Writer;  // As long as the process.
   if (!writer->open()) {
     state.recording = false;
+    hasFailed = true;
     return nullptr;
   }
   writer->run();
@@ -375,10 +377,11 @@ void* writerMain(void*) {
 
 /// Waits until all that is there has been written.
 void flush() {
-  if (!writerId || syscall(SYS_gettid) == writerId) return;
+  if (!started || syscall(SYS_gettid) == writerId) return;
   const std::uint32_t wanted = asked.fetch_add(1) + 1;
   wakeWriter();
-  for (int i = 0; i < kLongestWait && static_cast<std::int32_t>(answered.load() - wanted) < 0; ++i) {
+  for (int i = 0; i < kLongestWait && !hasFailed && static_cast<std::int32_t>(answered.load() - wanted) < 0;
+       ++i) {
     const timespec moment = {0, 1000000};
     nanosleep(&moment, nullptr);
   }
@@ -415,6 +418,7 @@ void onFork() {
   writerId = 0;
   started = false;
   asked = answered = 0;
+  hasFailed = false;
   state.wake = 0;
   state.keepsSamples = false;
   forgetThreads();
@@ -439,6 +443,7 @@ void startWriter() {
   if (pthread_create(&thread, &attributes, writerMain, nullptr) != 0) {
     complain("no thread can be made; nothing is recorded");
     state.recording = false;
+    hasFailed = true;
   }
   pthread_attr_destroy(&attributes);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
