@@ -106,9 +106,4 @@ class HostCheckRun {
 HostVerdict runHostCheck(const HostCheck& check, const HostMaker& maker,
                          const HostDemands& demands = HostDemands());
 
-/// Holds the calling thread up for a moment when it is in a call of a load, so that others come in between. For programs
-/// that stand before pthread_mutex_lock() and have this done when a mutex was locked: mutexes that a host takes in two
-/// orders meet then.
-void holdUp();
-
 }  // namespace vorn_testing

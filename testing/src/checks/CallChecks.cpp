@@ -66,6 +66,7 @@ void survives(Trial& trial, const Operation& operation, Given given) {
 /// One load of a fresh host, whose first calls overlap already: at full speed, or held up in the midst of calls.
 void load(Trial& trial, const Operation& operation, milliseconds time, bool disturbed) {
   const std::size_t most = disturbed ? 60 : 3000;
+  guardMemory(disturbed);
   std::vector<std::vector<Prepared>> calls;
   for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
   trial.host();
@@ -158,16 +159,21 @@ void utf8(Trial& trial, const Operation& operation) {
     }
   }
   // In other states too.
+  const Prepared own = operation.prepare(Given::kPlain, 0);
   for (const Operation* const other : neighbours(operation)) {
-    try {
-      for (int which = 0; which < 2; ++which) call(trial, *other, Given::kPlain, which);
-      const Prepared prepared = operation.prepare(Given::kPlain, 0);
-      for (const std::string& text : call(trial, operation, prepared)) {
-        if (!isUtf8(text))
-          trial.broken(prepared.shown + " answered " + spelled(text) + " after " + other->name + "()");
+    for (const Given given : {Given::kPlain, Given::kCut}) {
+      for (int which = 0; which < other->samples(given); ++which) {
+        const Prepared before = other->prepare(given, which);
+        try {
+          call(trial, *other, before);
+          for (const std::string& text : call(trial, operation, own)) {
+            if (!isUtf8(text))
+              trial.broken(own.shown + " answered " + spelled(text) + " after " + before.shown);
+          }
+        } catch (const Outcome& outcome) {
+          if (outcome.kind == HostVerdict::kBroken) throw;
+        }
       }
-    } catch (const Outcome& outcome) {
-      if (outcome.kind == HostVerdict::kBroken) throw;
     }
   }
 }

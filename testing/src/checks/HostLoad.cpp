@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "Checks.h"
+#include "LockOrder.h"
 #include "vorn_testing/FakeAssistant.h"
 #include "vorn_testing/Operations.h"
 
@@ -128,6 +129,7 @@ void together(Trial& trial, const std::vector<const Operation*>& which, millisec
   }
   trial.explain("while other threads were in the host");
   for (const bool disturbed : {false, true}) {
+    guardMemory(disturbed);  // at full speed first
     const auto start = Clock::now();
     const auto end = start + time / 2, atLast = end + milliseconds(2000);
     trial.onThreads(
@@ -228,6 +230,36 @@ void day(Trial& trial) {
   }
 }
 
+/// A day is looked at for mutexes that are taken in two orders; those who take them are then made to meet.
+void lockOrder(Trial& trial) {
+  const FakeAssistant assistant;
+  createAdapters(trial.host());
+  auto day = wholeDay();
+  const auto again = everything();
+  day.insert(day.end(), again.begin(), again.end());
+  const auto all = rounds(day);
+  LockOrder order;
+  for (std::size_t step = 0; step < all.size(); ++step) {
+    LockOrder::at(static_cast<int>(step));
+    trial.explain(step ? "after " + all[step - 1].prepared.shown : "");
+    make(trial, all[step]);
+  }
+  LockOrder::at(-1);
+  const auto circles = order.circles();
+  trial.explain("while other threads took the same mutexes in another order");
+  const auto atLast = Clock::now() + milliseconds(4000);
+  for (std::size_t i = 0; i < circles.size() && Clock::now() < atLast; ++i) {
+    LockOrder::meetAt(i);
+    trial.onThreads(static_cast<int>(circles[i].size()), [&](int thread) {
+      const int step = circles[i][static_cast<std::size_t>(thread)];
+      // What came before may have led to where the mutexes are taken.
+      for (int before = std::min(2, step); before >= 0; --before)
+        make(trial, all[static_cast<std::size_t>(step - before)]);
+    });
+  }
+  trial.saw(std::to_string(circles.size()) + " circles of mutexes tried");
+}
+
 /// Arguments of all operations are taken back, and then a worker has time to come to one.
 void letsGoLater(Trial& trial) {
   for (const Operation& operation : operations()) {
@@ -266,6 +298,7 @@ void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
 void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count,
             std::size_t allowance) {
   constexpr std::size_t kTimes = 20;
+  guardMemory(false);
   const auto all = rounds(everything());
   makeAll(trial, all, 5);
   const std::size_t before = count();
@@ -367,6 +400,8 @@ void addHostChecks(Checks& checks) {
                                "Decide for each state of the device what a call means there.", day));
   checks.push_back(checkOfHost("any-order", "Every operation answers in any order.",
                                "Decide for each state of the device what a call means there.", anyOrder));
+  checks.push_back(checkOfHost(
+      "lock-order", "Mutexes are taken in one order, those of the adapters among them.", kGuard, lockOrder));
   std::map<std::string, std::vector<const Operation*>> groups;
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {

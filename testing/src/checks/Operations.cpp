@@ -91,6 +91,11 @@ void end(Value& value, const std::string&) {
 /// A long text has pages of its own, which the allocator notes before it: they stay, and cannot be reached any more, so
 /// that nothing else comes to stand there.
 void end(std::string& text, const std::string& operation) {
+  if (isGuarded(text.data())) {
+    noteRevoked(text.data(), text.size(), operation);
+    std::destroy_at(&text);
+    return;
+  }
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
   const auto address = reinterpret_cast<std::uintptr_t>(text.data());
   constexpr std::size_t kMapped = 2;

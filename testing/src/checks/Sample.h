@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -14,9 +15,9 @@ constexpr std::size_t kOwnPages = 300000;
 
 /// What kind of arguments an operation is given.
 enum class Given {
-  kPlain,    ///< What an assistant client sends on a good day.
-  kEmpty,    ///< Empty texts, lists and maps.
-  kLarge,    ///< A mebibyte of text, ten thousand entries, the largest numbers.
+  kPlain,  ///< What an assistant client sends on a good day.
+  kEmpty,  ///< Empty texts, lists and maps.
+  kLarge,  ///< A mebibyte of text, also of what opens and is never closed, ten thousand entries, the largest numbers.
   kHostile,  ///< Bytes and numbers that nobody expects.
   kLent,  ///< Too long for a text to hold without a buffer; in an order and a case that somebody may want to change.
   kLoad,  ///< Of many lengths, so that what is shared without a guard is laid out anew.
@@ -31,6 +32,7 @@ inline int samples(Given given) {
     case Given::kLoad:
       return 6;
     case Given::kCut:
+    case Given::kLarge:
       return 3;
     default:
       return 2;
@@ -49,16 +51,22 @@ struct Sample<std::string> {
                                            "%s%n%1000000d%n",
                                            "../vorn-conformance/../\r\n\x1b[2J",
                                            "'; DROP TABLE \"x\"; -- <![CDATA[ {\"a\":[[[[ $(false) `false`",
-                                           "\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82"};
+                                           "\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82",
+                                           "99999999999999999999",
+                                           "-1",
+                                           "   ",
+                                           "1e999",
+                                           "(*[{\\",
+                                           "\n"};
     switch (given) {
       case Given::kPlain:
         return which % 2 ? "Z\xc3\xbcrich \xe9\x9f\xb3\xe6\xa5\xbd" : "vorn-conformance";
       case Given::kEmpty:
         return "";
       case Given::kLarge:
-        return std::string(1 << 20, which % 2 ? '0' : 'a');
+        return std::string(1 << 20, "a0["[which % 3]);
       case Given::kHostile:
-        return kHostile[which % 6];
+        return kHostile[which % 12];
       case Given::kLent:
         return which % 2 ? "Vorn Conform  " : "L" + std::string(kOwnPages, 'l');
       case Given::kLoad:
@@ -80,6 +88,12 @@ struct Sample<Texts> {
     if (given == Given::kEmpty && which % 2 == 0) return {};
     if (given == Given::kLarge && which % 2 == 0) return Texts(10000, "vorn-conformance");
     if (given == Given::kLent) return {text, "b", "a"};
+    if (given == Given::kLoad) {  // in an order and its reverse
+      Texts letters{text};
+      for (char letter = 'a'; letter <= 'p'; ++letter) letters.emplace_back(1, letter);
+      if (which % 2) std::reverse(letters.begin(), letters.end());
+      return letters;
+    }
     return given == Given::kEmpty ? Texts{text} : Texts{text, text};
   }
 };

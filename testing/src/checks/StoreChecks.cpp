@@ -102,6 +102,52 @@ std::function<void(Trial&)> keeps(const std::function<std::string()>& value) {
   };
 }
 
+/// Texts that some format, file system or language reads as something else.
+Texts odd() {
+  const std::string first(300, 'f');
+  return {"a\r\nb\rc\n",
+          "a\\nb\\\\c\\",
+          "%41%20%%",
+          "&amp;<a/>",
+          "\"quoted\" 'too'",
+          "{\"a\":[1,null]}",
+          "\xef\xbb\xbf"
+          "a",
+          "a\xcc\x81 \xc3\xa1",
+          " \t blanks \t ",
+          "../..//./",
+          ".hidden",
+          "_own",
+          "*",
+          "a%",
+          "a_",
+          "?",
+          "#a",
+          "[a]",
+          "0x10",
+          "007",
+          "1e3",
+          "true",
+          "null",
+          "-",
+          "$HOME ${HOME}",
+          "a,b;c|d",
+          "a=b",
+          std::string("a\0b", 3),
+          first + "1",
+          first + "2"};
+}
+
+/// Each of them comes back as it was, also where a longer or a shorter one stood.
+void asWritten(Trial& trial) {
+  const Store store(trial);
+  store.presume({{key("plain"), "plain"}});
+  for (const std::string& value : odd()) {
+    store.write({{key("odd"), value}});
+    store.expect(key("odd"), value);
+  }
+}
+
 std::string everyByte() {
   std::string bytes;
   for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
@@ -138,6 +184,8 @@ Entries difficult(const std::string& known) {
   entries[known + "=a=b"] = "=c=d=";
   entries[known + " b "] = "  blanks  ";
   entries[known + "\nline"] = "first\nsecond\r\n\nthird";
+  for (const std::string& text : odd()) entries[known + "/" + text] = text;
+  entries[known + " empty"] = "";
   entries[known + " all"] = everyByte();
   entries[known + " long"] = std::string(300000, 'v');
   for (int i = 0; i < 500; ++i) entries[known + " many " + std::to_string(i)] = std::to_string(i);
@@ -155,6 +203,33 @@ void keepsDifficult(Trial& trial) {
   const Store store(trial);
   store.expect(known, "before");
   for (const auto& entry : entries) store.expect(entry.first, entry.second);
+}
+
+/// Writing goes on after the store was made smaller.
+void writesAfterOthers(Trial& trial) {
+  const std::string known = filledBefore(trial);
+  const auto later = [&](const Entries& kept, const std::string& gone) {
+    trial.inKilledProcess([&] {
+      const Store store(trial);
+      for (const auto& entry : kept) store.expect(entry.first, entry.second);
+      store.expectNone(gone);
+    });
+  };
+  trial.inKilledProcess([&] {
+    const Store store(trial);
+    store.write({{known + " 1", "1"}, {known + " 2", "2"}});
+    store.remove({known + " 1"});
+    store.write({{known + " 3", "3"}});
+  });
+  trial.explain("after writing, removing and writing again");
+  later({{known + " 2", "2"}, {known + " 3", "3"}}, known + " 1");
+  trial.inKilledProcess([&] {
+    const Store store(trial);
+    store.clear();
+    store.write({{known + " 4", "4"}});
+  });
+  trial.explain("after clearing and writing again");
+  later({{known + " 4", "4"}}, known + " 3");
 }
 
 /// Killed at many moments while it writes: what was acknowledged is there, and what was there before.
@@ -357,8 +432,10 @@ void readsWhileWritten(Trial& trial) {
 void replaces(Trial& trial) {
   const Store store(trial);
   store.presume({{key("a"), "1"}});
-  store.write({{key("a"), "2"}});
-  store.expect(key("a"), "2");
+  for (const char* const value : {"2", "a longer one", "short", "", "3"}) {
+    store.write({{key("a"), value}});
+    store.expect(key("a"), value);
+  }
 }
 
 void emptyMap(Trial& trial) {
@@ -453,6 +530,29 @@ void removesAll(Trial& trial) {
   for (const char* name : {"b", "c", "d"}) store.expectNone(key(name));
 }
 
+/// Whatever the key, and whatever somebody takes for a pattern: it goes, and nothing else.
+void removesOdd(Trial& trial) {
+  presumeRemoval(trial);
+  const Store store(trial);
+  store.presume({{key("other"), "1"}, {key("a"), "2"}});
+  for (const std::string& name : odd()) {
+    store.write({{key(name), "3"}});
+    store.expect(key(name), "3");
+    store.remove({key(name)});
+    store.expectNone(key(name));
+    store.expect(key("other"), "1");
+    store.expect(key("a"), "2");
+  }
+}
+
+void removesTwice(Trial& trial) {
+  presumeRemoval(trial);
+  const Store store(trial);
+  store.presume({{key("a"), "1"}, {key("b"), "2"}});
+  store.remove({key("a"), key("a"), key("b"), key("a")});
+  for (const char* name : {"a", "b"}) store.expectNone(key(name));
+}
+
 void pastAbsent(Trial& trial) {
   presumeRemoval(trial);
   const Store store(trial);
@@ -504,6 +604,20 @@ void clears(Trial& trial) {
   store.clear();
   store.expectNone(key("a"));
   store.expectNone(key("b"));
+}
+
+/// Whatever a key begins with.
+void clearsOdd(Trial& trial) {
+  trial.presume("VornDALImplIF/29/clear/clears", [&] { clears(trial); });
+  const Store store(trial);
+  Texts keys;
+  for (const std::string& name : odd()) keys.push_back(name + key("cleared"));
+  for (const std::string& each : keys) {
+    store.write({{each, "1"}});
+    store.expect(each, "1");
+  }
+  store.clear();
+  for (const std::string& each : keys) store.expectNone(each);
 }
 
 void usableWhenCleared(Trial& trial) {
@@ -565,11 +679,16 @@ void addStoreChecks(Checks& checks) {
       many);
   add(kWrite, "threads", "What several threads write at once is all stored.",
       "Hold one mutex from reading the store to writing it back.", writesFromThreads);
+  add(kWrite, "as-written", "A value is read as it was written, whatever some format takes it for.",
+      "Store bytes: no lines, escapes, entities, numbers or names of files.", asWritten);
   add(kWrite, "new-host", "What was stored is there for the host of the next process.",
       "Keep the store in a file, and find it again when a host is made or opened.", newHost);
   add(kWrite, "difficult",
       "What was stored is there for the next process, whatever bytes, sizes and numbers.",
       "Store keys and values by length, not as lines or C strings.", keepsDifficult);
+  add(kWrite, "after-others",
+      "What was stored after a removal or clearing is there for the next process too.",
+      "Go on in the file that is in place, not in one that was replaced.", writesAfterOthers);
   add(kWrite, "killed-writing",
       "However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.",
       "Write a new file aside, hand it to the medium, and rename it over the old one.", killedWhileWriting);
@@ -578,6 +697,10 @@ void addStoreChecks(Checks& checks) {
   add(kRemove, "removes", "A key that was removed is not read any more.",
       "Answer false when you do not remove.", removes);
   add(kRemove, "removes-all", "Every key of the list is removed.", "Go through the whole list.", removesAll);
+  add(kRemove, "odd-keys", "A key is removed whatever stands in it, and no other with it.",
+      "Remove what equals the key: no pattern, no cut, no folding.", removesOdd);
+  add(kRemove, "twice", "A key may stand in the list more than once.", "Go through the whole list.",
+      removesTwice);
   add(kRemove, "many", "Every one of six hundred keys is removed.", "Go through the whole list.",
       removesMany);
   add(kRemove, "past-absent", "A key that is not there does not keep the next ones from being removed.",
@@ -590,6 +713,8 @@ void addStoreChecks(Checks& checks) {
       removesThenKilled);
 
   add(kClear, "clears", "After clearing nothing is left.", "Answer false when you do not clear.", clears);
+  add(kClear, "odd-keys", "Nothing is left, whatever a key begins with.", "Keep nothing back from clear().",
+      clearsOdd);
   add(kClear, "usable", "A store that was cleared can be used at once.", "Leave the store open.",
       usableWhenCleared);
   add(kClear, "killed", "What was cleared is gone after the process was killed.", kDurable, clearsThenKilled);

@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <execinfo.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -24,7 +25,9 @@
 
 #include "../doctor/Stack.h"
 #include "../text/Spelling.h"
+#include "LockOrder.h"
 #include "Operations.h"
+#include "vorn_testing/Interposed.h"
 
 // A sanitizer has plans of its own for the signal of a single step.
 #if defined(__has_feature)
@@ -77,6 +80,9 @@ void beginSteps() {
                    : "memory", "cc");
 #endif
 }
+
+std::atomic<bool> g_guards{false};
+std::atomic<bool (*)(const void*)> g_guarded{nullptr};
 
 std::atomic<int> g_inside{0};
 std::atomic<long> g_overlaps{0}, g_calls{0};
@@ -213,6 +219,9 @@ void Trial::ask(const std::string& shown, const std::function<void()>& call) {
   const auto after = [&] { return *m_report.context ? std::string(", ") + m_report.context : std::string(); };
   try {
     call();
+    if (m_report.descriptor > 0 && fcntl(m_report.descriptor, F_GETFD) < 0 &&
+        m_report.descriptor.exchange(0) > 0)
+      broken(shown + " closed a descriptor that is not the host's" + after());
   } catch (const Outcome&) {
     throw;
   } catch (const std::exception& exception) {
@@ -254,6 +263,13 @@ Player& Trial::player() {
 void Trial::presume(const std::string& check, const std::function<void()>& act) const {
   if (m_known.broken.count(check)) notAsked("a promise that this one stands on is broken, see " + check);
   act();
+}
+
+void guardMemory(bool guards) { g_guards = guards; }
+
+bool isGuarded(const void* memory) {
+  const auto owns = g_guarded.load();
+  return owns && owns(memory);
 }
 
 void Trial::explain(const std::string& context) { put(m_report.context, context); }
@@ -313,6 +329,7 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
   const pid_t child = fork();
   if (child < 0) notAsked(std::string("no process can be made: ") + std::strerror(errno));
   if (child == 0) {
+    if (after.count() > 0) guardMemory(false);  // much is to be done until then
     try {
       act();
       m_report.verdict = HostVerdict::kKept;
@@ -353,11 +370,16 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
 
 }  // namespace vorn_testing::checks
 
-namespace vorn_testing {
+namespace vorn_testing::interposed {
 
-void holdUp() {
+void locked(const void* mutex) {
+  checks::noteHeld(mutex);
   if (checks::t_disturbed && checks::t_call && checks::t_steps == 0 && checks::roll() % 4 == 0)
     checks::holdUpNow();
 }
 
-}  // namespace vorn_testing
+bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }
+
+void guardedBy(bool (*owns)(const void*)) { checks::g_guarded = owns; }
+
+}  // namespace vorn_testing::interposed

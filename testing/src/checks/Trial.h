@@ -41,6 +41,8 @@ struct Report {
     Text call;
   };
 
+  std::atomic<int> descriptor;  ///< One that the check's process has, and no host's; 0 for none.
+
   std::atomic<bool> ended;       ///< Whether the check came to its end; verdict and detail hold then.
   std::atomic<bool> innerEnded;  ///< Whether a process that the check started came to its own.
   std::atomic<bool> made;
@@ -164,6 +166,11 @@ constexpr int kOrderly = 86;
 /// Catches the signals that end a process, to note the call and the stack before they do. Not where somebody else,
 /// such as a sanitizer, looks already.
 void noteCrashes(Report& report);
+
+/// From now on blocks of memory get pages of their own, where a program knows how to; or no more. What is used after it
+/// was given back then ends the process at that place.
+void guardMemory(bool guards);
+bool isGuarded(const void* memory);
 
 /// Runs the check in a child process and watches it.
 HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands,

@@ -180,6 +180,7 @@ std::string wait(pid_t child, int ends, const Report& report, std::chrono::milli
   dup2(STDERR_FILENO, STDOUT_FILENO);
   mallopt(M_PERTURB, 0xa5);  // what is freed does not look as it was
   noteCrashes(report);
+  guardMemory(true);
   takeAccepted(demands);
   // Not destroyed: the host of a check that is not about its end lives as long as the process.
   auto* const trial = new Trial(maker, demands, known, report);
@@ -239,6 +240,8 @@ void endOrphans() {
   const pid_t child = fork();
   if (child == 0) {
     prctl(PR_SET_CHILD_SUBREAPER, 0);
+    close(ends[0]);
+    report.descriptor = ends[1];
     runChild(check, maker, demands, known, report);
   }
   close(ends[1]);
