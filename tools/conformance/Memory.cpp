@@ -97,6 +97,7 @@ void giveBack(void* block) {
 extern "C" {
 
 __attribute__((visibility("default"))) void* malloc(std::size_t size) noexcept {
+  vorn_testing::interposed::place();
   void* const block = guarded(size, 0x5a);
   return block ? block : __libc_malloc(size);
 }
@@ -108,6 +109,7 @@ __attribute__((visibility("default"))) void* calloc(std::size_t count, std::size
 }
 
 __attribute__((visibility("default"))) void free(void* block) noexcept {
+  if (block) vorn_testing::interposed::place();
   if (owns(block))
     giveBack(block);
   else

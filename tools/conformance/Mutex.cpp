@@ -4,6 +4,8 @@
 #include <pthread.h>
 #include <vorn_testing/Interposed.h>
 
+#include <cerrno>
+
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
 
 namespace {
@@ -18,9 +20,17 @@ extern "C" {
 
 __attribute__((visibility("default"))) int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   static Function* const next = real("pthread_mutex_lock");
+  static Function* const attempt = real("pthread_mutex_trylock");
   vorn_testing::interposed::locks(mutex);
-  const int result = next(mutex);
-  if (result == 0) vorn_testing::interposed::locked(mutex);
+  int result = attempt(mutex);
+  if (result == EBUSY) {
+    vorn_testing::interposed::waits();
+    result = next(mutex);
+  }
+  if (result == 0) {
+    vorn_testing::interposed::locked(mutex);
+    vorn_testing::interposed::place();
+  }
   return result;
 }
 
@@ -33,6 +43,7 @@ __attribute__((visibility("default"))) int pthread_mutex_trylock(pthread_mutex_t
 
 __attribute__((visibility("default"))) int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   static Function* const next = real("pthread_mutex_unlock");
+  vorn_testing::interposed::place();
   vorn_testing::interposed::unlocked(mutex);
   return next(mutex);
 }

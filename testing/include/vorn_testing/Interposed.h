@@ -8,8 +8,14 @@ namespace vorn_testing {
 /// None of these asks for memory or takes a mutex.
 namespace interposed {
 
+/// Before memory is asked for or given back, after a mutex was taken and before it is left: a load holds a call up there.
+void place();
+
 /// Before pthread_mutex_lock() waits for a mutex: mutexes that are taken in two orders are made to meet here.
 void locks(const void* mutex);
+
+/// When pthread_mutex_lock() has to wait.
+void waits();
 
 /// After pthread_mutex_lock() took it. Holds the thread up for a moment when it is in a call of
 /// a load, so that others come in between.

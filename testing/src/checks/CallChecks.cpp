@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <map>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Checks.h"
@@ -63,37 +65,156 @@ void survives(Trial& trial, const Operation& operation, Given given) {
   callWith(trial, operation, given);
 }
 
-/// One load of a fresh host, whose first calls overlap already: at full speed, or held up in the midst of calls.
-void load(Trial& trial, const Operation& operation, milliseconds time, bool disturbed) {
+/// What an operation answers to each of its calls, when they come one after another: nothing, unless every call has one
+/// answer, whichever came before it.
+class OwnAnswers {
+ public:
+  OwnAnswers(Trial& trial, const Operation& operation, const std::vector<Prepared>& calls) {
+    if (!operation.answersTexts) return;
+    constexpr std::size_t kMost = 12;
+    std::map<std::string, const Prepared*> different;
+    for (const Prepared& made : calls) {
+      if (different.size() < kMost) different.emplace(made.shown, &made);
+    }
+    for (const auto& first : different) {
+      for (const auto& second : different) {
+        for (const auto* const made : {&first, &second}) {
+          const Texts answer = call(trial, operation, *made->second);
+          if (m_all.emplace(made->first, answer).first->second == answer) continue;
+          m_all.clear();
+          return;
+        }
+      }
+    }
+  }
+
+  /// Breaks the check when this is not the answer to that call, but to another.
+  void mustBeOwn(const Trial& trial, const Prepared& made, const Texts& answer) const {
+    const auto own = m_all.find(made.shown);
+    if (own == m_all.end() || own->second == answer) return;
+    for (const auto& other : m_all) {
+      if (other.second == answer)
+        trial.broken(made.shown + " answered " + spelled(answer) + " while other threads were in it, as " +
+                     other.first + " does; alone it answers " + spelled(own->second));
+    }
+  }
+
+ private:
+  std::map<std::string, Texts> m_all;
+};
+
+/// How a load is made: at full speed, or held up in the midst of calls, or also compared with what was answered before.
+enum class Load { kFull, kDisturbed, kCompared };
+
+/// One load of a fresh host, whose first calls overlap already, unless they are compared.
+void load(Trial& trial, const Operation& operation, milliseconds time, Load kind) {
+  const bool disturbed = kind != Load::kFull;
   const std::size_t most = disturbed ? 60 : 3000;
   guardMemory(disturbed);
   std::vector<std::vector<Prepared>> calls;
   for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
   trial.host();
+  const OwnAnswers own(trial, operation, kind == Load::kCompared ? calls.front() : std::vector<Prepared>());
   const auto end = Clock::now() + time;
   trial.onThreads(
       kThreads,
       [&](int thread) {
-        const auto& own = calls[static_cast<std::size_t>(thread)];
-        for (std::size_t i = static_cast<std::size_t>(thread); i < most && Clock::now() < end; ++i)
-          call(trial, operation, own[i % own.size()]);
+        const auto& mine = calls[static_cast<std::size_t>(thread)];
+        for (std::size_t i = static_cast<std::size_t>(thread); i < most && Clock::now() < end; ++i) {
+          const Prepared& made = mine[i % mine.size()];
+          own.mustBeOwn(trial, made, call(trial, operation, made));
+        }
       },
       disturbed);
+  trial.addLoad();
+}
+
+/// One call is held up at any of its places, and meanwhile another thread makes others: of the same operation, of
+/// its neighbours, some of the rest. Those that had to wait for it come last the next time.
+void heldUp(Trial& trial, const Operation& operation, milliseconds time) {
+  struct Other {
+    Prepared made;
+    const Operation* operation;
+    long waited;
+  };
+  const auto own = ammunition(operation);
+  std::vector<Other> others;
+  const auto add = [&](const Operation& other) {
+    for (const Given given : {Given::kPlain, Given::kLoad}) {
+      for (int which = 0; which < other.samples(given); ++which)
+        others.push_back({other.prepare(given, which), &other, 0});
+    }
+  };
+  add(operation);
+  for (const Operation* const other : neighbours(operation)) add(*other);
+  const std::size_t near = others.size();
+  for (const Operation& other : operations()) {
+    if (other.adapter != operation.adapter) add(other);
+  }
+  trial.host();
+  const auto end = Clock::now() + time;
+  std::atomic<bool> over{false}, busy{false};
+  const OwnAnswers answers(trial, operation, own);
+  bool reached = false;
+  const auto batch = [&](std::size_t turn) {
+    std::vector<Other*> order;
+    for (std::size_t i = 0; i < near; ++i) order.push_back(&others[(i + turn * 7) % near]);
+    for (std::size_t i = 0; i < 12 && near < others.size(); ++i)
+      order.push_back(&others[near + (turn * 12 + i) % (others.size() - near)]);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const Other* left, const Other* right) { return left->waited < right->waited; });
+    for (Other* const other : order) {
+      const bool paused = Trial::othersPaused();
+      if (!paused) break;
+      if (other->operation->locked)
+        callThrough(trial, *other->operation, other->made);
+      else
+        call(trial, *other->operation, other->made);
+      if (!Trial::othersPaused()) ++other->waited;
+    }
+  };
+  trial.onThreads(2, [&](int thread) {
+    const AtEnd atEnd([&] { over = true; });
+    if (thread == 1) {
+      for (std::size_t turn = 0; !over;) {
+        turn += Trial::meanwhile([&] {
+          busy = true;
+          const AtEnd done([&] { busy = false; });
+          batch(turn);
+        });
+      }
+      return;
+    }
+    for (long at = 0; Clock::now() < end; ++at) {
+      for (const Prepared& made : own) {
+        while (busy && !over) std::this_thread::yield();
+        if (Clock::now() > end) return;
+        const long places =
+            Trial::held(at, [&] { answers.mustBeOwn(trial, made, call(trial, operation, made)); });
+        if (places == 0) return;
+        reached = reached || places > at;
+      }
+      if (!std::exchange(reached, false)) at = -1;  // they are through: once more, with others meanwhile
+    }
+  });
   trial.addLoad();
 }
 
 void concurrent(Trial& trial, const Operation& operation) {
   trial.presume(operation.place() + "/answers", [] {});
   constexpr long kOverlaps = 3000;
-  constexpr int kRounds = 8;
+  constexpr int kRounds = 4;
+  constexpr Load kKinds[] = {Load::kFull, Load::kDisturbed, Load::kDisturbed, Load::kCompared};
   trial.explain("while other threads were in it");
   const auto start = Clock::now();
   for (int round = 0;; ++round) {
     const auto took = Clock::now() - start;
     if (round >= kRounds && trial.overlapped() >= kOverlaps) break;
-    if (took > milliseconds(trial.overlapped() > 40 ? 500 : 2500)) break;
-    trial.inKilledProcess([&] { load(trial, operation, milliseconds(60), round % 2 == 1); });
+    if (took > milliseconds(trial.overlapped() > 40 ? 300 : 2500)) break;
+    trial.inKilledProcess([&] { load(trial, operation, milliseconds(60), kKinds[round % 4]); });
   }
+  trial.explain("while another thread was held up in it");
+  trial.inKilledProcess([&] { heldUp(trial, operation, milliseconds(500)); });
   if (trial.overlapped() == 0) trial.notAsked("no two calls overlapped within two seconds");
 }
 

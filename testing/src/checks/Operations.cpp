@@ -154,10 +154,16 @@ Texts answer(const std::string& called, Object& object, Member<Object, Answer, P
   std::conditional_t<kLends, std::tuple<std::decay_t<Parameters>...>, bool> before{};
   if constexpr (kLends) before = values;
   const auto ask = [&](auto&... arguments) {
-    if constexpr (std::is_void_v<Answer>)
+    if constexpr (std::is_void_v<Answer>) {
+      enterHost();
       (object.*member)(arguments...);
-    else
-      collect(texts, (object.*member)(arguments...));
+      leaveHost();
+    } else {
+      enterHost();
+      const Answer answered = (object.*member)(arguments...);
+      leaveHost();
+      collect(texts, answered);
+    }
     (collectWritten<Parameters>(texts, arguments), ...);
   };
   std::apply(ask, values);

@@ -54,7 +54,16 @@ thread_local const Report::Busy* t_call = nullptr;
 /// Whether this thread is to be held up in the midst of its calls, and after how many instructions of this one.
 thread_local bool t_disturbed = false;
 thread_local long t_steps = 0;
+thread_local int t_holds = 0;  ///< How often it was held up in this call.
 thread_local std::uint64_t t_dice = 0;
+
+/// Of a thread whose calls are held up once: at which place, and how many came by. Places are where the host asks for
+/// memory or gives it back, takes a mutex or leaves it: what is shared is halfway there.
+thread_local long t_pauseAt = -1, t_cameBy = 0;
+/// Whether this thread runs meanwhile.
+thread_local bool t_meanwhile = false;
+thread_local bool t_inHost = false;
+std::atomic<bool> g_paused{false};
 
 std::uint64_t roll() {
   t_dice = t_dice * 6364136223846793005U + 1442695040888963407U;
@@ -63,8 +72,11 @@ std::uint64_t roll() {
 
 /// Lets others come in between.
 void holdUpNow() {
+  constexpr int kMostHolds = 8;
+  if (++t_holds > kMostHolds) return;
   const int error = errno;
-  const timespec pause{0, 20000 + static_cast<long>(roll() % 8) * 30000};
+  // Sometimes for so long that others come round more than once.
+  const timespec pause{0, roll() % 8 == 0 ? 3000000 : 20000 + static_cast<long>(roll() % 8) * 30000};
   nanosleep(&pause, nullptr);
   errno = error;
 }
@@ -72,6 +84,7 @@ void holdUpNow() {
 /// From here on this thread is stopped after every instruction, until the steps are done: so it is held up at places
 /// that are a few instructions wide. Elsewhere than on x86-64 signals of another thread do, more roughly.
 void beginSteps() {
+  t_holds = 0;
 #if defined(VORN_STEPS)
   if (!t_disturbed || roll() % 5 != 0) return;
   t_steps = 30L << (roll() % 5);
@@ -104,11 +117,10 @@ class OnItsWay {
     ++g_calls;
     if (g_inside++ > 0) ++g_overlaps;
     t_call = m_call;
-    beginSteps();
   }
 
   ~OnItsWay() {
-    t_steps = 0;
+    leaveHost();
     t_call = m_outer;
     --g_inside;
     const std::int64_t end = now();
@@ -176,6 +188,17 @@ void onCrash(int signal, siginfo_t* info, void*) {
 /// Holds a thread up in the midst of a call.
 void onDisturbed(int) {
   if (t_call) holdUpNow();
+}
+
+/// Until the other thread is done, or waits for this one.
+void pauseNow() {
+  constexpr int kTurns = 1500;
+  const int error = errno;
+  const timespec turn{0, 30000};
+  g_paused = true;
+  for (int i = 0; g_paused && i < kTurns; ++i) nanosleep(&turn, nullptr);
+  g_paused = false;
+  errno = error;
 }
 
 #if defined(VORN_STEPS)
@@ -265,6 +288,16 @@ void Trial::presume(const std::string& check, const std::function<void()>& act) 
   act();
 }
 
+void enterHost() {
+  t_inHost = true;
+  beginSteps();
+}
+
+void leaveHost() {
+  t_steps = 0;
+  t_inHost = false;
+}
+
 void guardMemory(bool guards) { g_guards = guards; }
 
 bool isGuarded(const void* memory) {
@@ -324,6 +357,31 @@ void Trial::onThreads(int count, const std::function<void(int)>& act, bool distu
   if (first) throw Outcome(*first);
 }
 
+long Trial::held(long after, const std::function<void()>& act) {
+  t_pauseAt = after;
+  t_cameBy = 0;
+  const AtEnd end([] { t_pauseAt = -1; });
+  act();
+  return t_cameBy;
+}
+
+bool Trial::meanwhile(const std::function<void()>& act) {
+  if (!g_paused) {
+    const timespec turn{0, 20000};
+    nanosleep(&turn, nullptr);
+    return false;
+  }
+  t_meanwhile = true;
+  const AtEnd end([] {
+    t_meanwhile = false;
+    g_paused = false;
+  });
+  act();
+  return true;
+}
+
+bool Trial::othersPaused() { return g_paused; }
+
 void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::microseconds after) {
   m_report.innerEnded = false;
   const pid_t child = fork();
@@ -376,6 +434,15 @@ void locked(const void* mutex) {
   checks::noteHeld(mutex);
   if (checks::t_disturbed && checks::t_call && checks::t_steps == 0 && checks::roll() % 4 == 0)
     checks::holdUpNow();
+}
+
+void place() {
+  if (checks::t_pauseAt >= 0 && checks::t_inHost && checks::t_cameBy++ == checks::t_pauseAt)
+    checks::pauseNow();
+}
+
+void waits() {
+  if (checks::t_meanwhile) checks::g_paused = false;  // for a mutex of the thread that is held up
 }
 
 bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }

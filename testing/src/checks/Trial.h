@@ -124,6 +124,15 @@ class Trial {
   /// held up in the midst of their calls again and again, so that others come in between.
   void onThreads(int count, const std::function<void(int)>& act, bool disturbed = false);
 
+  /// Acts on this thread, whose call is held up once, after so many places where the host asks for memory or gives it
+  /// back, takes a mutex or leaves it: until the other thread is done with what it does meanwhile(), or waits. Returns how
+  /// many places came by; 0 in a program that does not stand before the C library.
+  static long held(long after, const std::function<void()>& act);
+
+  /// Acts if a thread is held up now; answers whether.
+  static bool meanwhile(const std::function<void()>& act);
+  static bool othersPaused();
+
   /// How many calls began while another was on its way, in this process.
   long overlaps() const;
 
@@ -166,6 +175,10 @@ constexpr int kOrderly = 86;
 /// Catches the signals that end a process, to note the call and the stack before they do. Not where somebody else,
 /// such as a sanitizer, looks already.
 void noteCrashes(Report& report);
+
+/// Right before and after the host's own instructions, for those that are to be held up there.
+void enterHost();
+void leaveHost();
 
 /// From now on blocks of memory get pages of their own, where a program knows how to; or no more. What is used after it
 /// was given back then ends the process at that place.
