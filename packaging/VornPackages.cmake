@@ -34,7 +34,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${system}")
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libvorndalimpl ${same}")
 set(CPACK_DEBIAN_TESTING_PACKAGE_DEPENDS "libvorndalimpl-dev ${same}, ${system}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvorndalimpl ${same}, libvorndalimpl-testing ${same}, ${system}, binutils, python3:any, \
-libasound2, libedit2, libsamplerate0, libsndfile1, libsqlite3-0")
+libasound2, libedit2, libmicrohttpd12, libsamplerate0, libsndfile1, libsqlite3-0")
 
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "libVornDALImpl.so connects a voice-assistant client with the firmware.
 It needs libDALIMPL.so, which the product provides.")

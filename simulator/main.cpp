@@ -20,8 +20,11 @@
 #include "calls/Recording.h"
 #include "calls/Report.h"
 #include "device/DataFolder.h"
+#include "device/parts/DeviceFile.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
+#include "page/Serve.h"
+#include "page/Teller.h"
 #include "run/HostProcess.h"
 #include "run/Postmortem.h"
 #include "run/Replay.h"
@@ -37,11 +40,11 @@ constexpr int kPassed = 0;
 constexpr int kFailed = 1;
 constexpr int kNothingDone = 2;
 
-constexpr int kForeignHostSeconds = 10;
+constexpr int kForeignHostSeconds = 10;  // On the page also for the simulated one: there, somebody waits.
 constexpr std::size_t kLargestScenario = std::size_t{16} << 20;
 constexpr char kTraceFile[] = "/tmp/xAppLog.txt";  // The library's.
 
-enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kExport, kList };
+enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kExport, kServe, kList };
 
 /// What the command line asks for.
 struct Request {
@@ -57,6 +60,8 @@ struct Request {
   std::string alsa;  ///< The ALSA device that they play to instead, when not empty.
   std::string colour = "auto";
   Settings settings;
+  ServeRequest serve;
+  bool below = false;  ///< Whether this is the speaker's own process, below the one that serves.
   bool strict = false;
   bool list = false;
   bool everyOperation = false;  ///< Whether the table at the end counts also what was never called.
@@ -103,6 +108,20 @@ int console(const Request& request, std::ostream& out) {
   Speaker speaker(request.settings, out);
   Console console(speaker, request.stateFolder + "/console-history", request.settings.secrets);
   return console.run(isatty(STDIN_FILENO) == 1, std::cin) ? kPassed : kFailed;
+}
+
+/// The speaker's own process; the page is served by the one above.
+int below(const Request& request, std::ostream& out) {
+  Settings settings = request.settings;
+  Teller teller(out, settings.secrets);
+  settings.listener = &teller;
+  settings.onFinding = [&](const vorn_testing::Finding& finding) {
+    if (finding.rule != vorn_testing::Finding::kNotWatching) teller.found(describe(finding));
+  };
+  std::ostream unseen(nullptr);
+  Speaker speaker(settings, unseen);
+  teller.run(speaker, DeviceFile::read(settings.device), std::cin);
+  return kPassed;
 }
 
 int replay(Request& request, std::ostream& out) {
@@ -199,7 +218,7 @@ int fulfil(Request& request, std::ostream& out) {
   Settings& settings = request.settings;
   const StateFolder folder(request.stateFolder);
   // A recording and its replay begin with an empty store, so that they can be the same.
-  if (request.task == Task::kPlay || request.task == Task::kConsole)
+  if (request.task == Task::kPlay || request.task == Task::kConsole || request.task == Task::kServe)
     settings.store = request.stateFolder + "/store.sqlite";
   if (request.task == Task::kRecord) settings.recording = request.recording;
   if (request.alsa.empty()) {
@@ -208,6 +227,7 @@ int fulfil(Request& request, std::ostream& out) {
     settings.sink = std::make_shared<AlsaSink>(request.alsa);
   }
   int status = request.task == Task::kConsole  ? console(request, out)
+               : request.task == Task::kServe  ? below(request, out)
                : request.task == Task::kReplay ? replay(request, out)
                                                : play(request, out);
   if (!settings.sink->problem().empty()) {
@@ -250,6 +270,12 @@ int run(Request& request) {
   if (request.task == Task::kList) return list(std::cout);
   if (request.task == Task::kReport) return report(request, std::cout);
   if (request.task == Task::kExport) return exportRecording(request);
+  if (request.task == Task::kServe && !request.below) {
+    request.serve.secrets = request.settings.secrets;
+    request.serve.morning = kMorning;
+    request.serve.command.emplace_back("--below");
+    return serve(request.serve, std::cout);
+  }
   if (request.out.empty()) {
     request.out = request.stateFolder + "/answer.wav";
     if (request.alsa.empty() && access(request.out.c_str(), F_OK) == 0 && !WavSink::made(request.out))
@@ -258,9 +284,8 @@ int run(Request& request) {
   }
   refuseToOverwriteInputs(request);
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
-  if (request.watchdog < 0)
-    request.watchdog =
-        request.settings.host.empty() && request.task != Task::kReplay ? 0 : kForeignHostSeconds;
+  const bool watched = request.task == Task::kServe || request.task == Task::kReplay || !request.settings.host.empty();
+  if (request.watchdog < 0) request.watchdog = watched ? kForeignHostSeconds : 0;
   request.settings.limit = std::chrono::seconds(request.watchdog);
   if (request.settings.secrets) umask(077);
   adapt(request);
@@ -311,11 +336,18 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_option(
          "--watchdog", request.watchdog,
          "Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for\n"
-         "ever; 10 with --host and in replays")
+         "ever; 10 with --host, with serve and in replays")
       ->check(CLI::NonNegativeNumber);
   app.add_option("--color", request.colour,
                  "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
       ->check(CLI::IsMember({"auto", "always", "never"}));
+  app.add_option("--port", request.serve.port,
+                 "The port of the page that serve shows; a free one unless given")
+      ->check(CLI::Range(1, 65535));
+  app.add_option(
+      "--watch", request.serve.watch,
+      "A recording that serve shows in place of a speaker; what is added to it is shown as it comes");
+  app.add_flag("--below", request.below)->group("");
   app.add_flag("--list", request.list, "List the operations with their arguments, and end");
 }
 
@@ -410,6 +442,10 @@ int main(int argc, char** argv) {
     addSelection(reported, request);
     addExport(*recorded("export", Task::kExport, "Write a recording in a form that other programs read"),
               request);
+    app.add_subcommand("serve",
+                       "Show the speaker on a page in the browser of this machine, and play with it there")
+        ->callback([&] { request.task = Task::kServe; });
+    request.serve.command.assign(argv, argv + argc);
     app.require_subcommand(0, 1);
     app.parse(argc, argv);
     if (request.list) request.task = Task::kList;

@@ -14,7 +14,7 @@ _vorn_tool() {
       if [[ $current == -* ]]; then
         words=$({ "$1" --help; ${task:+"$1" $task --help}; } 2>/dev/null | grep -oE -- '--[a-z]+(-[a-z]+)*')
       elif [[ $1 == *vorn-speaker && $COMP_CWORD == 1 ]]; then
-        words='console record replay report export'
+        words='console record replay report export serve'
       fi
       ;;
   esac

@@ -241,7 +241,7 @@ std::string nowInUtc() {
   return text;
 }
 
-Json header() {
+Json headerLine() {
   return {{"recording", kFormat},
           {"version", Recording::kVersion},
           {"started", nowInUtc()},
@@ -530,13 +530,17 @@ void Recorded::mask() {
 }
 
 Recording::Recording(const std::string& path) : m_file(replaceable(path)) {
-  m_file.stream() << dumped(header()) << std::endl;
+  m_file.stream() << header() << std::endl;
 }
 
-void Recording::ended(const Crossing& call) {
+void Recording::ended(const Crossing& call) { m_file.stream() << line(call) << std::endl; }
+
+std::string Recording::header() { return dumped(headerLine()); }
+
+std::string Recording::line(const Crossing& call) {
   Json json;
   for (const Field& field : fields()) json[field.told.name] = field.write(call);
-  m_file.stream() << dumped(json) << std::endl;
+  return dumped(json);
 }
 
 std::string Recording::asRead(const std::string& text) {

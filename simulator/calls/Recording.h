@@ -110,6 +110,10 @@ class Recording : public Crossings::Listener {
   /// Puts the file in its place. @throws NotWritten  Not every byte could be written.
   void finish();
 
+  /// Its first line, and the line of a call.
+  static std::string header();
+  static std::string line(const Crossing& crossing);
+
   /// A text as a recording gives it back: bytes that are no UTF-8 are lost.
   static std::string asRead(const std::string& text);
 

@@ -104,7 +104,7 @@ std::vector<std::string> completions(const std::string& line) {
 }
 
 Console::Console(Stage& stage, std::string historyFile, bool secrets)
-    : m_stage(stage), m_historyFile(std::move(historyFile)), m_secrets(secrets) {}
+    : m_stage(stage), m_historyFile(std::move(historyFile)), m_discretion(secrets) {}
 
 bool Console::run(bool terminal, std::istream& in) {
   if (!terminal) {
@@ -144,7 +144,7 @@ bool Console::play(const std::string& line) {
       if (words.size() != 2) throw Unreadable(line.size() + 1, "expected a file: save FILE");
       save(words[1].text);
     } else if (const auto statement = readStatement(line)) {
-      keep(line);
+      m_played.push_back(m_discretion.kept(line, m_stage));
       read = true;
       statement(m_stage);
     }
@@ -164,19 +164,13 @@ void Console::complain(const std::string& line, const Unreadable& error) {
             << error.what() << std::endl;
 }
 
-/// For save: a secret is masked, and what is expected of a call that gave one is left out.
-void Console::keep(const std::string& line) {
+std::string Discretion::kept(const std::string& line, const Stage& stage) {
   const std::string shown = m_secrets ? line : maskedStatement(line);
   const bool expectation = split(line).at(0).text == "expect";
-  const bool telling = shown != line || (!m_secrets && m_stage.isSecret(line));
+  const bool telling = shown != line || (!m_secrets && stage.isSecret(line));
   if (!expectation) m_masked = telling || (!m_secrets && mayHoldSecret(line));
-  if (!expectation && telling && shown == line) {
-    m_played.push_back(std::string("# ") + kMask);
-  } else if (expectation && (telling || m_masked)) {
-    m_played.push_back(std::string("# expect ") + kMask);
-  } else {
-    m_played.push_back(shown);
-  }
+  if (!expectation && telling && shown == line) return std::string("# ") + kMask;
+  return expectation && (telling || m_masked) ? std::string("# expect ") + kMask : shown;
 }
 
 /// Keeps a line for the next session, unless it holds a secret; one that could not be read may hold any.

@@ -9,6 +9,20 @@
 
 namespace vorn_speaker {
 
+/// What may be kept of lines that were played: secrets are masked, and what is expected of a call that gave one is left out.
+class Discretion {
+ public:
+  /// With `secrets` nothing is masked.
+  explicit Discretion(bool secrets) : m_secrets(secrets) {}
+
+  /// The line to keep; before it is played, in the order of playing. `stage` knows the secrets.
+  std::string kept(const std::string& line, const Stage& stage);
+
+ private:
+  const bool m_secrets;
+  bool m_masked = false;  ///< Whether the last call was kept with secrets masked.
+};
+
 /// The console: statements of a scenario, typed one after the other and played at once.
 class Console {
  public:
@@ -24,7 +38,6 @@ class Console {
   /// Plays one line, or tells what is wrong with it; false for quit.
   bool play(const std::string& line);
   void complain(const std::string& line, const Unreadable& error);
-  void keep(const std::string& line);
   void remember(const std::string& line);
   void readHistory();
   void help(const std::string& topic) const;
@@ -32,10 +45,9 @@ class Console {
 
   Stage& m_stage;
   const std::string m_historyFile;
-  const bool m_secrets;
+  Discretion m_discretion;
   bool m_terminal = false;
   bool m_good = true;
-  bool m_masked = false;              ///< Whether the last call was kept with secrets masked.
   std::vector<std::string> m_played;  ///< What save makes a scenario of.
   std::set<std::string> m_saved;      ///< The files that this session made.
 };

@@ -24,6 +24,8 @@ using VornDeviceAbstractionLayer::VornAudioIn;
 
 namespace {
 
+constexpr std::size_t kMostRecent = 10000;
+constexpr unsigned long kMostRecorded = 4096;
 constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
 
 long sizeOf(const char* file) {
@@ -70,8 +72,12 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       m_host(DeviceFile::read(settings.device), settings.store, m_microphone, face()),
       m_ownHost(settings.host.empty() ? nullptr : ownHost(settings.host)),
       m_recordingHost(m_ownHost ? *m_ownHost : m_host),
+      m_doctorHost(settings.onFinding
+                       ? std::make_unique<vorn_testing::DoctorHost>(m_recordingHost, settings.onFinding)
+                       : nullptr),
       m_attachments(m_recorder, m_players),
-      m_adapters(m_recordingHost, m_players, m_attachments),
+      m_adapters(m_doctorHost ? static_cast<VornDALImplIF&>(*m_doctorHost) : m_recordingHost, m_players,
+                 m_attachments),
       m_limit(settings.limit),
       m_secrets(settings.secrets),
       m_keepGoing(settings.keepGoing),
@@ -88,6 +94,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
   m_crossings.tell(m_tally);
   m_crossings.tell(*this);
   if (m_recording) m_crossings.tell(*m_recording);
+  if (settings.listener) m_crossings.tell(*settings.listener);
   m_crossings.disturb([this](const Crossing& crossing) { disturb(crossing); });
 
   // As a device boots: the host, the trace, the adapters, the assistant client.
@@ -155,6 +162,9 @@ void Speaker::ended(const Crossing& crossing) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_recent.push_back(crossing);
+    if (m_recent.size() > kMostRecent) m_recent.pop_front();
+    // What the kit recorded is asked for by nobody here; a call that runs meanwhile may be kept at another's place.
+    if (++m_calls % kMostRecorded == 0) m_recorder->clear();
     m_heard += static_cast<std::int64_t>(crossing.samples);
   }
   m_arrived.notify_all();
@@ -166,14 +176,13 @@ bool Speaker::holds(std::chrono::milliseconds within, const std::function<bool()
 }
 
 void Speaker::disturb(const Crossing& crossing) {
-  Disturbance disturbance;
-  {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_disturbances.find(crossing.fullName());
-    if (found == m_disturbances.end()) return;
-    disturbance = found->second;
-  }
-  std::this_thread::sleep_for(disturbance.delay);  // what the statement asked for
+  const std::string name = crossing.fullName();
+  std::unique_lock<std::mutex> lock(m_mutex);
+  const auto found = m_disturbances.find(name);
+  if (found == m_disturbances.end()) return;
+  const Disturbance disturbance = found->second;
+  const auto restored = [&] { return m_disturbances.count(name) == 0; };
+  if (m_restored.wait_for(lock, disturbance.delay, restored)) return;
   if (disturbance.failure) throw std::runtime_error(*disturbance.failure);
 }
 
@@ -190,11 +199,12 @@ void Speaker::fail(const std::string& name, const std::string& text) {
 void Speaker::restore(const std::string& name) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_disturbances.erase(name);
+  m_restored.notify_all();
 }
 
 std::vector<Crossing> Speaker::recent() const {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_recent;
+  return {m_recent.begin(), m_recent.end()};
 }
 
 void Speaker::section(const std::string& title) { m_printer.say("\n" + shown(title)); }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <vorn_testing/DoctorHost.h>
 #include <vorn_testing/FakeAssistant.h>
 #include <vorn_testing/RecordingHost.h>
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -42,6 +44,8 @@ struct Settings {
   bool everyBlock = false;        ///< Whether each block of sound is printed.
   bool secrets = false;           ///< Whether secrets are printed.
   bool keepGoing = false;         ///< Whether a scenario goes on after an expectation that was not met.
+  Crossings::Listener* listener = nullptr;    ///< Told every call too. Borrowed.
+  vorn_testing::Doctor::OnFinding onFinding;  ///< Told rules that were broken; without it nobody looks.
   bool colour = false;
   std::size_t width = 60;  ///< Of the display, in columns.
 };
@@ -76,6 +80,8 @@ class Speaker : public Stage, private Crossings::Listener {
 
   /// Creates one adapter, or shuts it down.
   void adapter(const std::string& name, bool live);
+  /// The last call's result, with secrets masked.
+  const std::string& shownResult() const { return m_shownResult; }
 
   /// The calls that arrived since the last call of a scenario began.
   std::vector<Crossing> recent() const;
@@ -124,6 +130,7 @@ class Speaker : public Stage, private Crossings::Listener {
   SpeakerHost m_host;
   const std::shared_ptr<VornDALImplIF> m_ownHost;
   vorn_testing::RecordingHost m_recordingHost;
+  const std::unique_ptr<vorn_testing::DoctorHost> m_doctorHost;
   PlayerTable m_players;
   Attachments m_attachments;
   Adapters m_adapters;
@@ -142,9 +149,11 @@ class Speaker : public Stage, private Crossings::Listener {
   const bool m_secrets;
   const bool m_keepGoing;
   mutable std::mutex m_mutex;
-  std::condition_variable m_arrived;  ///< Something ended.
+  std::condition_variable m_arrived;   ///< Something ended.
+  std::condition_variable m_restored;  ///< A disturbance did.
   std::map<std::string, Disturbance> m_disturbances;
-  std::vector<Crossing> m_recent;  ///< Since the last call of a scenario began.
+  std::deque<Crossing> m_recent;  ///< The newest since the last call of a scenario began.
+  unsigned long m_calls = 0;
   std::string m_result;
   std::string m_shownResult;  ///< The same, with secrets masked.
   std::int64_t m_heard = 0;

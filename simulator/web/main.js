@@ -1,0 +1,274 @@
+import { offerFaults } from './faults.js';
+import { Figures } from './figures.js';
+import { Lanes } from './lanes.js';
+import { Calls, answerOf, differences, nameOf, readRecording } from './model.js';
+import { documentation, offer } from './operations.js';
+import { Scenario } from './scenario.js';
+import { Server } from './server.js';
+import { DeviceState, SpeakerView } from './speaker.js';
+import { byId, download, harmless, make, oneLine, time } from './texts.js';
+
+const kMostReport = 200000;
+const kLargestRecording = 1 << 28;
+
+const server = new Server();
+const speaker = new SpeakerView();
+const figures = new Figures();
+let device = new DeviceState();
+let live = new Calls();
+const opened = [];  // Recordings: {name, calls}
+let shown = live;
+let watching = '';
+let connected = false;
+let alive = true;
+
+const lanes = new Lanes((call, index) => {
+  detail(call);
+  if (shown !== live) room(index);
+});
+
+// ---- One call ------------------------------------------------------------------------------------------------
+
+async function detail(call) {
+  const facts = [['Number', call.call], ['Began', time(call.time)], ['Took', call.running ? 'not ended yet' : time(call.duration)],
+    ['Thread', call.thread], ['Direction', call.direction], ['Arrived', call.interface ? `${call.interface}, slot ${call.slot}` : 'nowhere'],
+    ['Inside', `${call.inside} calls`], ...call.arguments.map((value, n) => [`Argument ${n + 1}`, value]),
+    ['Answer', answerOf(call) || '—']];
+  const locked = list.find((operation) => operation.adapter === call.adapter && operation.operation === call.operation)?.locked;
+  if (locked) facts.push(['Lock', `held by this call${call.waited >= 0 ? `, waited ${time(call.waited)} for it` : ''}`]);
+  if (call.samples !== undefined) facts.push(['Sound', `${call.samples} samples, peak ${call.peak}, level ${call.level}`]);
+  for (const line of call.trace ?? []) facts.push(['Trace', line]);
+  const words = make('pre', {});
+  byId('details').replaceChildren(make('h3', {}, oneLine(nameOf(call))),
+    make('dl', {}, ...facts.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, harmless(value).slice(0, 5000))])), words);
+  words.textContent = await documentation(call.adapter, call.operation);
+}
+
+/** The speaker as it was after a call. */
+function room(index) {
+  const then = new DeviceState();
+  for (const call of shown.shown.slice(0, index + 1)) then.take(call);
+  speaker.show(then);
+}
+
+// ---- What is shown -------------------------------------------------------------------------------------------
+
+function options(select, names, all) {
+  const before = select.value;
+  const wanted = ['', ...[...names].sort()];
+  if (select.options.length === wanted.length) return;
+  select.replaceChildren(...wanted.map((name) => make('option', { value: name }, name === '' ? all : oneLine(name, 60))));
+  select.value = wanted.includes(before) ? before : '';
+}
+
+let counting = false;
+function count() {
+  if (counting) return;
+  counting = true;
+  requestAnimationFrame(() => {
+    counting = false;
+    options(byId('byAdapter'), shown.adapters, 'all');
+    options(byId('byThread'), shown.threads, 'all');
+    const words = [`${lanes.length} calls`];
+    if (shown.shown !== shown.all) words.push(`of ${shown.all.length}`);
+    if (lanes.length < shown.shown.length) words.push(`(paused, ${shown.shown.length - lanes.length} more)`);
+    if (shown.missed > 0) words.push(`(${shown.missed} earlier ones are not kept)`);
+    if (shown.leftOut > 0) words.push(`(${shown.leftOut} lines could not be read and are left out)`);
+    byId('count').textContent = words.join(' ');
+  });
+}
+
+function redraw() {
+  lanes.show(shown.shown);
+  count();
+}
+
+function filter() {
+  shown.filter({ adapter: byId('byAdapter').value, direction: byId('byDirection').value, thread: byId('byThread').value, text: byId('byText').value }, redraw);
+}
+
+function pause(paused) {
+  byId('pause').setAttribute('aria-pressed', String(paused));
+  lanes.pause(paused);
+  count();
+}
+
+function sources() {
+  byId('shown').replaceChildren(make('option', { value: '-1' }, watching ? 'the recording that is watched' : 'what happens now'),
+    ...opened.map(({ name }, n) => make('option', { value: n }, oneLine(name, 60))));
+}
+
+function show(n) {
+  shown = n < 0 ? live : opened[n].calls;
+  byId('shown').value = n;
+  byId('stepping').hidden = n < 0;
+  if (n < 0) speaker.show(device);
+  pause(false);
+  filter();
+  if (n >= 0) lanes.choose(0);
+}
+
+byId('byDirection').append(...['', 'down', 'up', 'life', 'own'].map((name) => make('option', { value: name }, name || 'all')));
+for (const id of ['byAdapter', 'byDirection', 'byThread']) byId(id).addEventListener('change', filter);
+byId('byText').addEventListener('input', filter);
+byId('shown').addEventListener('change', (event) => show(Number(event.target.value)));
+byId('pause').addEventListener('click', () => pause(byId('pause').getAttribute('aria-pressed') !== 'true'));
+byId('perThread').addEventListener('change', (event) => { lanes.perThread = event.target.checked; });
+byId('save').addEventListener('click', () => download('calls.jsonl', shown.recording()));
+for (const [name, to] of [['First', () => 0], ['Back', () => lanes.chosen - 1], ['Next', () => lanes.chosen + 1], ['Last', () => Infinity]]) {
+  byId('stepping').append(make('button', { type: 'button', click: () => lanes.choose(to()) }, name));
+}
+
+// ---- Recordings ----------------------------------------------------------------------------------------------
+
+function tell(text, bad = false) {
+  byId('outcome').textContent = text;
+  byId('outcome').classList.toggle('bad', bad);
+}
+
+async function open(files) {
+  let n = -1;
+  for (const file of files) {
+    try {
+      if (file.size > kLargestRecording) throw new Error(`${file.name} is larger than 256 MiB, which this page does not take.`);
+      const calls = readRecording(file.name, await file.text());
+      if (opened.length === 2) opened.shift();
+      n = opened.push({ name: file.name, calls }) - 1;
+      tell(`${oneLine(file.name)}: ${calls.all.length} calls`);
+    } catch (error) {
+      tell(harmless(error.message), true);
+    }
+  }
+  if (n < 0) return;
+  sources();
+  show(n);
+  compare();
+}
+
+function compare() {
+  const box = byId('comparison');
+  box.hidden = opened.length < 2;
+  if (box.hidden) return;
+  const [one, other] = opened;
+  const found = differences(one.calls.all, other.calls.all);
+  const words = (call) => (call ? oneLine(`${nameOf(call)}(${call.arguments.join(', ')}) = ${answerOf(call) || 'no result'}`, 160) : 'no call');
+  const go = (left, right) => {
+    const n = left ? 0 : 1;
+    show(n);
+    lanes.choose(opened[n].calls.all.indexOf(left ?? right));
+  };
+  box.replaceChildren(
+    make('h3', {}, found.length === 0 ? `${oneLine(one.name)} and ${oneLine(other.name)} tell the same`
+      : `${oneLine(one.name)} and ${oneLine(other.name)} differ in ${found.length === 200 ? '200 places or more' : `${found.length} places`}`),
+    make('ol', {}, ...found.map(([left, right]) => make('li', {},
+      make('button', { type: 'button', click: () => go(left, right) }, `${words(left)}\n${words(right)}`)))));
+}
+
+byId('open').addEventListener('change', (event) => {
+  open([...event.target.files]);
+  event.target.value = '';
+});
+addEventListener('dragover', (event) => {
+  event.preventDefault();
+  byId('drop').hidden = false;
+});
+addEventListener('dragleave', (event) => { if (!event.relatedTarget) byId('drop').hidden = true; });
+addEventListener('drop', (event) => {
+  event.preventDefault();
+  byId('drop').hidden = true;
+  open([...event.dataTransfer.files]);
+});
+
+// ---- What comes ----------------------------------------------------------------------------------------------
+
+function report(text) {
+  byId('reports').hidden = false;
+  const box = byId('report');
+  box.textContent = (box.textContent + harmless(text) + '\n').slice(-kMostReport);
+  box.scrollTop = box.scrollHeight;
+}
+
+function state() {
+  byId('source').textContent = !connected ? 'No connection to vorn-speaker: it has ended, or is not reached.'
+    : watching ? `Watching ${oneLine(watching)}` : alive ? 'The speaker runs.' : 'The speaker has ended.';
+}
+
+function begin() {
+  live = new Calls();
+  device = new DeviceState();
+  figures.restart();
+  alive = true;
+  state();
+  show(-1);
+  compare();
+}
+
+function line(read) {
+  if (read.recording !== undefined) {
+    if (!watching) begin();
+  } else if (read.watching !== undefined) {
+    watching = String(read.watching);
+    begin();
+    sources();
+    for (const id of ['assistant', 'firmware', 'scenario', 'faults']) byId(id).hidden = true;
+  } else if (read.device) {
+    device.begin(read.device);
+    speaker.show(device);
+  } else if (read.earlier) {
+    if (Array.isArray(read.earlier.arguments)) device.take(read.earlier);
+  } else if (read.missed) {
+    live.missed += read.missed;
+  } else if (read.played) {
+    if (read.played.statement) scenario.remember(read.played.statement);
+    server.played(read.played);
+  } else if (read.process) {
+    figures.process(read.process);
+  } else if (read.sound) {
+    figures.sound(read);
+  } else if (read.finding || read.report !== undefined) {
+    report(read.finding ?? read.report);
+  } else if (read.note !== undefined) {
+    report(read.note);
+  } else if (read.ended !== undefined) {
+    alive = false;
+    report(`The speaker ended with status ${read.ended}.`);
+    server.ended();
+    state();
+  } else if (read.leftOut) {
+    live.leftOut += read.leftOut;
+  } else if (live.add(read)) {
+    const call = read.open ?? read;
+    figures.add(call);
+    device.take(call);
+    if (shown === live) {
+      speaker.show(device);
+      redraw();
+    }
+  }
+}
+
+async function play(statements) {
+  for (const statement of statements) {
+    tell(`${oneLine(statement)} …`);
+    try {
+      const result = await server.play(statement);
+      tell(`${oneLine(statement)}${result ? ` gave ${oneLine(result)}` : ''}`);
+    } catch (error) {
+      tell(`${oneLine(statement)}: ${error.message}`, true);
+      return;
+    }
+  }
+}
+
+byId('restart').addEventListener('click', () => server.restart().catch((error) => tell(error.message, true)));
+
+const list = await server.operations();
+offer(list, play);
+offerFaults(list, play);
+const scenario = new Scenario(server);
+sources();
+server.listen(line, (now) => {
+  connected = now;
+  state();
+});
+document.body.dataset.ready = 'yes';

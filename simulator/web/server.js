@@ -1,0 +1,81 @@
+// The way to the speaker: statements go up one by one, all that happens comes down as a stream of lines.
+
+import { harmless } from './texts.js';
+
+export class Server {
+  #waiting = new Map();  // By the statement's number: who waits for what came of it.
+  #early = new Map();    // What came before the answer to the request did.
+
+  async #post(path, body) {
+    let reply;
+    try {
+      reply = await fetch(path, { method: 'POST', body });
+    } catch {
+      throw new Error('vorn-speaker does not answer any more; start it again and open the address it prints.');
+    }
+    if (!reply.ok) throw new Error(harmless((await reply.text()).trim()));
+    return reply.json();
+  }
+
+  async text(path) {
+    const reply = await fetch(path).catch(() => null);
+    return reply?.ok ? reply.text() : '';
+  }
+
+  async operations() {
+    return (await fetch('operations')).json();
+  }
+
+  /** The numbers of the lines that are statements; throws with all the mistakes. */
+  check(text) {
+    return this.#post('scenario', text);
+  }
+
+  restart() {
+    return this.#post('restart', '');
+  }
+
+  /** Plays a statement, and gives its result when it was played; throws when it could not be, or an expectation was not met. */
+  async play(line) {
+    const { id } = await this.#post('statement', line);
+    const early = this.#early.get(id);
+    this.#early.delete(id);
+    const played = early ?? (await new Promise((resolve) => this.#waiting.set(id, resolve)));
+    if (played.problem) throw new Error(harmless(played.problem));
+    return harmless(played.result);
+  }
+
+  played(played) {
+    const waiting = this.#waiting.get(played.id);
+    this.#waiting.delete(played.id);
+    if (waiting) {
+      waiting(played);
+      return;
+    }
+    this.#early.set(played.id, played);
+    if (this.#early.size > 100) this.#early.delete(this.#early.keys().next().value);
+  }
+
+  /** Whoever waits is told that the speaker ended. */
+  ended() {
+    for (const resolve of this.#waiting.values()) resolve({ problem: 'the speaker ended', result: '' });
+    this.#waiting.clear();
+  }
+
+  listen(onLine, onState) {
+    const source = new EventSource('events');
+    source.addEventListener('open', () => onState(true));
+    source.addEventListener('error', () => onState(false));
+    source.addEventListener('message', (event) => {
+      for (const line of event.data.split('\n')) {
+        let read;
+        try {
+          read = JSON.parse(line);
+        } catch {
+          continue;
+        }
+        onLine(read);
+      }
+    });
+  }
+}

@@ -1,0 +1,291 @@
+// vorn-speaker serve, asked as a browser asks it.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include "http.h"
+
+namespace {
+
+extern "C" char** environ;
+
+/// The program while it serves.
+class Program {
+ public:
+  explicit Program(std::vector<std::string> arguments, const std::string& state = "/tmp/speaker/state") {
+    arguments.insert(arguments.begin(), {VORN_SPEAKER_PROGRAM, "--state", state, "serve"});
+    std::vector<char*> words;
+    for (std::string& argument : arguments) words.push_back(argument.data());
+    words.push_back(nullptr);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, kErrors, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn(&m_process, words[0], &actions, nullptr, words.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    for (char letter = 0; read(ends[0], &letter, 1) == 1 && letter != '\n';) m_address += letter;
+    close(ends[0]);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+  ~Program() {
+    if (m_process > 0) end();
+  }
+
+  const std::string& address() const { return m_address; }
+
+  /// Asks it to end; its status.
+  int end(int signal = SIGINT) {
+    kill(m_process, signal);
+    return wait();
+  }
+
+  int wait() {
+    int ended = 0;
+    waitpid(m_process, &ended, 0);
+    m_process = 0;
+    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -WTERMSIG(ended);
+  }
+
+  static std::string errors() {
+    std::ifstream file(kErrors);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+ private:
+  static constexpr char kErrors[] = "/tmp/speaker/errors";
+  pid_t m_process = 0;
+  std::string m_address;
+};
+
+class Serving : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::remove_all("/tmp/speaker");
+    std::filesystem::create_directories("/tmp/speaker");
+  }
+
+  static std::string file(const std::string& name, const std::string& content) {
+    const std::string path = "/tmp/speaker/" + name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+  }
+
+  /// What is told until it holds the text.
+  static std::string told(const Address& address, const std::string& text) {
+    return events(address, [&](const std::string& all) { return has(all, text); });
+  }
+};
+
+constexpr char kHeader[] = "{\"recording\":\"vorn-speaker\",\"version\":1}\n";
+
+std::string call(int number, const std::string& arguments) {
+  return "{\"call\":" + std::to_string(number) +
+         R"(,"time":5,"duration":1,"thread":"assistant","direction":"down","adapter":"VornDeviceInfo",)" +
+         R"("operation":"setSystemSetting","interface":"VornDALImplIF","slot":23,"inside":0,"arguments":)" +
+         arguments + R"(,"result":"true","written":[],"exception":null})" + "\n";
+}
+
+TEST_F(Serving, PrintsOneLineAndEndsWhenItIsInterrupted) {
+  Program program({});
+  EXPECT_EQ(program.address().rfind("http://127.0.0.1:", 0), 0U);
+  EXPECT_EQ(program.end(), 0);
+  EXPECT_EQ(Program::errors(), "");
+}
+
+TEST_F(Serving, GivesThePageAndItsParts) {
+  Program program({});
+  const Address address(program.address());
+  EXPECT_TRUE(has(get(address, ""), "<title>vorn-speaker</title>"));
+  for (const char* part :
+       {"main.js", "page.css", "operations", "morning.scenario", "headers/VornDeviceInfo.h"})
+    EXPECT_TRUE(has(get(address, part), "HTTP/1.1 200")) << part;
+  for (const char* part : {"../device.toml", "nothing", "headers/../../device.toml", "headers"})
+    EXPECT_FALSE(has(get(address, part), "HTTP/1.1 200")) << part;
+}
+
+TEST_F(Serving, PlaysAStatementAndTellsEveryPage) {
+  Program program({});
+  const Address address(program.address());
+  post(address, "statement", "assistant VornDeviceCapabilities.onSetVolume 41");
+  for (int page = 0; page < 2; ++page) {
+    const std::string all = told(address, "\"played\"");
+    EXPECT_TRUE(has(all, R"("operation":"notifyVolumeChanged")")) << all;
+    EXPECT_TRUE(has(all, R"("arguments":["41"],"result":"true volume 41")")) << all;
+  }
+}
+
+TEST_F(Serving, TellsWhatIsWrongWithAStatement) {
+  Program program({});
+  const Address address(program.address());
+  EXPECT_TRUE(has(post(address, "statement", "assistant VornDeviceInfo.getVolum"), "did you mean"));
+  EXPECT_TRUE(
+      has(post(address, "statement", "assistant VornDeviceInfo.getVolume\nremove all"), "expected one line"));
+  EXPECT_TRUE(has(post(address, "scenario", "expect 1\nbogus\nexpect"), "scenario:2:1:"));
+}
+
+TEST_F(Serving, TellsAnExpectationThatIsNotMet) {
+  Program program({});
+  const Address address(program.address());
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  post(address, "statement", "expect 99");
+  EXPECT_TRUE(has(told(address, "\"id\":2"), "expected the result 99, saw 30"));
+}
+
+TEST_F(Serving, KnowsWhichLinesOfAScenarioAreStatements) {
+  Program program({});
+  EXPECT_TRUE(has(post(Address(program.address()), "scenario", "# first\n\nexpect 1\nsection x"), "[3,4]"));
+}
+
+TEST_F(Serving, TellsTheTraceLineOfACall) {
+  Program program({});
+  const Address address(program.address());
+  post(address, "statement", "assistant VornAppMessaging.sendAppMessage phone ping 1");
+  EXPECT_TRUE(has(told(address, "\"played\""), "\"trace\":["));
+}
+
+TEST_F(Serving, TellsACallThatTakesLongWhileItRunsAndEndsItWhenAsked) {
+  Program program({"--watchdog", "0"});
+  const Address address(program.address());
+  post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  EXPECT_TRUE(has(told(address, "\"open\""), "{\"open\":{\"call\":1,"));
+  post(address, "statement", "restore VornDeviceInfo.getVolume");
+  EXPECT_TRUE(has(told(address, "\"id\":2"), "\"result\":\"30\""));
+}
+
+TEST_F(Serving, EndsWhileACallIsUnderWay) {
+  Program program({"--watchdog", "0"});
+  const Address address(program.address());
+  post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  told(address, "\"open\"");
+  EXPECT_EQ(program.end(SIGTERM), 0);
+}
+
+TEST_F(Serving, TellsOfAHostThatBlocksAndStartsAgain) {
+  Program program({"--watchdog", "1"});
+  const Address address(program.address());
+  post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  const std::string all = told(address, "\"ended\"");
+  EXPECT_TRUE(has(all, "No answer on the thread assistant within 1 s.")) << all;
+  EXPECT_TRUE(has(all, "{\"ended\":3}")) << all;
+  EXPECT_TRUE(has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "HTTP/1.1 503"));
+  post(address, "restart", "");
+  told(address, "\"device\"");
+  const auto plays = [&] {
+    return has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "\"id\"");
+  };
+  EXPECT_TRUE(eventually(plays));
+  EXPECT_TRUE(has(told(address, "\"played\""), "\"result\":\"30\""));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // with which locks are not watched
+TEST_F(Serving, TellsWhatTheDoctorFindsWhenThreadsWaitForALock) {
+  Program program({"--watchdog", "0"});
+  const Address address(program.address());
+  post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+  post(address, "statement", "together 2 VornDeviceInfo.getVolume");
+  EXPECT_TRUE(has(told(address, "\"finding\""), "VornDeviceInfo"));
+}
+
+TEST_F(Serving, TellsHowAHostOfOnesOwnCrashed) {
+  setenv("VORN_BAD", "call abort", 1);
+  Program program({"--host", VORN_BAD_HOST});
+  unsetenv("VORN_BAD");
+  const Address address(program.address());
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  const std::string all = told(address, "\"ended\"");
+  EXPECT_TRUE(has(all, "The host crashed: Aborted")) << all;
+  EXPECT_TRUE(has(all, "inside VornDeviceInfo.getVolume")) << all;
+}
+#endif
+
+TEST_F(Serving, PlaysAHostOfOnesOwn) {
+  Program program({"--host", VORN_BAD_HOST});
+  const Address address(program.address());
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  EXPECT_TRUE(has(told(address, "\"played\""), "\"result\":\"7\""));
+}
+
+TEST_F(Serving, MasksSecrets) {
+  Program program({});
+  const Address address(program.address());
+  post(address, "statement", "assistant VornEMPAdapterControl.login hunter2hunter2 ada true 1s music");
+  const std::string all = told(address, "\"played\"");
+  EXPECT_TRUE(has(all, "login ******** ada")) << all;
+  EXPECT_FALSE(has(all, "hunter2hunter2")) << all;
+}
+
+TEST_F(Serving, ShowsARecordingThatGrows) {
+  const std::string recording = file("growing.jsonl", kHeader + call(1, R"(["a","b"])"));
+  Program program({"--watch", recording});
+  const Address address(program.address());
+  EXPECT_TRUE(has(told(address, "\"call\":1,"), "{\"watching\":\"/tmp/speaker/growing.jsonl\"}"));
+  std::ofstream(recording, std::ios::app) << call(2, R"(["a","c"])");
+  EXPECT_TRUE(has(told(address, "\"call\":2,"), "\"call\":2,"));
+  EXPECT_TRUE(has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "HTTP/1.1 409"));
+}
+
+TEST_F(Serving, MasksWhatARecordingHoldsAndLeavesOutWhatIsNoLine) {
+  const std::string deep(100000, '[');
+  Program program(
+      {"--watch", file("foreign.jsonl", kHeader + call(1, R"(["wifiPassword","hunter2hunter2"])") + deep +
+                                            "\n" + call(2, R"(["wifi\"","\""])") + call(3, "7"))});
+  const std::string all = told(Address(program.address()), "\"call\":3,");
+  EXPECT_TRUE(has(all, R"(["wifiPassword","********"])")) << all;
+  EXPECT_FALSE(has(all, "hunter2hunter2"));
+  EXPECT_TRUE(has(all, "{\"leftOut\":1}"));
+}
+
+TEST_F(Serving, BeginsAnewWithAnotherRecordingOfTheName) {
+  const std::string recording = file("a.jsonl", kHeader + call(1, R"(["a","b"])"));
+  Program program({"--watch", recording});
+  const Address address(program.address());
+  told(address, "\"call\":1,");
+  std::filesystem::rename(file("b.jsonl", kHeader + call(7, R"(["a","b"])")), recording);
+  told(address, "\"call\":7,");
+  EXPECT_FALSE(has(told(address, "\"call\":7,"), "\"call\":1,"));
+}
+
+struct Refusal {
+  std::vector<std::string> arguments;
+  std::string words;
+  std::string state = "/tmp/speaker/state";
+};
+
+TEST_F(Serving, RefusesWithAReasonWhatCannotBe) {
+  const std::string taken = "/tmp/speaker/taken";
+  Program other({}, taken);
+  const std::string port = std::to_string(Address(other.address()).port);
+  const Refusal all[] = {
+      {{"--port", port}, "Address already in use"},
+      {{"--port", "70000"}, "--port"},
+      {{"--watch", "/tmp/speaker/nothing"}, "cannot be read: No such file"},
+      {{"--watch", file("scenario", "expect 1\n")}, "is no recording"},
+      {{"--watch", "/tmp/speaker"}, "/tmp/speaker"},
+      {{"--device", "/tmp/speaker/nothing"}, "nothing"},
+      {{"--host", "/tmp/speaker/nothing"}, "nothing"},
+      {{}, "another vorn-speaker uses it", taken},
+      {{}, "is no folder", file("file", "")},
+  };
+  for (const Refusal& refusal : all) {
+    Program program(refusal.arguments, refusal.state);
+    EXPECT_EQ(program.address(), "");
+    EXPECT_EQ(program.wait(), 2);
+    EXPECT_TRUE(has(Program::errors(), refusal.words)) << refusal.words << " in " << Program::errors();
+  }
+}
+
+}  // namespace
