@@ -284,7 +284,8 @@ int run(Request& request) {
   }
   refuseToOverwriteInputs(request);
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
-  const bool watched = request.task == Task::kServe || request.task == Task::kReplay || !request.settings.host.empty();
+  const bool watched =
+      request.task == Task::kServe || request.task == Task::kReplay || !request.settings.host.empty();
   if (request.watchdog < 0) request.watchdog = watched ? kForeignHostSeconds : 0;
   request.settings.limit = std::chrono::seconds(request.watchdog);
   if (request.settings.secrets) umask(077);

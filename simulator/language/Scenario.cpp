@@ -114,7 +114,7 @@ Names allOf(bool assistant, bool firmware) {
 Names first(std::size_t index, const Names& names) { return index == 0 ? names : Names(); }
 
 const Names kAreas = {"all",     "DeviceInfo",   "DeviceCapabilities", "GUIOutput", "OOBE",
-                      "AudioIn", "AppMessaging", "CommsManager",       "adapters"};
+                      "AudioIn", "AppMessaging", "CommsManager",       "adapters",  "trace"};
 const Names kQuestions = {"authStatus", "messageAccepted", "playbackActionAccepted"};
 
 Play readCall(Caller caller, Words& words, int threads = 1) {
@@ -173,6 +173,7 @@ Play readSide(bool present, Words& words) {
   const Token area = words.nextOf(kAreas);
   words.finish();
   if (area.text == "adapters") return [=](Stage& stage) { stage.adapters(present); };
+  if (area.text == "trace") return [=](Stage& stage) { stage.traceFile(present); };
   return [=](Stage& stage) { stage.assistantSide(present, area.text); };
 }
 
@@ -265,7 +266,8 @@ const std::vector<Statement>& statements() {
        nullptr},
       {"remove AREA",
        "takes an object of the assistant side away: `DeviceInfo`, `DeviceCapabilities`, `GUIOutput`, `OOBE`, "
-       "`AudioIn`, `AppMessaging`, `CommsManager` or `all`; `adapters` shuts the library's own down",
+       "`AudioIn`, `AppMessaging`, `CommsManager` or `all`; `adapters` shuts the library's own down, "
+       "`trace` has the trace file not be written",
        [](Words& words) { return readSide(false, words); },
        [](std::size_t index) { return first(index, kAreas); }},
       {"create AREA", "brings it back", [](Words& words) { return readSide(true, words); },

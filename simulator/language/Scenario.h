@@ -43,6 +43,9 @@ class Stage {
   virtual void waitForMicrophone() = 0;
   virtual void adapters(bool create) = 0;
 
+  /// Whether the library can write its trace file.
+  virtual void traceFile(bool writable) = 0;
+
   /// From now on the operation answers so much later, throws this text instead, or does neither.
   virtual void delay(const std::string& name, std::chrono::milliseconds time) = 0;
   virtual void fail(const std::string& name, const std::string& text) = 0;

@@ -29,9 +29,10 @@ constexpr int kMomentsAFigure = 4;
 
 std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
+/// Negative while there is none.
 std::streamoff sizeOf(const char* file) {
   struct stat status {};
-  return stat(file, &status) == 0 ? status.st_size : 0;
+  return stat(file, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
 
 /// What stands in place of the samples of a block: how many, how loud.
@@ -62,11 +63,11 @@ bool isDisturbance(const std::string& verb) { return verb == "delay" || verb == 
 
 }  // namespace
 
-TraceTail::TraceTail() : m_at(sizeOf(kTraceFile)) {}
+TraceTail::TraceTail() : m_at(std::max<std::streamoff>(sizeOf(kTraceFile), 0)) {}
 
 void TraceTail::read() {
   const std::streamoff size = sizeOf(kTraceFile);
-  if (size == m_at) return;
+  if (size < 0 || size == m_at) return;
   if (size < m_at) m_at = 0;  // It has been emptied since.
   std::ifstream file(kTraceFile, std::ios::binary);
   file.seekg(m_at);

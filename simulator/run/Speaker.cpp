@@ -27,6 +27,7 @@ namespace {
 constexpr std::size_t kMostRecent = 10000;
 constexpr unsigned long kMostRecorded = 4096;
 constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
+constexpr char kTraceAside[] = "/tmp/xAppLog.txt.aside";
 
 long sizeOf(const char* file) {
   std::error_code none;
@@ -134,6 +135,11 @@ Speaker::~Speaker() {
     FileLogger::Shutdown();
     return std::string();
   });
+  try {
+    traceFile(true);
+  } catch (const std::exception& error) {
+    m_printer.say(error.what());
+  }
   m_assistantSide.reset();
   m_firmware.reset();
 }
@@ -384,6 +390,22 @@ void Speaker::adapter(const std::string& name, bool live) {
     m_adapters.set(name, live);
     return std::string();
   });
+}
+
+void Speaker::traceFile(bool writable) {
+  if (m_traceAside != writable) return;
+  namespace fs = std::filesystem;
+  if (!writable && fs::exists(kTraceAside))
+    throw std::runtime_error(std::string(kTraceAside) + " is there already; move it away");
+  // A folder cannot be written, not by root either; the file itself keeps what it holds.
+  if (writable) {
+    fs::remove(kTraceFile);
+    if (fs::exists(kTraceAside)) fs::rename(kTraceAside, kTraceFile);
+  } else {
+    if (fs::exists(kTraceFile)) fs::rename(kTraceFile, kTraceAside);
+    fs::create_directory(kTraceFile);
+  }
+  m_traceAside = !writable;
 }
 
 void Speaker::adapters(bool create) {

@@ -97,6 +97,7 @@ class Speaker : public Stage, private Crossings::Listener {
   void answer(const std::string& question, const std::string& value) override;
   void waitForMicrophone() override;
   void adapters(bool create) override;
+  void traceFile(bool writable) override;
   void delay(const std::string& name, std::chrono::milliseconds time) override;
   void fail(const std::string& name, const std::string& text) override;
   void restore(const std::string& name) override;
@@ -158,6 +159,7 @@ class Speaker : public Stage, private Crossings::Listener {
   std::string m_shownResult;  ///< The same, with secrets masked.
   std::int64_t m_heard = 0;
   const bool m_trace;
+  bool m_traceAside = false;  ///< Whether a folder stands where the trace belongs.
   const long m_traceStart;
 };
 

@@ -35,6 +35,7 @@ class Script : public Stage {
   }
   void waitForMicrophone() override { note("microphone"); }
   void adapters(bool create) override { note(create ? "create adapters" : "shut adapters down"); }
+  void traceFile(bool writable) override { note(writable ? "trace writable" : "trace not writable"); }
   void delay(const std::string& name, std::chrono::milliseconds time) override {
     note("delay " + name + " " + std::to_string(time.count()));
   }

@@ -50,6 +50,17 @@ TEST_F(Scenario, ReadsTheTrace) {
   EXPECT_TRUE(has(play("expect trace never\n"), "expected a trace line with never, saw"));
 }
 
+TEST_F(Scenario, GoesOnWhileTheTraceCannotBeWrittenAndKeepsWhatWas) {
+  play(
+      "firmware VornAppMessaging.SendMessageToxApp a b c\nremove trace\n"
+      "firmware VornAppMessaging.SendMessageToxApp x y z\nexpect call VornAppMessaging.SendMessageToxApp x y z\n"
+      "create trace\nexpect trace \"receiveAppMessage(a,b,c)\"\n");
+  EXPECT_EQ(m_status, 0);
+  EXPECT_FALSE(has(content("/tmp/xAppLog.txt"), "x,y,z"));
+  play("remove trace\n");
+  EXPECT_TRUE(has(content("/tmp/xAppLog.txt"), "a,b,c"));
+}
+
 TEST_F(Scenario, ReadsEveryKindOfValue) {
   play(R"(firmware VornDeviceInfo.notifySystemSettingChanged "two words" "a \"quote\", \\, \x41"
 expect call VornDeviceInfo.notifySystemSettingChanged "two words" "a \"quote\", \\, A"

@@ -56,6 +56,8 @@ const Example kExamples[] = {
     {"create all", "create all"},
     {"remove adapters", "shut adapters down"},
     {"create adapters", "create adapters"},
+    {"remove trace", "trace not writable"},
+    {"create trace", "trace writable"},
     {"answer authStatus on", "answer authStatus on"},
     {"answer messageAccepted on", "answer messageAccepted true"},
     {"answer messageAccepted true", "answer messageAccepted true"},
