@@ -150,6 +150,14 @@ TEST(Conformance, GoesOnWhereARunWasCut) {
   EXPECT_EQ(lines, 6);
 }
 
+TEST(Conformance, GoesOnOnlyAsItWasBegun) {
+  run("--only DALImplIF/15/ --json /tmp/hostkit-other.json " VORN_FAULTY_HOST);
+  const Outcome outcome =
+      run("--only DALImplIF/16/ --json /tmp/hostkit-other.json --resume " VORN_FAULTY_HOST);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_TRUE(says(outcome, "is of another run")) << outcome.output;
+}
+
 TEST(Conformance, CutsItsChecksIntoParts) {
   std::size_t all = 0;
   for (const char* part : {"1/3", "2/3", "3/3"}) {
@@ -164,6 +172,23 @@ TEST(Conformance, CutsItsChecksIntoParts) {
 TEST(Conformance, NamesThePlaceOfACrash) {
   EXPECT_TRUE(says(run("--only /17/changeAlexaLocale/answers " VORN_HOSTS, "2>&1", "AbortsOnLocale"),
                    "\n          at abort"));
+}
+
+TEST(Conformance, SeesMutexesInTwoOrdersAndWhereTheyWait) {
+  const Outcome outcome = run("--bound 3 --only /host/lock-order " VORN_HOSTS, "2>&1", "ThreeInACircle");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(says(outcome, "\n          at onSt")) << outcome.output;
+  EXPECT_TRUE(says(outcome, " waits:\n")) << outcome.output;
+}
+
+TEST(Conformance, LeavesMutexesInPeaceThatAThirdOneKeepsApart) {
+  EXPECT_EQ(run("--only /host/lock-order " VORN_HOSTS, "2>&1", "GoodGate").status, 0);
+}
+
+TEST(Conformance, SeesMemoryThatIsUsedAfterItWasFreed) {
+  if (*VORN_EMULATOR) GTEST_SKIP() << "the emulator may not have room for so many addresses";
+  EXPECT_TRUE(says(run("--only /15/getTimezone/answers " VORN_HOSTS, "2>&1", "ReturnsFreed"),
+                   "getTimezone() ended the process with signal 11"));
 }
 
 TEST(Conformance, NamesItsChecksAndExplainsItself) {

@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::uintptr_t kPage = 4096, kSpace = std::uintptr_t{1} << 36;
 /// The kernel bounds how many ranges of different protection a process may have; each block is two.
-constexpr long kMostBlocks = 12000;
+constexpr long kMostBlocks = 4000;
 
 std::atomic<std::uintptr_t> g_begin{0}, g_next{0};
 std::atomic<long> g_blocks{0};

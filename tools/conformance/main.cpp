@@ -171,7 +171,10 @@ Options parse(int count, char** arguments) {
                                     {nullptr, 0, nullptr, 0}};
   Options options;
   HostDemands& demands = options.demands;
-  for (int i = 1; i < count; ++i) options.all += (i > 1 ? " " : "") + std::string(arguments[i]);
+  for (int i = 1; i < count; ++i) {
+    const std::string argument = arguments[i];
+    if (argument != "--resume") options.all += (options.all.empty() ? "" : " ") + argument;
+  }
   for (int letter; (letter = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
     if (letter == 'o') options.only.push_back(optarg);
     if (letter == 'l') options.list = true;
@@ -249,12 +252,16 @@ Facts factsOf(const Options& options) {
           {"options", options.all}};
 }
 
-/// What an earlier run wrote of the same host; a line that was cut off is dropped.
-std::map<std::string, HostVerdict> earlier(const Options& options) {
+/// What an earlier run wrote of the same host, asked the same; a line that was cut off is dropped.
+std::map<std::string, HostVerdict> earlier(const Options& options, const Facts& facts) {
   std::map<std::string, HostVerdict> known;
   std::ifstream file(options.json);
   std::string whole;
   for (std::string line; std::getline(file, line) && !file.eof();) {
+    if (whole.empty() && line != jsonOf(facts))
+      throw Problem(options.json +
+                    " is of another run: of another host, library or tool, or with other options; give " +
+                    "those, or begin anew without --resume");
     whole += line + "\n";
     const auto result = resultOf(line);
     if (!result.first.empty()) known.insert(result);
@@ -294,7 +301,7 @@ int run(const Options& options) {
     writeJUnitFile();
     if (!options.json.empty()) appendLine(options.json, jsonOf(results.back()));
   };
-  const auto known = options.resume ? earlier(options) : std::map<std::string, HostVerdict>();
+  const auto known = options.resume ? earlier(options, facts) : std::map<std::string, HostVerdict>();
   if (!options.json.empty() && known.empty()) replaceFile(options.json, jsonOf(facts) + "\n");
   writeJUnitFile();
 

@@ -11,6 +11,7 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -153,6 +154,41 @@ void append(char (&text)[sizeof(Report::stack)], std::size_t& length, const char
   text[length] = '\0';
 }
 
+/// Adds the stack of this thread, a line for each frame.
+void appendStack(char (&text)[sizeof(Report::stack)], std::size_t& length, int from, int to) {
+  void* frames[24];
+  const int depth = std::min(backtrace(frames, 24), to);
+  for (int i = from; i < depth; ++i) {
+    Dl_info where;
+    if (dladdr(frames[i], &where) == 0) continue;
+    append(text, length, where.dli_sname ? where.dli_sname : where.dli_fname);
+    if (!where.dli_sname) {
+      // For addr2line: the place in that file.
+      const auto offset =
+          reinterpret_cast<std::uintptr_t>(frames[i]) - reinterpret_cast<std::uintptr_t>(where.dli_fbase);
+      char digits[2] = {};
+      append(text, length, "+0x");
+      for (int shift = 28; shift >= 0; shift -= 4) {
+        digits[0] = "0123456789abcdef"[(offset >> shift) & 0xf];
+        append(text, length, digits);
+      }
+    }
+    append(text, length, "\n");
+  }
+}
+
+/// Tells where this thread is, when the watching process asks; one at a time, since that asks one after the other.
+void onQuestion(int) {
+  if (!g_report) return;
+  const int error = errno;
+  std::size_t length = std::strlen(g_report->waiting);
+  append(g_report->waiting, length, t_call ? t_call->call : "a thread of the host");
+  append(g_report->waiting, length, " waits:\n");
+  appendStack(g_report->waiting, length, 2, 12);
+  ++g_report->told;
+  errno = error;
+}
+
 void onCrash(int signal, siginfo_t* info, void*) {
   if (g_report && !g_report->crashed.exchange(true)) {
     if (t_call) std::memcpy(g_report->crashedCall, t_call->call, sizeof g_report->crashedCall);
@@ -160,26 +196,8 @@ void onCrash(int signal, siginfo_t* info, void*) {
       if (const char* const operation = ownerOfRevoked(info->si_addr))
         std::strncpy(g_report->touched, operation, sizeof g_report->touched - 1);
     }
-    void* frames[24];
-    const int depth = backtrace(frames, 24);
     std::size_t length = 0;
-    for (int i = 1; i < depth; ++i) {
-      Dl_info where;
-      if (dladdr(frames[i], &where) == 0) continue;
-      append(g_report->stack, length, where.dli_sname ? where.dli_sname : where.dli_fname);
-      if (!where.dli_sname) {
-        // For addr2line: the place in that file.
-        const auto offset =
-            reinterpret_cast<std::uintptr_t>(frames[i]) - reinterpret_cast<std::uintptr_t>(where.dli_fbase);
-        char digits[2] = {};
-        append(g_report->stack, length, "+0x");
-        for (int shift = 28; shift >= 0; shift -= 4) {
-          digits[0] = "0123456789abcdef"[(offset >> shift) & 0xf];
-          append(g_report->stack, length, digits);
-        }
-      }
-      append(g_report->stack, length, "\n");
-    }
+    appendStack(g_report->stack, length, 1, 24);
   }
   ::signal(signal, SIG_DFL);
   raise(signal);
@@ -217,8 +235,15 @@ std::string nameOf(const std::string& shown) { return shown.substr(0, shown.find
 
 }  // namespace
 
+int question() { return SIGRTMIN + 7; }
+
 void noteCrashes(Report& report) {
   g_report = &report;
+  report.process = getpid();
+  struct sigaction asked = {};
+  asked.sa_handler = onQuestion;
+  asked.sa_flags = SA_RESTART;
+  sigaction(question(), &asked, nullptr);
   void* frame[1];
   backtrace(frame, 1);  // loads what it needs now, not in the handler
   constexpr std::size_t kStack = 1 << 16;
@@ -387,6 +412,7 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
   const pid_t child = fork();
   if (child < 0) notAsked(std::string("no process can be made: ") + std::strerror(errno));
   if (child == 0) {
+    m_report.process = getpid();
     if (after.count() > 0) guardMemory(false);  // much is to be done until then
     try {
       act();
@@ -410,6 +436,7 @@ void Trial::inKilledProcess(const std::function<void()>& act, std::chrono::micro
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
   }
+  m_report.process = getpid();
   if (cut && !m_report.innerEnded && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) {
     for (Report::Busy& call : m_report.calls) call.since = 0;
     return;

@@ -65,6 +65,11 @@ struct Report {
   Text touched;  ///< The operation whose argument it touched after the call.
   char stack[4000];
 
+  // Of threads that wait: told when the watching process asks them.
+  std::atomic<int> process;  ///< The one that is at work: the check's, or one that it started.
+  std::atomic<int> told;     ///< How many have told.
+  char waiting[4000];
+
   // What the watching process adds.
   std::atomic<bool> watched;
   std::atomic<int> status;
@@ -184,6 +189,9 @@ void leaveHost();
 /// was given back then ends the process at that place.
 void guardMemory(bool guards);
 bool isGuarded(const void* memory);
+
+/// The signal by which a thread is asked where it is, to be told in Report::waiting.
+int question();
 
 /// Runs the check in a child process and watches it.
 HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDemands& demands,

@@ -152,8 +152,18 @@ std::string told(const Report& report, const std::vector<pid_t>& threads) {
   return words + ", which waits for the first";
 }
 
+/// Asks threads where they are; what they tell stands in the report.
+void askWhere(Report& report, const std::vector<pid_t>& threads) {
+  constexpr int kTurns = 300;
+  for (const pid_t thread : threads) {
+    const int before = report.told;
+    if (syscall(SYS_tgkill, report.process.load(), thread, question()) != 0) continue;
+    for (int i = 0; report.told == before && i < kTurns; ++i) poll(nullptr, 0, kLastTickMs);
+  }
+}
+
 /// Waits for the child. Returns its status, or the reason why it was not waited for any longer.
-std::string wait(pid_t child, int ends, const Report& report, std::chrono::milliseconds bound, int& status) {
+std::string wait(pid_t child, int ends, Report& report, std::chrono::milliseconds bound, int& status) {
   pollfd end{ends, POLLIN, 0};
   std::vector<pid_t> waiting;
   for (int stuck = 0;;) {
@@ -161,15 +171,22 @@ std::string wait(pid_t child, int ends, const Report& report, std::chrono::milli
       end.fd = -1;  // closed by the end, or by the host
     if (waitpid(child, &status, WNOHANG | WUNTRACED) == child)
       return WIFSTOPPED(status) ? "stopped its own process" : "";
-    const std::vector<pid_t> now = circle(child);
+    const pid_t process = report.process;
+    const std::vector<pid_t> now = circle(process ? process : child);
     stuck = !now.empty() && now == waiting ? stuck + 1 : 0;
     waiting = now;
-    if (stuck == 3) return told(report, waiting);
+    if (stuck == 3) {
+      const std::string words = told(report, waiting);
+      askWhere(report, waiting);
+      return words;
+    }
     const std::chrono::nanoseconds time = std::chrono::steady_clock::now().time_since_epoch();
     const auto [call, since] = oldest(report);
     if (time - std::chrono::nanoseconds(call ? since : report.active.load()) >
-        (call || report.ended ? std::chrono::nanoseconds(bound) : kOwnBound))
+        (call || report.ended ? std::chrono::nanoseconds(bound) : kOwnBound)) {
+      if (call) askWhere(report, {static_cast<pid_t>(call->thread)});
       return "did not answer within " + seconds(call || report.ended ? bound : kOwnBound);
+    }
   }
 }
 
@@ -310,7 +327,7 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
       meanwhile += (meanwhile.empty() ? "" : ", ") + std::string(other.call);
   }
   if (!meanwhile.empty()) verdict.detail += ", while these were on their way: " + meanwhile;
-  std::istringstream frames(report.stack);
+  std::istringstream frames(*report.stack ? report.stack : report.waiting);
   for (std::string frame; std::getline(frames, frame);) verdict.stack.push_back(demangled(frame.c_str()));
   return verdict;
 }
