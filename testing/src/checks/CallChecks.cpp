@@ -146,21 +146,22 @@ void heldUp(Trial& trial, const Operation& operation, milliseconds time) {
     }
   };
   add(operation);
+  const std::size_t same = others.size();
   for (const Operation* const other : neighbours(operation)) add(*other);
   const std::size_t near = others.size();
   for (const Operation& other : operations()) {
     if (other.adapter != operation.adapter) add(other);
   }
   trial.host();
-  const auto end = Clock::now() + time;
+  const auto end = Clock::now() + time, atLast = end + 3 * time;
   std::atomic<bool> over{false}, busy{false};
   const OwnAnswers answers(trial, operation, own);
   bool reached = false;
   const auto batch = [&](std::size_t turn) {
     std::vector<Other*> order;
-    for (std::size_t i = 0; i < near; ++i) order.push_back(&others[(i + turn * 7) % near]);
-    for (std::size_t i = 0; i < 12 && near < others.size(); ++i)
-      order.push_back(&others[near + (turn * 12 + i) % (others.size() - near)]);
+    for (std::size_t i = 0; i < 2; ++i) order.push_back(&others[(turn * 2 + i) % same]);
+    for (std::size_t i = 0; i < 4; ++i) order.push_back(&others[(turn * 4 + i) % near]);
+    order.push_back(&others[turn % others.size()]);
     std::stable_sort(order.begin(), order.end(),
                      [](const Other* left, const Other* right) { return left->waited < right->waited; });
     for (Other* const other : order) {
@@ -185,16 +186,19 @@ void heldUp(Trial& trial, const Operation& operation, milliseconds time) {
       }
       return;
     }
-    for (long at = 0; Clock::now() < end; ++at) {
+    bool once = false;  // every place was come to
+    for (long at = 0; Clock::now() < (once ? end : atLast); ++at) {
       for (const Prepared& made : own) {
         while (busy && !over) std::this_thread::yield();
-        if (Clock::now() > end) return;
+        if (Clock::now() > (once ? end : atLast)) return;
         const long places =
             Trial::held(at, [&] { answers.mustBeOwn(trial, made, call(trial, operation, made)); });
         if (places == 0) return;
         reached = reached || places > at;
       }
-      if (!std::exchange(reached, false)) at = -1;  // they are through: once more, with others meanwhile
+      if (std::exchange(reached, false)) continue;
+      once = true;
+      at = -1;  // once more, with others meanwhile
     }
   });
   trial.addLoad();

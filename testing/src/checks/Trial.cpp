@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -64,7 +65,7 @@ thread_local long t_pauseAt = -1, t_cameBy = 0;
 /// Whether this thread runs meanwhile.
 thread_local bool t_meanwhile = false;
 thread_local bool t_inHost = false;
-std::atomic<bool> g_paused{false};
+std::atomic<int> g_paused{0};  ///< Whether it is held up; what the other thread sleeps on, and it itself.
 
 std::uint64_t roll() {
   t_dice = t_dice * 6364136223846793005U + 1442695040888963407U;
@@ -208,14 +209,23 @@ void onDisturbed(int) {
   if (t_call) holdUpNow();
 }
 
+void sleepWhile(int value, long milliseconds) {
+  const timespec atMost{0, milliseconds * 1000000};
+  syscall(SYS_futex, &g_paused, FUTEX_WAIT_PRIVATE, value, &atMost, nullptr, 0);
+}
+
+void setPaused(int value) {
+  g_paused = value;
+  syscall(SYS_futex, &g_paused, FUTEX_WAKE_PRIVATE, 2, nullptr, nullptr, 0);
+}
+
 /// Until the other thread is done, or waits for this one.
 void pauseNow() {
-  constexpr int kTurns = 1500;
+  constexpr int kTurns = 4;
   const int error = errno;
-  const timespec turn{0, 30000};
-  g_paused = true;
-  for (int i = 0; g_paused && i < kTurns; ++i) nanosleep(&turn, nullptr);
-  g_paused = false;
+  setPaused(1);
+  for (int i = 0; g_paused && i < kTurns; ++i) sleepWhile(1, 20);
+  setPaused(0);
   errno = error;
 }
 
@@ -391,15 +401,12 @@ long Trial::held(long after, const std::function<void()>& act) {
 }
 
 bool Trial::meanwhile(const std::function<void()>& act) {
-  if (!g_paused) {
-    const timespec turn{0, 20000};
-    nanosleep(&turn, nullptr);
-    return false;
-  }
+  if (!g_paused) sleepWhile(0, 20);
+  if (!g_paused) return false;
   t_meanwhile = true;
   const AtEnd end([] {
     t_meanwhile = false;
-    g_paused = false;
+    setPaused(0);
   });
   act();
   return true;
@@ -469,7 +476,7 @@ void place() {
 }
 
 void waits() {
-  if (checks::t_meanwhile) checks::g_paused = false;  // for a mutex of the thread that is held up
+  if (checks::t_meanwhile) checks::setPaused(0);  // for a mutex of the thread that is held up
 }
 
 bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }
