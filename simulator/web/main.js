@@ -123,6 +123,7 @@ for (const [name, to] of [['First', () => 0], ['Back', () => lanes.chosen - 1], 
 
 function tell(text, bad = false) {
   byId('outcome').textContent = text;
+  byId('outcome').removeAttribute('aria-busy');
   byId('outcome').classList.toggle('bad', bad);
 }
 
@@ -250,6 +251,7 @@ function line(read) {
 async function play(statements) {
   for (const statement of statements) {
     tell(`${oneLine(statement)} …`);
+    byId('outcome').setAttribute('aria-busy', 'true');
     try {
       const result = await server.play(statement);
       tell(`${oneLine(statement)}${result ? ` gave ${oneLine(result)}` : ''}`);
