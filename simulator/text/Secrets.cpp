@@ -8,8 +8,6 @@ namespace vorn_speaker {
 
 namespace {
 
-constexpr std::size_t kShortest = 6;
-
 /// Whether a parameter names a value and does not hold one.
 bool isKey(const std::string& parameter) { return parameter == "key" || parameter == "keys"; }
 
@@ -56,26 +54,6 @@ Masked masked(const std::vector<std::string>& parameters, const std::vector<Toke
     made.answer = made.answer || (telling && name != "keys");
   }
   return made;
-}
-
-void KnownSecrets::add(const std::vector<std::string>& values) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  for (const std::string& value : values) {
-    if (value.size() >= kShortest) m_values[value.substr(0, kShortest)][value.size()].insert(value);
-  }
-}
-
-bool KnownSecrets::in(const std::string& text) const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  if (m_values.empty()) return false;
-  for (std::size_t at = 0; at + kShortest <= text.size(); ++at) {
-    const auto found = m_values.find(text.substr(at, kShortest));
-    if (found == m_values.end()) continue;
-    for (const auto& [length, values] : found->second) {
-      if (at + length <= text.size() && values.count(text.substr(at, length)) > 0) return true;
-    }
-  }
-  return false;
 }
 
 }  // namespace vorn_speaker

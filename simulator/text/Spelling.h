@@ -2,9 +2,8 @@
 
 #include <DeviceAbstractionLayer/CommsControllerInterface.h>
 #include <DeviceAbstractionLayer/CommsManagerInterface.h>
+#include <vorn_testing/Spelling.h>
 
-#include <chrono>
-#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -13,15 +12,7 @@
 
 namespace vorn_speaker {
 
-/// Values as a scenario holds them: what the reader of scenarios makes of the spelling is the value again.
-std::string spell(const std::string& value);
-std::string spell(bool value);
-std::string spell(int value);
-std::string spell(std::int64_t value);
-std::string spell(double value);
-std::string spell(std::chrono::milliseconds value);
-std::string spell(const std::vector<std::string>& values);
-std::string spell(const std::vector<short>& samples);
+using vorn_testing::spell;
 
 /// A value as it was read.
 std::string spell(const Token& token);

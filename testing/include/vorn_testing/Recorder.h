@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
 #include <functional>
@@ -18,6 +19,34 @@ namespace vorn_testing {
 class Recorder {
  public:
   typedef std::function<void(const Call&)> Hook;
+
+  /// Is told of every call beside the hooks, before one began and after it returned, on the calling thread and without
+  /// a lock. Must not throw.
+  class Watcher {
+   public:
+    virtual ~Watcher() {}
+    virtual void began(const Call& call) = 0;
+    virtual void returned(const Call& call) = 0;
+  };
+
+  /// Adds a watcher; not while a call runs.
+  void watch(Watcher& watcher) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_watchers.push_back(&watcher);
+  }
+
+  /// Takes it away; not while a call runs.
+  void unwatch(Watcher& watcher) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_watchers.erase(std::remove(m_watchers.begin(), m_watchers.end(), &watcher), m_watchers.end());
+  }
+
+  /// Whether calls are kept for calls(), signatures() and count(), as they are at first. A device that runs for days has
+  /// no memory for that. Not while a call runs.
+  void keepCalls(bool keep) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_keep = keep;
+  }
 
   /// Runs `hook` before each call is handed on, in place of an earlier hook. It may throw: the call then
   /// ends with that exception and the double behind is not reached. It may block.
@@ -90,9 +119,11 @@ class Recorder {
       {
         const std::lock_guard<std::mutex> lock(m_recorder.m_mutex);
         m_index = m_recorder.m_calls.size();
-        m_recorder.m_calls.push_back(m_call);
+        if (m_recorder.m_keep) m_recorder.m_calls.push_back(m_call);
         hook = m_recorder.m_onCall;
+        m_watchers = m_recorder.m_watchers;
       }
+      for (std::size_t i = 0; i < m_watchers.size(); ++i) m_watchers[i]->began(m_call);
       if (hook) hook(m_call);
     }
 
@@ -133,17 +164,21 @@ class Recorder {
         if (m_index < m_recorder.m_calls.size()) m_recorder.m_calls[m_index] = m_call;
         hook = m_recorder.m_onReturn;
       }
+      for (std::size_t i = m_watchers.size(); i > 0; --i) m_watchers[i - 1]->returned(m_call);
       if (hook) hook(m_call);
     }
 
     Recorder& m_recorder;
     Call m_call;
     std::size_t m_index;
+    std::vector<Watcher*> m_watchers;  ///< Those that were told of its begin.
     bool m_ended = false;
   };
 
   mutable std::mutex m_mutex;
   std::vector<Call> m_calls;
+  bool m_keep = true;
+  std::vector<Watcher*> m_watchers;
   Hook m_onCall;
   Hook m_onReturn;
 };
