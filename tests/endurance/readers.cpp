@@ -13,6 +13,7 @@
 #include <vorn_testing/TraceLine.h>
 
 #include "calls/Recording.h"
+#include "calls/Report.h"
 #include "device/parts/DeviceFile.h"
 #include "device/sound/Sound.h"
 #include "language/Console.h"
@@ -104,9 +105,10 @@ void sound(const std::string& bytes) {
 void recording(const std::string& text) {
   const File file(text);
   try {
-    const Recorded recorded = Recording::read(file.path);
+    Recorded recorded = Recording::read(file.path);
+    recorded.mask();
     std::ostringstream report;
-    vorn_speaker::report(recorded, report, false);
+    vorn_speaker::report(recorded, report);
     mustBeHarmless(report.str());
   } catch (const std::runtime_error& error) {
     mustName(file.path, error.what());

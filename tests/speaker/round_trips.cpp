@@ -35,7 +35,7 @@ RC_GTEST_PROP(Recorded, CallReadsBack,
   call.began = std::chrono::microseconds(7);
   call.took = std::chrono::microseconds(took);
   call.thread = thread;
-  call.down = down;
+  call.direction = down ? Direction::kDown : Direction::kUp;
   call.adapter = "VornDeviceInfo";
   call.operation = "getVolume";
   call.target = "VornDALImplIF";
@@ -51,7 +51,7 @@ RC_GTEST_PROP(Recorded, CallReadsBack,
   RC_ASSERT(read.began == call.began);
   RC_ASSERT(read.took == call.took);
   RC_ASSERT(read.thread == Recording::asRead(thread));
-  RC_ASSERT(read.down == down);
+  RC_ASSERT(read.isDown() == down);
   RC_ASSERT(read.adapter == call.adapter);
   RC_ASSERT(read.operation == call.operation);
   RC_ASSERT(read.target == call.target);
