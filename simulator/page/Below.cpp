@@ -117,7 +117,6 @@ void Below::restart() {
 
 bool Below::speaks() {
   std::unique_lock<std::mutex> lock(m_mutex);
-  m_running = m_running || !m_spoke;
   m_changed.wait(lock, [this] { return m_spoke || !m_running; });
   return m_spoke;
 }

@@ -56,7 +56,7 @@ class Below {
   std::mutex m_mutex;
   std::condition_variable m_changed;
   Wish m_wish = Wish::kNone;
-  bool m_running = false;
+  bool m_running = true;  ///< Or is about to.
   bool m_spoke = false;
   int m_status = 0;
   std::string m_unsent;
