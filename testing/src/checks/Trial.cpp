@@ -27,7 +27,7 @@
 
 #include "../doctor/Stack.h"
 #include "../text/Spelling.h"
-#include "LockOrder.h"
+#include "load/LockOrder.h"
 #include "Operations.h"
 #include "vorn_testing/Interposed.h"
 

@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include "Checks.h"
+#include "../Checks.h"
 #include "LockOrder.h"
 #include "vorn_testing/FakeAssistant.h"
 #include "vorn_testing/Operations.h"
