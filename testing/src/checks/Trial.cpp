@@ -27,8 +27,8 @@
 
 #include "../doctor/Stack.h"
 #include "../text/Spelling.h"
-#include "load/LockOrder.h"
 #include "Operations.h"
+#include "load/LockOrder.h"
 #include "vorn_testing/Interposed.h"
 
 // A sanitizer has plans of its own for the signal of a single step.
