@@ -53,7 +53,7 @@ void table(std::ostream& out, const std::string& head, std::map<std::string, Tim
   for (auto& [name, times] : rows) {
     std::sort(times.begin(), times.end());
     column(out, name) << std::setw(kTimeWidth) << times.size() << std::setw(kTimeWidth) << times.front();
-    for (const std::size_t part : {50, 90, 99}) out << std::setw(kTimeWidth) << percentile(times, part);
+    for (const std::size_t part : {50U, 90U, 99U}) out << std::setw(kTimeWidth) << percentile(times, part);
     out << std::setw(kTimeWidth) << times.back() << '\n';
   }
 }
@@ -210,14 +210,15 @@ class Comparison {
     column(m_out << '\n', "Microseconds, first and second")
         << std::setw(2 * kTimeWidth) << "calls" << std::setw(2 * kTimeWidth) << "median"
         << std::setw(2 * kTimeWidth) << "99 %" << '\n';
-    for (auto& [name, both] : rows) {
-      column(m_out, name);
+    for (auto& row : rows) {
+      std::pair<Times, Times>& both = row.second;
+      column(m_out, row.first);
       for (Times* const times : {&both.first, &both.second}) std::sort(times->begin(), times->end());
       const auto pair = [&](const auto& of) {
         m_out << std::setw(kTimeWidth) << of(both.first) << std::setw(kTimeWidth) << of(both.second);
       };
       pair([](const Times& times) { return std::to_string(times.size()); });
-      for (const std::size_t part : {50, 99})
+      for (const std::size_t part : {50U, 99U})
         pair([part](const Times& times) {
           return times.empty() ? "-" : std::to_string(percentile(times, part));
         });

@@ -36,7 +36,6 @@ class Watch {
   unsigned long long m_inode = 0;
   long long m_at = 0;
   std::string m_begun;  ///< A line that is not whole yet.
-  bool m_tooLong = false;
   std::mutex m_mutex;
   std::condition_variable m_ended;
   bool m_ending = false;

@@ -207,12 +207,13 @@ struct Caller {
 
   /// Two at one lock: the second waits for the first.
   int waits() {
-    std::thread first([] { VornGUIOutput::getInstance()->renderGUICard("first"); });
+    const auto output = VornGUIOutput::getInstance();  // before: it takes the same lock
+    std::thread first([&] { output->renderGUICard("first"); });
     host.entered.get_future().wait();
     std::promise<pid_t> begins;
-    std::thread second([&begins] {
+    std::thread second([&] {
       begins.set_value(gettid());
-      VornGUIOutput::getInstance()->clearGUICard();
+      output->clearGUICard();
     });
     const std::string state = "/proc/self/task/" + std::to_string(begins.get_future().get()) + "/stat";
     for (std::string number, name, word; word != "S";) std::ifstream(state) >> number >> name >> word;

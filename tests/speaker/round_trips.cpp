@@ -35,6 +35,7 @@ RC_GTEST_PROP(Recorded, CallReadsBack,
   call.began = std::chrono::microseconds(7);
   call.took = std::chrono::microseconds(took);
   call.thread = thread;
+  call.threadNumber = 3;
   call.direction = down ? Direction::kDown : Direction::kUp;
   call.adapter = "VornDeviceInfo";
   call.operation = "getVolume";
@@ -55,6 +56,7 @@ RC_GTEST_PROP(Recorded, CallReadsBack,
   RC_ASSERT(read.adapter == call.adapter);
   RC_ASSERT(read.operation == call.operation);
   RC_ASSERT(read.target == call.target);
+  RC_ASSERT(read.threadNumber == 3);
   RC_ASSERT(read.slot == 13);
   RC_ASSERT(read.depth == 2);
   RC_ASSERT(read.spelled == call.spelled);

@@ -691,7 +691,11 @@ struct CountsBehindTwo : Device {
 struct FactsFreed : Device {
   std::string serial() { return "a serial number which is long, " + std::to_string(volume); }
   Entries getDeviceInformation() override {
-    const char* volatile number = serial().c_str();
+    const char* volatile number = nullptr;
+    {
+      const std::string whole = serial();
+      number = whole.c_str();
+    }
     return {{"deviceType", "SPEAKER"}, {"serial", number}};
   }
 };

@@ -66,7 +66,7 @@ void Output::begin(int file) {
 std::string Output::open(const std::string& path, const About& about, std::uint64_t keep) {
   m_keep = keep;
   m_header = about.header;
-  std::string wrong = take(path, about);
+  std::string wrong = about.forked ? " " : take(path, about);
   for (int i = 1; wrong == " " && i < kMostNames; ++i)
     wrong = take(path + "." + std::to_string(getpid()) + (i > 1 ? "." + std::to_string(i) : ""), about);
   if (wrong == " ") wrong = path + ": is being written by others";

@@ -15,14 +15,16 @@ namespace vorn_capture {
 /// line before it is filled up with blanks. Only a line that is longer than a page can be cut.
 class Output {
  public:
-  /// What the file begins with, and what tells recordings of the same run.
+  /// What the file begins with, what tells recordings of the same run, and whether the process was forked from another
+  /// that records.
   struct About {
     std::string header;
     std::string run;
+    bool forked;
   };
 
-  /// Takes the place of an earlier recording; beside one that is being written, or was in this run, the name gets the
-  /// process's number. Never through a link, never over another file. @returns  What went wrong, or an empty text.
+  /// Takes the place of an earlier recording; the name gets the process's number in a forked one, and beside a file that
+  /// is being written, or was in this run. Never through a link, never over another file. @returns  What went wrong, or an empty text.
   std::string open(const std::string& path, const About& about, std::uint64_t keep);
 
   const std::string& path() const { return m_path; }

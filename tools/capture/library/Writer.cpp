@@ -155,17 +155,15 @@ class Writer {
     header += ",\"program\":" + std::string(quoted.text()) + ",\"started\":\"" + date() +
               "\",\"writer\":\"vorn-capture " VORN_VERSION "\",\"process\":" + std::to_string(getpid());
     if (!request->run.empty()) header += ",\"run\":\"" + request->run + "\"";
-    const std::string wrong =
-        m_output.open(request->path, {header + "}", "\"run\":\"" + request->run + "\""}, request->keep);
+    const std::string wrong = m_output.open(
+        request->path, {header + "}", "\"run\":\"" + request->run + "\"", forkedFrom != 0}, request->keep);
     if (!wrong.empty()) {
       complain(wrong + "; nothing is recorded");
       return false;
     }
-    if (!request->audio.empty() && !forkedFrom) {
-      if (m_wave.create(request->audio))
-        state.keepsSamples = true;
-      else
-        complain(request->audio + ": " + std::strerror(errno) + "; the sound is not kept");
+    if (state.keepsSamples && !m_wave.create(request->audio)) {
+      complain(request->audio + ": " + std::strerror(errno) + "; the sound is not kept");
+      state.keepsSamples = false;
     }
     if (forkedFrom) note("forked from process " + std::to_string(forkedFrom));
     m_wasRecording = state.recording;
@@ -187,14 +185,21 @@ class Writer {
   }
 
  private:
+  /// Without the C library's calendar: another thread may have held its lock when the process was forked.
   static std::string date() {
     timespec time;
     clock_gettime(CLOCK_REALTIME, &time);
-    tm parts;
-    gmtime_r(&time.tv_sec, &parts);
+    // Days since the first of March of the year 0, in eras of 400 years; years begin in March.
+    const long days = time.tv_sec / 86400 + 719468, era = days / 146097, ofEra = days % 146097;
+    const long year = (ofEra - ofEra / 1460 + ofEra / 36524 - ofEra / 146096) / 365;
+    const long ofYear = ofEra - (365 * year + year / 4 - year / 100);
+    const long month = (5 * ofYear + 2) / 153;
+    const long seconds = time.tv_sec % 86400;
     char text[64];
-    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text + length, sizeof text - length, ".%06ldZ", time.tv_nsec / 1000);
+    std::snprintf(text, sizeof text, "%04ld-%02ld-%02ldT%02ld:%02ld:%02ld.%06ldZ",
+                  year + era * 400 + (month >= 10), month < 10 ? month + 3 : month - 9,
+                  ofYear - (153 * month + 2) / 5 + 1, seconds / 3600, seconds / 60 % 60, seconds % 60,
+                  time.tv_nsec / 1000);
     return text;
   }
 
@@ -460,6 +465,7 @@ void begin() {
   char folder[PATH_MAX];
   if (path[0] != '/' && getcwd(folder, sizeof folder)) request->path = std::string(folder) + "/" + path;
   if (const char* const audio = asks("VORN_CAPTURE_AUDIO")) request->audio = audio;
+  state.keepsSamples = !request->audio.empty();
   if (const char* const keep = asks("VORN_CAPTURE_KEEP")) request->keep = std::strtoull(keep, nullptr, 10);
   if (const char* const run = asks("VORN_CAPTURE_RUN")) request->run = run;
   request->program = program_invocation_name;
