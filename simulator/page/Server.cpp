@@ -85,7 +85,8 @@ int portOf(int socket) {
 unsigned connections() {
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);
-  files.rlim_cur = std::min<rlim_t>(files.rlim_max, std::max<rlim_t>(files.rlim_cur, 2 * kMostConnections));
+  files.rlim_cur =
+      std::min<rlim_t>(files.rlim_max, std::max<rlim_t>(files.rlim_cur, rlim_t{2} * kMostConnections));
   setrlimit(RLIMIT_NOFILE, &files);
   return static_cast<unsigned>(std::min<rlim_t>(kMostConnections, files.rlim_cur / 2));
 }
@@ -261,7 +262,7 @@ class Server::Daemon {
       }
     }
     const std::size_t part = std::min(most, listener.out.size() - listener.given);
-    std::memcpy(room, listener.out.data() + listener.given, part);
+    std::copy_n(listener.out.data() + listener.given, part, room);
     listener.given += part;
     return static_cast<ssize_t>(part);
   }

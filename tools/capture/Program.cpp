@@ -15,8 +15,6 @@
 #include <iterator>
 #include <sstream>
 
-extern char** environ;
-
 namespace vorn_capture {
 
 namespace {

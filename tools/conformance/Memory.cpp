@@ -15,12 +15,15 @@
 #include <cerrno>
 #include <cstring>
 
+// The C library's own names for what this file stands before.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void __libc_free(void* block);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -87,7 +90,8 @@ void giveBack(void* block) {
   const std::uintptr_t pages = pagesOf(headOf(block).size);
   const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(block) + headOf(block).size;
   void* const start = reinterpret_cast<void*>(((end + 15) & ~std::uintptr_t{15}) - pages);
-  mmap(start, pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0);
+  static_cast<void>(
+      mmap(start, pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0));
   --g_blocks;
   errno = error;
 }

@@ -111,8 +111,7 @@ Texts odd() {
           "&amp;<a/>",
           "\"quoted\" 'too'",
           "{\"a\":[1,null]}",
-          "\xef\xbb\xbf"
-          "a",
+          "\xef\xbb\xbf\x61",
           "a\xcc\x81 \xc3\xa1",
           " \t blanks \t ",
           "../..//./",
