@@ -233,7 +233,7 @@ std::string nowInUtc() {
   const std::time_t time = seconds.count();
   std::tm parts{};
   gmtime_r(&time, &parts);
-  char day[32], text[48];
+  char day[32], text[64];
   std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &parts);
   std::snprintf(
       text, sizeof text, "%s.%06ldZ", day,
