@@ -57,7 +57,8 @@ TEST_F(Ended, ProgramsKeepTheirStatus) {
 
 TEST_F(Ended, ByAFaultLeaveEverythingAndWhatWasOpen) {
   for (const char* way : {"crash fault", "crash abort", "crash 8"}) {
-    run(VORN_CAPTURE_PROGRAM " -o " + m_path + " sh -c 'exec " VORN_CALLER " " + way + "'");
+    run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path + " sh -c 'exec " VORN_CALLER " " +
+        way + "'");
     EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "last") << way;
     ASSERT_EQ(linesWith("open").size(), 1U) << way;
     EXPECT_EQ(linesWith("open")[0]["open"]["operation"], "renderGUICard");
@@ -110,7 +111,8 @@ TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
 }
 
 TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
-  run(VORN_CAPTURE_PROGRAM " -o " + m_path + " sh -c '" VORN_CALLER " plain; " VORN_CALLER " plain'");
+  run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path +
+      " sh -c '" VORN_CALLER " plain; " VORN_CALLER " plain'");
   int files = 0;
   for (const auto& file : std::filesystem::directory_iterator(kFolder)) {
     EXPECT_EQ(calls(file.path(), "getSystemSetting").size(), 1U) << file.path();

@@ -167,7 +167,7 @@ long residentKilobytes() {
 }
 
 TEST_F(AServer, IsNotHinderedByAThousandSlowAndBrokenClients) {
-  const long before = residentKilobytes();
+  [[maybe_unused]] const long before = residentKilobytes();
   const std::string listen = request(m_address, "GET", m_address.path + "events");
   const std::string broken[] = {"GET ", "\x16\x03\x01\x02",
                                 "POST " + m_address.path + " HTTP/1.1\r\nContent-Le",
