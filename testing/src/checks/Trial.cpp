@@ -258,7 +258,8 @@ void noteCrashes(Report& report) {
   backtrace(frame, 1);  // loads what it needs now, not in the handler
   constexpr std::size_t kStack = 1 << 16;
   stack_t own = {};
-  own.ss_sp = new char[kStack];
+  static char* const stack = new char[kStack];
+  own.ss_sp = stack;
   own.ss_size = kStack;
   sigaltstack(&own, nullptr);
   for (const int signal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
