@@ -33,7 +33,7 @@ class Everything : public testing::Test {
     VornDeviceAbstractionLayer::FileLogger::Shutdown();
     VornDeviceAbstractionLayer::FileLogger::CreateInstance(true);
     for (const Adapter* const each : classes())
-      if (each->name != "FileLogger") m_objects[each] = each->create(m_firmware);
+      m_objects[each] = each->name == "FileLogger" ? nullptr : each->create(m_firmware);
     forget();
   }
 
@@ -48,13 +48,13 @@ class Everything : public testing::Test {
     std::filesystem::remove_all(trace_file::kPath);
   }
 
-  /// Calls it on its live object.
-  Outcome call(const Row& row) { return row.run(m_objects[row.adapter].get()); }
+  /// Calls it on its live object; from any thread.
+  Outcome call(const Row& row) { return row.run(m_objects.at(row.adapter).get()); }
 
   Firmware m_firmware;
   vorn_testing::FakeAssistant m_assistant{m_firmware.recorder};
   const std::vector<Row> m_rows = everyRow(m_firmware);
-  std::map<const Adapter*, std::shared_ptr<void>> m_objects;  ///< None of the logger, which needs none.
+  std::map<const Adapter*, std::shared_ptr<void>> m_objects;  ///< Null for the logger, which needs none.
 };
 
 }  // namespace operations
