@@ -103,6 +103,15 @@ LockOrder::~LockOrder() {
   g_looks = false;
 }
 
+bool LockOrder::sees() {
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+  const std::size_t before = t_count;
+  pthread_mutex_lock(&mutex);
+  const bool seen = t_count > before;
+  pthread_mutex_unlock(&mutex);
+  return seen;
+}
+
 void LockOrder::at(int step) { g_step = step; }
 
 std::vector<std::vector<int>> LockOrder::circles() const {

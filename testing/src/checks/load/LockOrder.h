@@ -18,6 +18,9 @@ class LockOrder {
   LockOrder(const LockOrder&) = delete;
   LockOrder& operator=(const LockOrder&) = delete;
 
+  /// Whether this program tells of mutexes at all.
+  static bool sees();
+
   /// What is done from now on is step number `step`; negative for what is not looked at.
   static void at(int step);
 
