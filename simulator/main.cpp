@@ -87,21 +87,17 @@ int play(const Request& request, std::ostream& out) {
   const std::vector<Step> steps =
       readScenario(name, request.scenario.empty() ? kMorning : readWhole(name, kLargestScenario));
   Speaker speaker(request.settings, out);
-  int status = kPassed;
+  std::string problem;
   try {
     speaker.play(name, steps);
     if (request.strict && endRequested() == 0) speaker.expectEveryOperation();
   } catch (const Unmet& unmet) {
-    out.flush();
-    complain(unmet.what());
-    status = kFailed;
+    problem = unmet.what();
   }
-  out << "\nWhat the library traced meanwhile\n";
-  speaker.printTrace(out);
-  out << '\n';
-  speaker.tally().print(out, request.everyOperation);
+  speaker.conclude(request.everyOperation);
+  if (!problem.empty()) complain(problem);
   speaker.finish();
-  return status;
+  return problem.empty() ? kPassed : kFailed;
 }
 
 int console(const Request& request, std::ostream& out) {

@@ -334,13 +334,20 @@ std::vector<std::string> Speaker::traced() const {
   return vorn_testing::traceRecords(trace);
 }
 
-void Speaker::printTrace(std::ostream& out) const {
+void Speaker::conclude(bool everyOperation) {
+  std::ostringstream table;
+  table.imbue(std::locale::classic());
+  m_tally.print(table << '\n', everyOperation);
+  std::string counts = table.str();
+  counts.pop_back();  // say() ends the last line
+  m_printer.say("\nWhat the library traced meanwhile");
   std::string before;
   for (const std::string& record : traced()) {
     const std::string shape = TraceLine::shape(record);
-    if (shape != before) out << "  trace " << shownTrace(record) << '\n';
+    if (shape != before) m_printer.say("  trace " + shownTrace(record));
     before = shape;
   }
+  m_printer.say(counts);
 }
 
 std::string Speaker::shownTrace(const std::string& record) const {

@@ -70,13 +70,12 @@ class Speaker : public Stage, private Crossings::Listener {
   /// Puts the recording in its place. @throws NotWritten
   void finish();
 
-  const Tally& tally() const { return m_tally; }
-
   /// Whether secrets are shown.
   bool secrets() const { return m_secrets; }
 
-  /// Prints what the library has traced since the start, runs of like lines once and tokens masked.
-  void printTrace(std::ostream& out) const;
+  /// Prints what the library has traced since the start, runs of like lines once and tokens masked, and the table of
+  /// what was called, or with `everyOperation` of all. The parts may still be at work.
+  void conclude(bool everyOperation);
 
   /// Creates one adapter, or shuts it down.
   void adapter(const std::string& name, bool live);
