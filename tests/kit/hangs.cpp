@@ -86,8 +86,11 @@ TEST_F(AHang, OfAButtonPressUnderAnOwnLockIsReportedWithThePress) {
 TEST_F(AHang, OfTheAudioThreadThatIsJoinedFromInsideItself) {
   int error = 0;
   std::thread pushing;
-  std::promise<void> made;
-  whenAsked("stopStreamingAudioData", [&] { error = errorOf([&] { pushing.join(); }); });
+  std::promise<void> made, tried;
+  whenAsked("stopStreamingAudioData", [&] {
+    error = errorOf([&] { pushing.join(); });
+    tried.set_value();
+  });
   whenTold([&] { audio->stopStreamingAudioData(); });
   pushing = std::thread([&] {
     made.get_future().wait();
@@ -95,6 +98,7 @@ TEST_F(AHang, OfTheAudioThreadThatIsJoinedFromInsideItself) {
     audio->sendAudioData(samples);
   });
   made.set_value();
+  tried.get_future().wait();
   pushing.join();
   EXPECT_EQ(error, EDEADLK);
 }
