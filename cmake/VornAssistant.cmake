@@ -1,6 +1,9 @@
 # Vorn::Assistant  libDALIMPL.so and the declarations to compile against: the stand-in that this project
 # builds, or, when VORN_ASSISTANT_DIR names a folder, a product's own.
 
+set(VORN_ASSISTANT_DIR "" CACHE PATH
+    "A product's own assistant side: a folder with include/DeviceAbstractionLayer/ and lib/libDALIMPL.so; empty builds the stand-in")
+
 if(NOT VORN_ASSISTANT_DIR)
   set(VORN_INCLUDE_DIRS ${PROJECT_SOURCE_DIR}/include)
   add_subdirectory(${PROJECT_SOURCE_DIR}/testing/assistant)

@@ -1,6 +1,8 @@
 # Vorn::Flags      what every target is compiled with: warnings and the string ABI
 # Vorn::Hardening  what the library is hardened with, in every build type that optimises
 
+option(VORN_STRICT "Treat warnings as errors" OFF)
+option(VORN_OLD_STRING_ABI "Build everything for the older std::string, which some device toolchains keep" OFF)
 include(CheckCXXCompilerFlag)
 
 # VORN_INSTRUMENTED: what the flags put into every program, as a list of thread, address, undefined, fuzzer and coverage;
