@@ -29,6 +29,7 @@
 #include "../text/Spelling.h"
 #include "Operations.h"
 #include "load/LockOrder.h"
+#include "load/Steps.h"
 #include "vorn_testing/Interposed.h"
 
 // A sanitizer has plans of its own for the signal of a single step.
@@ -56,6 +57,7 @@ thread_local const Report::Busy* t_call = nullptr;
 /// Whether this thread is to be held up in the midst of its calls, and after how many instructions of this one.
 thread_local bool t_disturbed = false;
 thread_local long t_steps = 0;
+thread_local bool (*t_onEveryStep)(const void*) = nullptr;
 thread_local int t_holds = 0;  ///< How often it was held up in this call.
 thread_local std::uint64_t t_dice = 0;
 
@@ -66,6 +68,7 @@ thread_local long t_pauseAt = -1, t_cameBy = 0;
 thread_local bool t_meanwhile = false;
 thread_local bool t_inHost = false;
 std::atomic<int> g_paused{0};  ///< Whether it is held up; what the other thread sleeps on, and it itself.
+std::atomic<long> g_stepsMeanwhile{0};
 
 std::uint64_t roll() {
   t_dice = t_dice * 6364136223846793005U + 1442695040888963407U;
@@ -88,9 +91,11 @@ void holdUpNow() {
 void beginSteps() {
   t_holds = 0;
 #if defined(VORN_STEPS)
-  if (!t_disturbed || roll() % 5 != 0) return;
-  t_steps = 30L << (roll() % 5);
-  t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
+  if (!t_onEveryStep) {
+    if (!t_disturbed || roll() % 5 != 0) return;
+    t_steps = 30L << (roll() % 5);
+    t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
+  }
   asm volatile("lea -128(%%rsp), %%rsp\n\tpushfq\n\torq $0x100, (%%rsp)\n\tpopfq\n\tlea 128(%%rsp), %%rsp" ::
                    : "memory", "cc");
 #endif
@@ -128,6 +133,7 @@ class OnItsWay {
     const std::int64_t end = now();
     if (m_call) m_call->since = 0;
     m_report.active = end;
+    if (t_onEveryStep) return;  // no time of the host's own
     if (end - m_start <= m_report.slowest) return;
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
@@ -233,9 +239,21 @@ void pauseNow() {
 void onStep(int signal, siginfo_t* info, void* context) {
   if (info->si_code != TRAP_TRACE) return onCrash(signal, info, context);
   auto& flags = static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL];
+  if (t_onEveryStep) {
+    if (t_meanwhile) ++g_stepsMeanwhile;
+    if (!t_inHost || !t_onEveryStep(context)) flags &= ~0x100LL;
+    return;
+  }
   if (--t_steps > 0) return;
   flags &= ~0x100LL;
   if (t_steps == 0) holdUpNow();
+}
+
+void catchSteps() {
+  struct sigaction action = {};
+  action.sa_sigaction = onStep;
+  action.sa_flags = SA_RESTART | SA_SIGINFO;
+  sigaction(SIGTRAP, &action, nullptr);
 }
 #endif
 
@@ -334,7 +352,37 @@ void leaveHost() {
   t_inHost = false;
 }
 
+bool canStep() {
+#if defined(VORN_STEPS)
+  return true;
+#else
+  return false;
+#endif
+}
+
+void onEveryStep(bool (*act)(const void* context)) {
+#if defined(VORN_STEPS)
+  if (act) catchSteps();
+#endif
+  t_onEveryStep = act;
+}
+
+void pauseHere() {
+  constexpr int kTurns = 20, kTurnsWithout = 6;
+  const int error = errno;
+  setPaused(1);
+  g_stepsMeanwhile = 0;
+  for (int turn = 0, without = 0; g_paused && turn < kTurns && without < kTurnsWithout; ++turn) {
+    sleepWhile(1, 20);
+    without = g_stepsMeanwhile.exchange(0) == 0 ? without + 1 : 0;
+  }
+  setPaused(0);
+  errno = error;
+}
+
 void guardMemory(bool guards) { g_guards = guards; }
+
+bool interposesMemory() { return g_guarded != nullptr; }
 
 bool isGuarded(const void* memory) {
   const auto owns = g_guarded.load();
@@ -363,9 +411,7 @@ void Trial::onThreads(int count, const std::function<void(int)>& act, bool distu
     action.sa_flags = SA_RESTART;
     sigaction(disturbance(), &action, nullptr);
 #if defined(VORN_STEPS)
-    action.sa_sigaction = onStep;
-    action.sa_flags = SA_RESTART | SA_SIGINFO;
-    sigaction(SIGTRAP, &action, nullptr);
+    catchSteps();
 #endif
   }
   for (int number = 0; number < count; ++number) {

@@ -9,7 +9,9 @@
 #include <clocale>
 #include <condition_variable>
 #include <cstdio>
+#include <cstring>
 #include <deque>
+#include <shared_mutex>
 #include <thread>
 
 #include "Host.h"
@@ -274,6 +276,55 @@ struct GoodRecursive : Device {
     return Device::onChangePlaybackPlay(payload);
   }
 };
+/// What is shared has guards that are no mutexes: one that turns, and one for readers and writers. What lies side by side
+/// has a mutex each.
+struct GoodGuards : Device {
+  std::atomic_flag turning = ATOMIC_FLAG_INIT;
+  std::shared_timed_mutex reading;
+  std::mutex of_first, of_second;
+  std::string state = "IDLE", target = "home";
+  struct {
+    char first[4], second[4];
+  } beside{};
+  void alexaStateChanged(std::string wanted) override {
+    while (turning.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
+    state = wanted.substr(0, 12);
+    turning.clear(std::memory_order_release);
+  }
+  Result onLaunchTarget(std::string wanted) override {
+    const std::unique_lock<std::shared_timed_mutex> lock(reading);
+    target = wanted.substr(0, 10);
+    return {true, ""};
+  }
+  Result onSendKeystroke(std::string) override {
+    const std::shared_lock<std::shared_timed_mutex> lock(reading);
+    return {true, target};
+  }
+  Result onChangePlaybackNext(std::string payload) override {
+    const Lock lock(of_first);
+    std::strncpy(beside.first, payload.c_str(), sizeof beside.first);
+    return {true, ""};
+  }
+  Result onChangePlaybackPrevious(std::string payload) override {
+    const Lock lock(of_second);
+    std::strncpy(beside.second, payload.c_str(), sizeof beside.second);
+    return {true, ""};
+  }
+};
+/// A buffer of each thread's own, and a text that is made once.
+struct GoodBuffers : Device {
+  Result onSkipChannel(int count) override {
+    thread_local char text[40];
+    std::snprintf(text, sizeof text, "%d channels on", count);
+    return {true, text};
+  }
+  std::string getVSKCapabilities() override {
+    static const std::string kText = "[" + std::string(40, ' ') + "]";
+    return kText;
+  }
+};
+VORN_HOST("good", GoodGuards, "")
+VORN_HOST("good", GoodBuffers, "")
 VORN_HOST("good", GoodDevice, "")
 VORN_HOST("good", GoodMemory, "")
 VORN_HOST("good", GoodNull, "")

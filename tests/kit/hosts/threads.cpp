@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <list>
 #include <memory>
 #include <stdexcept>
@@ -326,6 +328,107 @@ VORN_HOST("two mutexes", SettingsBehindTwo, "getSystemSetting|setSystemSetting")
 VORN_HOST("two mutexes", CardsBehindTwo, "renderGUICard|onSearchAndDisplayResults")
 VORN_HOST("two mutexes", AnimationsBehindTwo, "setAnimation|dialogUXStateChanged")
 VORN_PLAYER("two mutexes", ContentBehindTwo, "launchAndPlay|stop")
+
+// ---- The same memory at once: what is too short to be asked for anew, or too quick to be met ----------------------
+
+struct ShortState : Device {
+  std::string last = "IDLE";
+  void alexaStateChanged(std::string state) override { last = state.substr(0, 12); }
+};
+struct CardsByHour : Device {
+  std::map<int, std::string> shown;
+  std::mutex other;
+  Result onSearchAndDisplayResults(std::string payload) override {
+    const Lock lock(mutex);
+    shown[static_cast<int>(payload.size() % 24)] = "results";
+    return {true, ""};
+  }
+  Result onLaunchTarget(std::string target) override {
+    const Lock lock(other);
+    shown.erase(static_cast<int>(target.size() % 24));
+    return {true, ""};
+  }
+};
+struct InputBehindTwo : Device {
+  std::mutex other;
+  bool onInputChange(const std::string& name) override {
+    if (name != "HDMI 1" && name != "TUNER") return false;
+    const Lock lock(other);
+    input = name;
+    return true;
+  }
+  Result onSendKeystroke(std::string) override {
+    const Lock lock(mutex);
+    return {true, "on " + input};
+  }
+};
+struct RepeatBehindTwo : Player {
+  std::mutex other;
+  std::string repeat = "NONE";
+  bool setRepeatAll(std::string) override {
+    const Lock lock(mutex);
+    repeat.assign("ALL");
+    return true;
+  }
+  bool setRepeatOne(std::string) override {
+    const Lock lock(other);
+    repeat.assign("ONE");
+    return true;
+  }
+};
+struct CopiedOutside : Device {
+  std::string zone = "America/Vancouver";
+  void changeAlexaLocale(std::string wanted) override {
+    const Lock lock(mutex);
+    zone = wanted == "fr-CA" ? "America/Montreal" : "America/Halifax";
+  }
+  std::string getVSKCapabilities() override {
+    const std::string* current;
+    {
+      const Lock lock(mutex);
+      current = &zone;
+    }
+    return "[\"" + *current + "\"]";
+  }
+};
+struct BufferOfAll : Device {
+  Result onSkipChannel(int count) override {
+    static char text[40];
+    std::snprintf(text, sizeof text, "%d channels on", count);
+    return {true, text};
+  }
+};
+struct TextOfAll : Player {
+  std::string getPlaybackState(std::string id) override {
+    static std::string text;
+    text.clear();
+    text += "STOPPED ";
+    text += id;
+    return text;
+  }
+};
+struct BufferOfTwo : Device {
+  static char* buffer() {
+    static char text[64];
+    return text;
+  }
+  Result onAdjustSeekPosition(int delta) override {
+    std::snprintf(buffer(), 64, "%+d seconds", delta);
+    return {true, buffer()};
+  }
+  Result onStopRecording() override {
+    std::strcpy(buffer(), "stopped");
+    return {true, buffer()};
+  }
+};
+VORN_HOST("same memory", ShortState, "alexaStateChanged")
+VORN_HOST("same memory", CardsByHour, "onSearchAndDisplayResults|onLaunchTarget")
+VORN_HOST("same memory", InputBehindTwo, "onInputChange|onSendKeystroke")
+VORN_PLAYER("same memory", RepeatBehindTwo, "setRepeatAll|setRepeatOne")
+VORN_HOST("same memory", CopiedOutside, "changeAlexaLocale|getVSKCapabilities")
+VORN_HOST("same memory", BufferOfAll, "onSkipChannel")
+VORN_PLAYER("same memory", TextOfAll, "getPlaybackState")
+VORN_HOST("same memory", BufferOfTwo, "onAdjustSeekPosition|onStopRecording")
 
 // ---- Mutexes in two orders, and mutexes that stay locked -----------------------------------------
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "../Checks.h"
+#include "Load.h"
 #include "LockOrder.h"
 #include "vorn_testing/FakeAssistant.h"
 #include "vorn_testing/Operations.h"
@@ -56,12 +57,6 @@ const std::vector<Area>& table() {
   return *kAreas;
 }
 
-/// A call of a load: which operation, and with what.
-struct Round {
-  const Operation* operation;
-  Prepared prepared;
-};
-
 std::vector<Round> rounds(const std::vector<const Operation*>& which) {
   std::vector<Round> all;
   for (const Operation* const operation : which) {
@@ -86,7 +81,8 @@ class Dice {
   std::uint64_t m_state;
 };
 
-/// Makes the call as a device sees it; one that is known to fail is passed over.
+}  // namespace
+
 void make(Trial& trial, const Round& round) {
   try {
     if (round.operation->locked)
@@ -98,7 +94,6 @@ void make(Trial& trial, const Round& round) {
   }
 }
 
-/// All adapters, as firmware creates them: what the host sends upward arrives, and what it asks is answered.
 void createAdapters(Host& host) {
   using namespace VornDeviceAbstractionLayer;
   VornAlexaState::CreateInstance(host);
@@ -115,6 +110,8 @@ void createAdapters(Host& host) {
   VornOOBE::CreateInstance(host);
   VornStorage::CreateInstance(host);
 }
+
+namespace {
 
 /// Eight threads for a while: in bursts of a few operations, so that any two of them meet often.
 void together(Trial& trial, const std::vector<const Operation*>& which, milliseconds time) {
@@ -405,6 +402,9 @@ void addHostChecks(Checks& checks) {
                                "Decide for each state of the device what a call means there.", anyOrder));
   checks.push_back(checkOfHost(
       "lock-order", "Mutexes are taken in one order, those of the adapters among them.", kGuard, lockOrder));
+  checks.push_back(checkOfHost("races",
+                               "What operations share, no two of them touch at once when one of them writes.",
+                               kGuard, races));
   std::map<std::string, std::vector<const Operation*>> groups;
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {

@@ -195,4 +195,9 @@ void noteHeld(const void* mutex) {
   if (g_looks.load(std::memory_order_relaxed) && t_count < kHeld) t_held[t_count++] = mutex;
 }
 
+std::size_t heldMutexes(const void** mutexes, std::size_t most) {
+  std::copy(t_held, t_held + std::min(t_count, most), mutexes);
+  return t_count;
+}
+
 }  // namespace vorn_testing::checks

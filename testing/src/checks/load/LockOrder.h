@@ -35,4 +35,7 @@ class LockOrder {
 /// Notes that this thread holds a mutex.
 void noteHeld(const void* mutex);
 
+/// The mutexes that this thread holds, as many as there is place for, while somebody looks. Returns how many they are.
+std::size_t heldMutexes(const void** mutexes, std::size_t most);
+
 }  // namespace vorn_testing::checks

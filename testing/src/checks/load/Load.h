@@ -1,0 +1,22 @@
+#pragma once
+
+#include "../Operations.h"
+
+namespace vorn_testing::checks {
+
+/// A call of a load: which operation, and with what.
+struct Round {
+  const Operation* operation;
+  Prepared prepared;
+};
+
+/// Makes the call as a device sees it; one that is known to fail is passed over.
+void make(Trial& trial, const Round& round);
+
+/// All adapters, as firmware creates them: what the host sends upward arrives, and what it asks is answered.
+void createAdapters(Host& host);
+
+/// Calls that touch the same memory without a common mutex are made to be there at once.
+void races(Trial& trial);
+
+}  // namespace vorn_testing::checks
