@@ -72,6 +72,17 @@ void complain(const std::string& text) {
   std::cerr << "vorn-speaker: " << vorn_testing::harmless(text) << '\n';
 }
 
+std::atomic<bool> g_ruleBroken{false};
+
+/// Tells each rule of threading that a foreign host breaks, when it does.
+void watch(Settings& settings) {
+  settings.onFinding = [](const vorn_testing::Finding& finding) {
+    const bool onlySlow = finding.rule == vorn_testing::Finding::kLongWait;
+    if (!onlySlow && finding.rule != vorn_testing::Finding::kNotWatching) g_ruleBroken = true;
+    complain(describe(finding));
+  };
+}
+
 int list(std::ostream& out) {
   for (const Caller caller : {Caller::kAssistant, Caller::kFirmware}) {
     out << (caller == Caller::kAssistant ? "assistant\n" : "firmware\n");
@@ -288,9 +299,12 @@ int run(Request& request) {
   adapt(request);
   tellCrashes();
   if (request.settings.host.empty()) return fulfilOrComplain(request, std::cout);
+  if (request.task != Task::kServe) watch(request.settings);
   // The console's own words go to standard output by themselves.
-  return inHostProcess(request.settings.limit, request.task != Task::kConsole,
-                       [&](std::ostream& out) { return fulfilOrComplain(request, out); });
+  return inHostProcess(request.settings.limit, request.task != Task::kConsole, [&](std::ostream& out) {
+    const int status = fulfilOrComplain(request, out);
+    return g_ruleBroken ? kHostFailed : status;
+  });
 }
 
 std::string scenarioHelp() {
