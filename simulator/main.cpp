@@ -30,6 +30,7 @@
 #include "run/Postmortem.h"
 #include "run/Replay.h"
 #include "run/Speaker.h"
+#include "run/TraceFile.h"
 #include "text/Files.h"
 #include "text/WholeFile.h"
 
@@ -267,6 +268,7 @@ int run(Request& request) {
                                ": was not made by vorn-speaker; move it away, or name a file with --out");
   }
   refuseToOverwriteInputs(request);
+  returnTraceLeftAway();
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
   const bool watched =
       request.task == Task::kServe || request.task == Task::kReplay || !request.settings.host.empty();

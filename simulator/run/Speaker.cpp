@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "Postmortem.h"
+#include "TraceFile.h"
 #include "text/Lines.h"
 #include "text/Secrets.h"
 #include "text/Spelling.h"
@@ -27,7 +28,6 @@ namespace {
 constexpr std::size_t kMostRecent = 10000;
 constexpr unsigned long kMostRecorded = 4096;
 constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
-constexpr char kTraceAside[] = "/tmp/xAppLog.txt.aside";
 
 long sizeOf(const char* file) {
   std::error_code none;
@@ -401,17 +401,7 @@ void Speaker::adapter(const std::string& name, bool live) {
 
 void Speaker::traceFile(bool writable) {
   if (m_traceAside != writable) return;
-  namespace fs = std::filesystem;
-  if (!writable && fs::exists(kTraceAside))
-    throw std::runtime_error(std::string(kTraceAside) + " is there already; move it away");
-  // A folder cannot be written, not by root either; the file itself keeps what it holds.
-  if (writable) {
-    fs::remove(kTraceFile);
-    if (fs::exists(kTraceAside)) fs::rename(kTraceAside, kTraceFile);
-  } else {
-    if (fs::exists(kTraceFile)) fs::rename(kTraceFile, kTraceAside);
-    fs::create_directory(kTraceFile);
-  }
+  writable ? returnTrace() : takeTraceAway();
   m_traceAside = !writable;
 }
 

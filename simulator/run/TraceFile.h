@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vorn_speaker {
+
+/// Has the library's trace file not be written: a folder takes its place, and the file is put aside. By one process at a
+/// time. @throws std::runtime_error
+void takeTraceAway();
+
+/// Puts the file back.
+void returnTrace();
+
+/// Puts the file back that a run took away and, since it ended early, did not return; says so on standard error. Whatever
+/// else is in the way stays as it is.
+void returnTraceLeftAway();
+
+}  // namespace vorn_speaker
