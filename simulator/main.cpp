@@ -1,6 +1,5 @@
 // vorn-speaker: a simulated speaker that plays scenarios and prints every call that crosses the library.
 
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,9 +8,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <sstream>
 
@@ -44,7 +41,6 @@ constexpr int kNothingDone = 2;
 
 constexpr int kForeignHostSeconds = 10;  // On the page also for the simulated one: there, somebody waits.
 constexpr std::size_t kLargestScenario = std::size_t{16} << 20;
-constexpr char kTraceFile[] = "/tmp/xAppLog.txt";  // The library's.
 
 void complain(const std::string& text) {
   std::cerr << "vorn-speaker: " << vorn_testing::harmless(text) << '\n';
@@ -182,21 +178,6 @@ void refuseToOverwriteInputs(const Request& request) {
   if (written.size() == 2 &&
       (written[0].second == written[1].second || sameFile(written[0].second, written[1].second)))
     throw std::runtime_error(request.recording + ": is named by --out too; name another file");
-}
-
-/// The library keeps quiet when it cannot write its trace, and waits for the reader of a pipe.
-void refuseTraceThatCannotBeWritten() {
-  struct stat status {};
-  std::string owner;
-  if (lstat(kTraceFile, &status) == 0 && status.st_uid != geteuid())
-    owner = ", it belongs to user " + std::to_string(status.st_uid);
-  const int file = open(kTraceFile, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666);
-  if (file < 0) {
-    throw std::runtime_error(std::string(kTraceFile) +
-                             ": the library cannot write its trace: " + std::strerror(errno) + owner +
-                             "; have it removed, or leave the trace off with --no-trace");
-  }
-  close(file);
 }
 
 int fulfil(Request& request, std::ostream& out) {

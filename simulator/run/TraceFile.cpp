@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
@@ -16,7 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
 constexpr char kTraceAside[] = "/tmp/xAppLog.txt.aside";
 
 int g_folder = -1;  // In the trace's place while we hold it there; its lock ends with the process.
@@ -37,6 +38,25 @@ bool isAway() {
 }
 
 }  // namespace
+
+std::streamoff traceSize() {
+  struct stat status {};
+  return stat(kTraceFile, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
+}
+
+void refuseTraceThatCannotBeWritten() {
+  struct stat status {};
+  std::string owner;
+  if (lstat(kTraceFile, &status) == 0 && status.st_uid != geteuid())
+    owner = ", it belongs to user " + std::to_string(status.st_uid);
+  const int file = open(kTraceFile, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (file < 0) {
+    throw std::runtime_error(std::string(kTraceFile) +
+                             ": the library cannot write its trace: " + std::strerror(errno) + owner +
+                             "; have it removed, or leave the trace off with --no-trace");
+  }
+  close(file);
+}
 
 void takeTraceAway() {
   if (fs::exists(fs::symlink_status(kTraceAside)))
