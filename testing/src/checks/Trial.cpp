@@ -485,12 +485,3 @@ bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }
 void guardedBy(bool (*owns)(const void*)) { checks::g_guarded = owns; }
 
 }  // namespace vorn_testing::interposed
-
-#ifdef VORN_SANITIZED
-// What it is asked for unless the program says otherwise: a race that is only printed would leave its check kept, and a
-// check runs in a process of its own, which starts threads.
-extern "C" __attribute__((weak, visibility("default"))) const char*
-__tsan_default_options() {  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
-  return "halt_on_error=1:die_after_fork=0";
-}
-#endif
