@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <utility>
 
 #include "text/Lines.h"
@@ -15,6 +16,13 @@ thread_local const char* t_name = "main";
 thread_local std::vector<Crossing> t_open;
 thread_local const Crossing* t_innermost =
     nullptr;  // For signal handlers, which must not be the first to touch t_open.
+
+/// The calling thread's, given at its first call. The system gives its own number again when the thread has ended.
+int threadNumber() {
+  static std::atomic<int> threads{0};
+  thread_local const int number = ++threads;
+  return number;
+}
 
 /// The arguments as a scenario holds them; what the table does not know is a text.
 std::vector<std::string> spelled(const Operation* operation, const vorn_testing::Call& call) {
@@ -149,8 +157,7 @@ void Crossings::began(const vorn_testing::Call& call) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     crossing.number = ++m_calls;
-    crossing.threadNumber =
-        m_threads.emplace(std::this_thread::get_id(), static_cast<int>(m_threads.size()) + 1).first->second;
+    crossing.threadNumber = threadNumber();
     t_innermost = nullptr;  // The others may move.
     t_open.push_back(crossing);
     t_innermost = &t_open.back();

@@ -5,12 +5,10 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -142,7 +140,6 @@ class Crossings {
   Masker m_masker;
   std::mutex m_mutex;
   unsigned long m_calls = 0;
-  std::map<std::thread::id, int> m_threads;
 };
 
 }  // namespace vorn_speaker

@@ -43,7 +43,7 @@ std::string shipped(const std::string& name) {
   const fs::path programs = program().parent_path();
   const fs::path besides = programs / "data" / name;
   if (fs::exists(besides)) return besides.string();
-  return (programs.parent_path() / "share" / "vorn-dal" / "speaker" / name).string();
+  return (programs / VORN_DATA_WAY / name).lexically_normal().string();
 }
 
 std::string soundNamed(const std::string& name) {

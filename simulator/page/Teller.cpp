@@ -1,6 +1,5 @@
 #include "Teller.h"
 
-#include <sys/stat.h>
 #include <vorn_testing/TraceLine.h>
 
 #include <algorithm>
@@ -12,6 +11,7 @@
 
 #include "calls/Recording.h"
 #include "run/Postmortem.h"
+#include "run/TraceFile.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {
@@ -21,19 +21,12 @@ using vorn_testing::TraceLine;
 
 namespace {
 
-constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
 constexpr std::size_t kMostOrders = 1000;
 constexpr std::size_t kMostRecords = 256;
 constexpr std::chrono::milliseconds kMoment(250);  ///< A call that takes longer is told while it runs.
 constexpr int kMomentsAFigure = 4;
 
 std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
-/// Negative while there is none.
-std::streamoff sizeOf(const char* file) {
-  struct stat status {};
-  return stat(file, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
-}
 
 /// What stands in place of the samples of a block: how many, how loud.
 std::string sound(const Crossing& crossing) {
@@ -63,10 +56,10 @@ bool isDisturbance(const std::string& verb) { return verb == "delay" || verb == 
 
 }  // namespace
 
-TraceTail::TraceTail() : m_at(std::max<std::streamoff>(sizeOf(kTraceFile), 0)) {}
+TraceTail::TraceTail() : m_at(std::max<std::streamoff>(traceSize(), 0)) {}
 
 void TraceTail::read() {
-  const std::streamoff size = sizeOf(kTraceFile);
+  const std::streamoff size = traceSize();
   if (size < 0 || size == m_at) return;
   if (size < m_at) m_at = 0;  // It has been emptied since.
   std::ifstream file(kTraceFile, std::ios::binary);

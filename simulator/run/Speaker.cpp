@@ -4,13 +4,13 @@
 #include <vorn_testing/TraceLine.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <future>
 #include <thread>
 #include <utility>
 
 #include "Postmortem.h"
+#include "TraceFile.h"
 #include "text/Lines.h"
 #include "text/Secrets.h"
 #include "text/Spelling.h"
@@ -26,14 +26,6 @@ namespace {
 
 constexpr std::size_t kMostRecent = 10000;
 constexpr unsigned long kMostRecorded = 4096;
-constexpr char kTraceFile[] = "/tmp/xAppLog.txt";
-constexpr char kTraceAside[] = "/tmp/xAppLog.txt.aside";
-
-long sizeOf(const char* file) {
-  std::error_code none;
-  const auto size = std::filesystem::file_size(file, none);
-  return none ? 0 : static_cast<long>(size);
-}
 
 const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
   static const std::vector<std::pair<std::string, FakeAssistant::Area>> all = {
@@ -83,7 +75,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       m_secrets(settings.secrets),
       m_keepGoing(settings.keepGoing),
       m_trace(settings.trace),
-      m_traceStart(sizeOf(kTraceFile)) {
+      m_traceStart(std::max<std::streamoff>(traceSize(), 0)) {
   m_microphone.hear(settings.audio);
   for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"}) {
     m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
@@ -330,7 +322,7 @@ void Speaker::expectHeard(std::optional<std::int64_t> samples, std::chrono::mill
 std::vector<std::string> Speaker::traced() const {
   std::ifstream trace(kTraceFile, std::ios::binary);
   // A file that is shorter than it was has been emptied since: all of it is new.
-  if (sizeOf(kTraceFile) >= m_traceStart) trace.seekg(m_traceStart);
+  if (traceSize() >= m_traceStart) trace.seekg(m_traceStart);
   return vorn_testing::traceRecords(trace);
 }
 
@@ -401,17 +393,7 @@ void Speaker::adapter(const std::string& name, bool live) {
 
 void Speaker::traceFile(bool writable) {
   if (m_traceAside != writable) return;
-  namespace fs = std::filesystem;
-  if (!writable && fs::exists(kTraceAside))
-    throw std::runtime_error(std::string(kTraceAside) + " is there already; move it away");
-  // A folder cannot be written, not by root either; the file itself keeps what it holds.
-  if (writable) {
-    fs::remove(kTraceFile);
-    if (fs::exists(kTraceAside)) fs::rename(kTraceAside, kTraceFile);
-  } else {
-    if (fs::exists(kTraceFile)) fs::rename(kTraceFile, kTraceAside);
-    fs::create_directory(kTraceFile);
-  }
+  writable ? returnTrace() : takeTraceAway();
   m_traceAside = !writable;
 }
 

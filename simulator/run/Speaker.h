@@ -159,7 +159,7 @@ class Speaker : public Stage, private Crossings::Listener {
   std::int64_t m_heard = 0;
   const bool m_trace;
   bool m_traceAside = false;  ///< Whether a folder stands where the trace belongs.
-  const long m_traceStart;
+  const std::streamoff m_traceStart;
 };
 
 }  // namespace vorn_speaker

@@ -7,6 +7,7 @@ const kNamespace = 'http://www.w3.org/2000/svg';
 const kBuckets = 100;  // Durations by their logarithm, eight to a doubling of ten.
 const kMostOperations = 500;
 const kMoments = 120;  // Seconds in a chart.
+const kNotMeasured = 'not measured here';
 
 class Durations {
   count = 0;
@@ -107,9 +108,9 @@ export class Figures {
     if (of) {
       ++of[call.direction === 'up' ? 'up' : 'down'];
       of.durations.add(call.duration);
-      if (call.waited >= 0) of.waited = Math.max(of.waited ?? 0, call.waited);
+      if (call.waited !== null) of.waited = Math.max(of.waited ?? 0, call.waited);
     }
-    if (call.waited >= 0) this.#waits.add(call.waited);
+    if (call.waited !== null) this.#waits.add(call.waited);
     if (call.level !== undefined) {
       this.#heard(Number(call.level), this.#block === null ? 0 : call.time - this.#block);
       this.#block = call.time;
@@ -131,7 +132,7 @@ export class Figures {
       number('Calls a second', String(this.#rates[this.#rates.length - 1] ?? 0)),
       number('Median', time(this.#all.percentile(0.5))),
       number('99 % within', time(this.#all.percentile(0.99))),
-      number('Longest wait for a lock', this.#waits.count ? time(this.#waits.most) : 'not known'),
+      number('Longest wait for a lock', this.#waits.count ? time(this.#waits.most) : kNotMeasured),
       number('Longest gap in the sound', time(this.#gap)),
       number('Memory', part ? `${(part.memory / 1048576).toFixed(1)} MiB` : '—'),
       number('Open files', part ? String(part.descriptors) : '—'),
@@ -145,7 +146,7 @@ export class Figures {
     this.#rows.replaceChildren(...[...this.#operations].sort(([one], [other]) => (one < other ? -1 : 1))
       .map(([name, { down, up, durations, waited }]) => make('tr', {},
         ...[oneLine(name), down || '', up || '', time(durations.percentile(0.5)), time(durations.percentile(0.9)),
-          time(durations.percentile(0.99)), time(durations.most), waited === null ? '—' : time(waited)]
+          time(durations.percentile(0.99)), time(durations.most), waited === null ? kNotMeasured : time(waited)]
           .map((value) => make('td', {}, String(value))))));
   }
 }

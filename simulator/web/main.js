@@ -35,7 +35,7 @@ async function detail(call) {
     ['Inside', `${call.inside} calls`], ...call.arguments.map((value, n) => [`Argument ${n + 1}`, value]),
     ['Answer', answerOf(call) || '—']];
   const locked = list.find((operation) => operation.adapter === call.adapter && operation.operation === call.operation)?.locked;
-  if (locked) facts.push(['Lock', `held by this call${call.waited >= 0 ? `, waited ${time(call.waited)} for it` : ''}`]);
+  if (locked) facts.push(['Lock', `held by this call${call.waited === null ? ', the wait for it was not measured' : `, waited ${time(call.waited)} for it`}`]);
   if (call.samples !== undefined) facts.push(['Sound', `${call.samples} samples, peak ${call.peak}, level ${call.level}`]);
   for (const line of call.trace ?? []) facts.push(['Trace', line]);
   const words = make('pre', {});
@@ -207,6 +207,7 @@ function begin() {
 function line(read) {
   if (read.recording !== undefined) {
     if (!watching) begin();
+    live.started = String(read.started ?? '');
   } else if (read.watching !== undefined) {
     watching = String(read.watching);
     begin();

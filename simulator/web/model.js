@@ -24,6 +24,7 @@ const texts = (list) => (Array.isArray(list) ? list.map(String) : []);
 function whole(line, running) {
   line.time = Number(line.time) || 0;
   line.duration = Number(line.duration) || 0;
+  line.waited = Number.isFinite(line.waited) ? line.waited : null;  // Nobody knows it of a call that was seen at the host.
   line.inside = Math.max(0, Math.min(Number(line.inside) || 0, 40));
   line.thread = String(line.thread ?? '');
   line.direction = String(line.direction ?? 'down');
@@ -103,8 +104,8 @@ export class Calls {
 
   /** What is shown, as a recording. */
   recording() {
-    const lines = [{ recording: 'vorn-speaker', version: 1 }];
-    for (const call of this.shown) if (!call.running) lines.push(call);
+    const lines = [{ recording: 'vorn-speaker', version: 2, ...(this.started && { started: this.started }), writer: 'the page of vorn-speaker' }];
+    for (const { running, ...call } of this.shown) lines.push(running ? { open: call } : call);
     return lines.map((line) => JSON.stringify(line) + '\n').join('');
   }
 }

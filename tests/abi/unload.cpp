@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/mman.h>
 
 #include <filesystem>
 #include <memory>
@@ -26,13 +27,18 @@ Function find(void* library, const std::string& name) {
   return reinterpret_cast<Function>(symbol);
 }
 
-/// Loads the library, makes everything there is to make on a host that must not be touched, and unloads it with every
-/// instance still held by the library.
+/// A host that must not be touched.
+void* untouchable() {
+  static void* const host = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  return host;
+}
+
+/// Loads the library, makes everything there is to make, and unloads it with every instance still held by the library.
 void comeAndGo() {
   void* const library = dlopen(VORN_LIBRARY, RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(library, nullptr) << dlerror();
   for (const char* adapter : kAdapters)
-    find<Create>(library, std::string(adapter) + "14CreateInstanceERNS_13VornDALImplIFE")(nullptr);
+    find<Create>(library, std::string(adapter) + "14CreateInstanceERNS_13VornDALImplIFE")(untouchable());
   find<Get>(library, "10FileLogger11getInstanceEv")();
   find<Get>(library, "36VornAttachmentReaderContainerFactory11getInstanceEv")();
   dlclose(library);

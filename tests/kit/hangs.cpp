@@ -84,6 +84,9 @@ TEST_F(AHang, OfAButtonPressUnderAnOwnLockIsReportedWithThePress) {
 }
 
 TEST_F(AHang, OfTheAudioThreadThatIsJoinedFromInsideItself) {
+#ifdef __SANITIZE_THREAD__
+  GTEST_SKIP() << "the thread sanitizer takes the join that fails for the one that ends the thread";
+#endif
   int error = 0;
   std::thread pushing;
   std::promise<void> made, tried;

@@ -183,7 +183,8 @@ TEST(Conformance, NamesThePlaceOfACrash) {
 TEST(Conformance, SeesMutexesInTwoOrdersAndWhereTheyWait) {
   const Outcome outcome = run("--bound 3 --only /host/lock-order " VORN_HOSTS, "2>&1", "ThreeInACircle");
   if (kSanitized) {
-    EXPECT_TRUE(says(outcome, "NOT ASKED this program does not see which mutexes are taken")) << outcome.output;
+    EXPECT_TRUE(says(outcome, "NOT ASKED this program does not see which mutexes are taken"))
+        << outcome.output;
     return;
   }
   EXPECT_EQ(outcome.status, 1);

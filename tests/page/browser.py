@@ -130,6 +130,18 @@ class Page(unittest.TestCase):
     def fact(self, name):
         return self.text(f'[data-fact="{name}"]')
 
+    def fact_of_figures(self, name):
+        return self.text(f'[data-figure="{name}"]')
+
+    def save_calls(self):
+        """What is seen, as the lines of a recording."""
+        self.browser.execute_cdp_cmd("Browser.setDownloadBehavior", {"behavior": "allow", "downloadPath": str(FOLDER)})
+        saved = FOLDER / "calls.jsonl"
+        saved.unlink(missing_ok=True)
+        self.press("Save as a recording", "#calls")
+        self.until(saved.exists)
+        return saved, [json.loads(text) for text in saved.read_text().splitlines()]
+
     def played(self):
         """What came of the last statement, once it has."""
         self.until(lambda: self.text("#outcome") and not self.script("return document.getElementById('outcome').hasAttribute('aria-busy')"))
@@ -227,6 +239,12 @@ class CallList(Page):
         for part in ("VornAppMessaging.SendMessageToxApp", "AppMessaging, slot", "battery", "Trace", "receiveAppMessage(speaker,battery,full)"):
             self.assertIn(part, details)
 
+    def test_waits_that_nobody_measured_are_no_figures(self):
+        self.press("Mute", "#assistant")
+        self.until(lambda: "onMute" in self.text("#figures tbody"))
+        self.assertEqual(self.fact_of_figures("Longest wait for a lock"), "not measured here")
+        self.assertTrue(self.text("#figures tbody tr").endswith("not measured here"))
+
     def test_filters(self):
         self.press("Mute", "#assistant")
         self.press("Message to the app", "#firmware")
@@ -252,12 +270,11 @@ class CallList(Page):
         self.sees("onMute(false)")
 
     def test_saves_what_is_seen_as_a_recording(self):
-        self.browser.execute_cdp_cmd("Browser.setDownloadBehavior", {"behavior": "allow", "downloadPath": str(FOLDER)})
         self.press("Mute", "#assistant")
         self.sees("onMute(true)")
-        self.press("Save as a recording", "#calls")
-        saved = FOLDER / "calls.jsonl"
-        self.until(saved.exists)
+        saved, lines = self.save_calls()
+        self.assertEqual(lines[0]["version"], 2)
+        self.assertRegex(lines[0]["started"], r"^\d{4}-\d\d-\d\dT")
         report = subprocess.run([PROGRAM, "report", str(saved)], capture_output=True, text=True)
         self.assertIn("VornDeviceCapabilities.onMute true = true muted", report.stdout + report.stderr)
 
@@ -281,6 +298,16 @@ class Recordings(Page):
         self.until(lambda: self.fact("Volume") == "50")
         self.press("Back", "#stepping")
         self.until(lambda: self.fact("Volume") == "49")
+
+    def test_one_is_saved_as_it_was_read(self):
+        calls = [json.loads(line(1, threadNumber=3, waited=7, host=2, reached=True)), {"open": json.loads(line(2, waited=None))}]
+        header = {"recording": "vorn-speaker", "version": 2, "started": "2026-01-02T03:04:05.000006Z"}
+        self.open(file("again.jsonl", "".join(json.dumps(one) + "\n" for one in [header, *calls])))
+        self.until(lambda: self.text("#count") == "2 calls")
+        saved, lines = self.save_calls()
+        self.assertEqual(lines, [{**header, "writer": "the page of vorn-speaker"}, *calls])
+        report = subprocess.run([PROGRAM, "report", str(saved)], capture_output=True, text=True)
+        self.assertIn("the call 2 had not returned", report.stdout + report.stderr)
 
     def drop(self, name, text):
         self.script("""
@@ -331,7 +358,7 @@ class Many(Page):
 
 class Watched(Page):
     def setUp(self):
-        self.recording = file("growing.jsonl", HEADER + line(1))
+        self.recording = file("growing.jsonl", HEADER + line(1, waited=1500))
         self.serve("--watch", self.recording)
 
     def test_what_is_added_is_shown(self):
@@ -340,6 +367,7 @@ class Watched(Page):
             growing.write(line(2, result="77"))
         self.until(lambda: self.fact("Volume") == "77")
         self.assertFalse(self.find("#assistant").is_displayed())
+        self.until(lambda: self.fact_of_figures("Longest wait for a lock") == "1.50 ms")
 
 
 class Scenarios(Page):
@@ -363,9 +391,6 @@ class Scenarios(Page):
             self.script("document.querySelectorAll('#lanes .row')[5].click(); scrollTo(0, 0)")
             self.until(lambda: self.text("#details pre"))
             self.browser.save_screenshot(picture)
-
-    def fact_of_figures(self, name):
-        return self.text(f'[data-figure="{name}"]')
 
     def test_steps_and_stops(self):
         self.write("# a comment\nassistant VornDeviceCapabilities.onSetVolume 11\n\nassistant VornDeviceCapabilities.onSetVolume 12\n")

@@ -99,6 +99,16 @@ TEST_F(Replays, PassOverCallsThatReachedNoHost) {
             "Calls that reached no host, and were not played: 1\n1 calls, all answered as recorded.\n");
 }
 
+TEST_F(Replays, PassOverCallsWhoseArgumentsTheMaskMadeUnreadable) {
+  EXPECT_EQ(replay(call(1, {{"adapter", "\"VornStorage\""},
+                            {"operation", "\"removeKeyValue\""},
+                            {"slot", "28"},
+                            {"arguments", "[\"********\"]"},
+                            {"result", "\"true\""}}) +
+                   call(2)),
+            "Calls whose arguments are masked, and were not played: 1\n1 calls, all answered as recorded.\n");
+}
+
 TEST_F(Replays, KeepTheRecordedTimesWhenAsked) {
   const std::string lines = call(1, {{"time", "5000000"}}) + call(2, {{"time", "5300000"}});
   const auto start = std::chrono::steady_clock::now();

@@ -1,5 +1,6 @@
 // A host that does what VORN_BAD says, "when what": the speaker must tell of it whenever it is and whatever it does.
 
+#include <VornDeviceInfo.h>
 #include <signal.h>
 #include <unistd.h>
 #include <vorn_testing/HostEntry.h>
@@ -7,8 +8,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <future>
+#include <mutex>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -18,6 +22,28 @@ int recurse(volatile int depth) {
   frame[0] = static_cast<char>(depth);
   if (depth < 0) return 0;  // never
   return recurse(depth + 1) + frame[0];
+}
+
+int askAgain() { return VornDeviceAbstractionLayer::VornDeviceInfo::getInstance()->getVolume(); }
+
+/// Waits for a mutex of its own, whose holder waits for the adapter's.
+void askForOwnMutex() {
+  std::mutex own;
+  std::promise<void> held;
+  std::thread other([&] {
+    const std::lock_guard<std::mutex> lock(own);
+    held.set_value();
+    try {
+      askAgain();
+    } catch (const std::system_error&) {
+    }
+  });
+  held.get_future().wait();
+  try {
+    const std::lock_guard<std::mutex> lock(own);
+  } catch (const std::system_error&) {
+  }
+  other.join();
 }
 
 void misbehave(const std::string& when) {
@@ -37,6 +63,8 @@ void misbehave(const std::string& when) {
     for (;;) pause();
   if (what == "throw") throw std::runtime_error("nothing for it");
   if (what == "print") std::puts("the host prints");
+  if (what == "ask-again") askAgain();
+  if (what == "own-mutex") askForOwnMutex();
   if (what == "leave" && fork() == 0)
     for (;;) pause();
 }
@@ -54,6 +82,10 @@ class BadHost : public vorn_testing::NullHost {
   int getVolume() override {
     misbehave("call");
     return 7;
+  }
+  bool getMuteStatus() override {
+    misbehave("mute");
+    return false;
   }
 };
 

@@ -8,7 +8,9 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 #include <sstream>
+#include <thread>
 
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
@@ -73,6 +75,13 @@ TEST_F(Calls, AreNumberedAndCountTheirDepth) {
   EXPECT_EQ(listener.all[0].depth, 1);
   EXPECT_EQ(listener.all[1].number, 1U);
   EXPECT_EQ(listener.all[1].depth, 0);
+}
+
+TEST_F(Calls, OfThreadsThatFollowEachOtherHaveNumbersOfTheirOwn) {
+  std::set<int> numbers;
+  for (int i = 0; i < 3; ++i)  // Each has the system's id of the one before.
+    std::thread([&] { numbers.insert(called("getVolume", 13, 30).threadNumber); }).join();
+  EXPECT_EQ(numbers.size(), 3U);
 }
 
 TEST_F(Calls, TellTheirDirectionByWhoCalls) {

@@ -1,5 +1,11 @@
 // Scenarios of vorn-speaker: what they can say, and what happens when they cannot be read or expect what is not.
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
 #include "speaker/speaker_program.h"
 
 namespace {
@@ -59,6 +65,51 @@ TEST_F(Scenario, GoesOnWhileTheTraceCannotBeWrittenAndKeepsWhatWas) {
   EXPECT_FALSE(has(content("/tmp/xAppLog.txt"), "x,y,z"));
   play("remove trace\n");
   EXPECT_TRUE(has(content("/tmp/xAppLog.txt"), "a,b,c"));
+}
+
+/// A run takes the trace away, and its host ends it before the trace is put back.
+class TraceLeftAway : public Scenario {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    std::ofstream(kTrace) << " Time: earlier\n";
+    setenv("VORN_BAD", "call abort", 1);
+    play("remove trace\nassistant VornDeviceInfo.getVolume\n", "--host " VORN_BAD_HOST);
+    unsetenv("VORN_BAD");
+    ASSERT_TRUE(has(content(kAside), " Time: earlier\n"));
+  }
+
+  void TearDown() override {
+    std::filesystem::remove_all(kTrace);
+    std::filesystem::remove(kAside);
+  }
+
+  static constexpr char kTrace[] = "/tmp/xAppLog.txt";
+  static constexpr char kAside[] = "/tmp/xAppLog.txt.aside";
+};
+
+TEST_F(TraceLeftAway, IsPutBackByTheNextRun) {
+  const std::string output = play("firmware VornAppMessaging.SendMessageToxApp a b c\n");
+  EXPECT_TRUE(has(output, "xAppLog.txt: put back; an earlier run had taken it away and ended early\n"));
+  EXPECT_TRUE(matches(content(kTrace), "^ Time: earlier\n.*receiveAppMessage"));
+  EXPECT_FALSE(std::filesystem::exists(kAside));
+}
+
+TEST_F(TraceLeftAway, StaysWhereSomethingElseIsInTheWay) {
+  std::ofstream(std::string(kTrace) + "/file") << "of somebody else";
+  EXPECT_TRUE(has(play("assistant VornDeviceInfo.getVolume\n"),
+                  "xAppLog.txt: the library cannot write its trace: Is a directory"));
+  EXPECT_EQ(content(std::string(kTrace) + "/file"), "of somebody else");
+  EXPECT_TRUE(has(content(kAside), " Time: earlier\n"));
+}
+
+TEST_F(TraceLeftAway, StaysAwayWhileARunNeedsItThere) {
+  const int folder = open(kTrace, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  play("assistant VornDeviceInfo.getVolume\n");
+  close(folder);
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(has(content(kAside), " Time: earlier\n"));
 }
 
 TEST_F(Scenario, ReadsEveryKindOfValue) {

@@ -2,16 +2,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <locale>
 #include <optional>
-#include <thread>
 
+#include "support/eventually.h"
 #include "text/Files.h"
 #include "text/WholeFile.h"
 
@@ -86,12 +88,16 @@ TEST_F(TextFiles, ArePipesThatAreReadToTheirEnd) {
   const int kept =
       open(name.c_str(), O_RDWR | O_CLOEXEC);  // So that the reader finds a writer from the beginning.
   ASSERT_EQ(write(kept, "one\n", 4), 4);
-  std::thread writer([&] {
+  const auto drained = [kept] {
+    int waiting = 0;
+    return ioctl(kept, FIONREAD, &waiting) == 0 && waiting == 0;
+  };
+  const auto writer = std::async(std::launch::async, [&] {
+    eventually(drained);
     std::ofstream(name, std::ios::binary) << "two\n";
     close(kept);
   });
   EXPECT_EQ(readWhole(name, 100), "one\ntwo\n");
-  writer.join();
 }
 
 TEST_F(TextFiles, ArePipesThatAreRefusedWhenNobodyWrites) {

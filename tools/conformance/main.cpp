@@ -372,6 +372,13 @@ void startStrict(char** arguments) {
 
 }  // namespace
 
+// Asked by the thread sanitizer, where there is one: a race that is only printed would leave its check kept, and a check
+// has a process of its own, which starts threads.
+extern "C" __attribute__((visibility("default"))) const char*
+__tsan_default_options() {  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+  return "halt_on_error=1:die_after_fork=0";
+}
+
 int main(int count, char** arguments) {
   const bool shown = occupyStreams();
   if (shown) startStrict(arguments);

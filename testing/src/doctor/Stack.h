@@ -7,7 +7,7 @@ namespace vorn_testing {
 
 /// Where a thread was, cheap to take and put into words only when asked.
 struct Stack {
-  static constexpr int kFrames = 32;
+  static constexpr int kFrames = 64;  // of a build that is not optimised, where the doctor belongs
   void* frames[kFrames];
   int depth = 0;
 
