@@ -1,6 +1,8 @@
 #include "CommandLine.h"
 
+#include <vorn_testing/Text.h>
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <stdexcept>
 #include <vector>
@@ -108,9 +110,8 @@ void addExport(CLI::App& command, Request& request) {
               names.push_back(format.name);
             }
             if (request.format) return;
-            const std::string meant = nearest(name, names);
             throw CLI::ValidationError("--format: expected trace-event, mermaid or csv, found " + name +
-                                       (meant.empty() ? "" : "; did you mean " + meant + "?"));
+                                       vorn_testing::didYouMean(name, names));
           },
           help)
       ->required();

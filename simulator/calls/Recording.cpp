@@ -1,6 +1,7 @@
 #include "Recording.h"
 
 #include <sys/stat.h>
+#include <vorn_testing/Text.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -490,11 +491,9 @@ void Selection::setRange(const std::string& text) {
 void Selection::addAdapter(const std::string& name) {
   std::vector<std::string> names;
   for (const Operation& operation : operations()) names.push_back(operation.adapter);
-  if (std::find(names.begin(), names.end(), name) == names.end()) {
-    const std::string meant = nearest(name, names);
+  if (std::find(names.begin(), names.end(), name) == names.end())
     throw std::invalid_argument("expected an adapter, found " + excerpt(name) +
-                                (meant.empty() ? "" : "; did you mean " + meant + "?"));
-  }
+                                vorn_testing::didYouMean(name, names));
   adapters.insert(name);
 }
 

@@ -1,8 +1,9 @@
 #include "Operations.h"
 
+#include <vorn_testing/Text.h>
+
 #include <algorithm>
 #include <map>
-#include <numeric>
 #include <optional>
 #include <set>
 
@@ -11,33 +12,9 @@
 
 namespace vorn_speaker {
 
+using vorn_testing::nearest;
+
 namespace {
-
-/// How many letters must be typed anew to make one word of the other, whatever their case.
-std::size_t distance(const std::string& left, const std::string& right) {
-  std::vector<std::size_t> row(right.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t j = 0; j < right.size(); ++j) {
-      const bool same = std::tolower(static_cast<unsigned char>(left[i])) ==
-                        std::tolower(static_cast<unsigned char>(right[j]));
-      const std::size_t replaced = diagonal + (same ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-/// How far a word may be from the one that was meant.
-std::size_t tolerance(const std::string& word) { return word.size() / 3 + 1; }
-
-/// The distance, or `limit` when it is no less: words of too different lengths are not looked at.
-std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right) {
-  const std::size_t apart = std::max(left.size(), right.size()) - std::min(left.size(), right.size());
-  return apart >= limit ? limit : std::min(limit, distance(left, right));
-}
 
 /// The full name of the operation that was meant, or nothing.
 std::string nearestOperation(const std::string& word) {
@@ -120,20 +97,6 @@ std::vector<std::string> parameterNames(const Operation& operation) {
   return names;
 }
 
-std::string nearest(const std::string& word, const std::vector<std::string>& names) {
-  std::string best;
-  std::size_t least = tolerance(word);
-  for (const std::string& name : names) {
-    // A word that is much longer than a name is near to none, however long it is.
-    const std::size_t limit = std::min(least, tolerance(name));
-    const std::size_t far = distanceBelow(limit, word, name);
-    if (far >= limit) continue;
-    least = far;
-    best = name;
-  }
-  return best;
-}
-
 const Operation* operationNamed(const std::string& name) {
   static const std::map<std::string, const Operation*> all = [] {
     std::map<std::string, const Operation*> named;
@@ -204,8 +167,8 @@ bool mayHoldSecret(const std::string& line) {
     if (inside) word += c;
     if (inside || c == '_' || c == '-') continue;
     for (const std::string& name : telling) {
-      const std::size_t limit = tolerance(name);
-      if (!word.empty() && distanceBelow(limit + 1, word, name) <= limit) return true;
+      const std::size_t limit = name.size() / 3 + 2;
+      if (!word.empty() && vorn_testing::distanceBelow(limit, word, name) < limit) return true;
     }
     word.clear();
   }

@@ -62,9 +62,6 @@ std::vector<std::string> parameterNames(const Operation& operation);
 /// The first operation of this full name, of either side, or null.
 const Operation* operationNamed(const std::string& name);
 
-/// The one of `names` that a misspelt word was meant to be; empty when it is like none.
-std::string nearest(const std::string& word, const std::vector<std::string>& names);
-
 /// Reads the arguments as one of the overloads of `name` takes them, of either side; throws Unreadable.
 void checkArguments(const Token& name, const std::vector<Token>& arguments, std::size_t end);
 

@@ -1,5 +1,7 @@
 #include "Scenario.h"
 
+#include <vorn_testing/Text.h>
+
 #include <algorithm>
 #include <set>
 #include <sstream>
@@ -223,8 +225,8 @@ const Statement& choose(Words& words) {
   const Unreadable error(found.column, "expected " + oneOf(expected), found.text);
   if (most.first > 0) throw error;
   // What begins like no statement may be the rest of a line that was torn, a secret too.
-  const std::string meant = nearest(found.text, expected);
-  throw meant.empty() ? error.masked() : error.with("; did you mean " + meant + "?");
+  const std::string meant = vorn_testing::didYouMean(found.text, expected);
+  throw meant.empty() ? error.masked() : error.with(meant);
 }
 
 Play readWords(const std::string& line) {

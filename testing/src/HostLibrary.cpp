@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 #include "checks/Trial.h"
@@ -11,6 +12,8 @@
 namespace vorn_testing {
 
 namespace {
+
+constexpr char kDestroys[] = "vornDestroyHost()";
 
 template <class Function>
 void find(Function*& function, void* library, const std::string& path, const char* name) {
@@ -44,7 +47,7 @@ std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> HostLibrary::makeHost
   return {host, m_destroy};
 }
 
-std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bound) {
+LibraryTrial tryHostLibrary(const std::string& path, std::chrono::milliseconds bound) {
   const auto run = [path](checks::Trial& trial) {
     std::unique_ptr<HostLibrary> library;
     trial.explain("while " + path + " was loaded");
@@ -60,7 +63,7 @@ std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bo
     trial.ask("vornCreateHost()", [&] { host = library->makeHost(); });
     if (!host) trial.broken("vornCreateHost() answers null");
     trial.explain("while it destroyed a host that was never called");
-    trial.ask("vornDestroyHost()", [&] { host.reset(); });
+    trial.ask(kDestroys, [&] { host.reset(); });
     trial.explain("while its process ended");
     trial.ask("the library", [] { std::exit(checks::kOrderly); });
   };
@@ -68,10 +71,10 @@ std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bo
   demands.bound = bound;
   const checks::Check check{HostCheck{"", "", 0, "", ""}, run};
   const HostVerdict verdict = checks::runWatched(check, nullptr, demands, checks::Known());
-  std::string detail = verdict.detail;
-  if (detail.compare(0, 15, "vornDestroyHost") == 0) return "";  // there are checks of that
-  for (const std::string& frame : verdict.stack) detail += "\n    " + frame;
-  return verdict.kind == HostVerdict::kKept ? "" : detail;
+  if (verdict.kind == HostVerdict::kKept) return {"", true};
+  std::string failure = verdict.detail;
+  for (const std::string& frame : verdict.stack) failure += "\n    " + frame;
+  return {failure, verdict.detail.compare(0, std::strlen(kDestroys), kDestroys) == 0};
 }
 
 }  // namespace vorn_testing

@@ -156,11 +156,13 @@ TEST(Reports, ExplainColourAndMask) {
 
 TEST(Reports, KnowWhichAdapterWasMeant) {
   for (const std::string& name : vorn_log::adapters()) {
-    EXPECT_EQ(vorn_log::closestAdapter(name), name);
     if (name == "?") continue;
-    EXPECT_EQ(vorn_log::closestAdapter("vORN" + name.substr(4, name.size() - 5) + "x"), name);
+    const std::string meant = "; did you mean " + name + "?";
+    EXPECT_EQ(vorn_log::didYouMeanAdapter("vORN" + name.substr(4, name.size() - 5) + "x"), meant);
+    EXPECT_EQ(vorn_log::didYouMeanAdapter(name.substr(4)), meant);
   }
-  EXPECT_EQ(vorn_log::closestAdapter("audioin"), "VornAudioIn");
+  EXPECT_EQ(vorn_log::didYouMeanAdapter("audioin"), "; did you mean VornAudioIn?");
+  EXPECT_EQ(vorn_log::didYouMeanAdapter("secret-token"), "");
 }
 
 }  // namespace

@@ -125,6 +125,18 @@ INSTANTIATE_TEST_SUITE_P(Kinds, HostThatFailsOutside,
                                          "HangsAtLoad", "LeavesAtUnload", "AbortsAtUnload", "HangsAtUnload",
                                          "FailsAtUnload", "ExitsWhenMade", "CrashesWhenMade"));
 
+/// Though nothing was asked of its end: what is seen is told.
+TEST(Conformance, TellsOfAHostThatCannotBeDestroyed) {
+  for (const char* const host : {"CrashesAtEnd", "ExitsAtEnd", "HangsAtEnd"}) {
+    const Outcome outcome = run("--bound 2 --only /15/getTimezone/answers " VORN_HOSTS, "2>&1", host);
+    EXPECT_EQ(outcome.status, 1) << host;
+    EXPECT_TRUE(says(outcome, "BROKEN    host/loads"));
+    EXPECT_TRUE(says(outcome, "seen:   vornDestroyHost() "));
+    EXPECT_TRUE(says(outcome, "2 checks, 1 kept, 1 broken"));
+  }
+  EXPECT_FALSE(says(run("--only /destructor/unused " VORN_HOSTS, "2>&1", "CrashesAtEnd"), "host/loads"));
+}
+
 TEST(Conformance, EndsWithTwoWhenNothingWasAsked) {
   EXPECT_EQ(run("--only writeKeyValue/killed " VORN_GOOD_HOST).status, 2);
 }

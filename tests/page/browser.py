@@ -22,6 +22,7 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 
 PROGRAM, DRIVER = sys.argv[1:3]
 FOLDER = pathlib.Path("/tmp/page-test")
+CHECKER = pathlib.Path(os.environ.get("VORN_ACCESSIBILITY_CHECKER", "not given"))
 BOUND = 60  # seconds that no healthy run needs
 
 # The usual, by what stands on the buttons, and what must arrive.
@@ -500,6 +501,27 @@ class Everybody(Page):
                     self.browser.find_elements(By.CSS_SELECTOR, "button, input, select, textarea, a, [role=listbox], [role=img], [tabindex]")
                     if element.is_displayed() and not element.accessible_name]
         self.assertEqual(nameless, [])
+
+    @unittest.skipUnless(CHECKER.exists(), "the accessibility checker is not here: scripts/install page fetches it where there is npm")
+    def test_the_accessibility_checker_finds_nothing_serious(self):
+        serious = """
+          const done = arguments[0];
+          axe.run().then((found) => done(found.violations.filter((rule) => ['serious', 'critical'].includes(rule.impact))
+            .map((rule) => `${rule.id}: ${rule.help}: ${rule.nodes.map((node) => node.html).join(' ')}`)));"""
+        self.browser.set_script_timeout(BOUND)
+        self.script(CHECKER.read_text())
+        self.press("Mute", "#assistant")
+        self.sees("onMute(true)")
+        self.press("Show a card", "#assistant")
+        self.sees("renderGUICard")
+        self.script("document.getElementById('perThread').click(); document.querySelector('#lanes .row').click()")
+        self.until(lambda: "Argument 1" in self.text("#details"))
+        self.open(file("first.jsonl", HEADER + line(1)), file("second.jsonl", HEADER + line(1, result="2")))
+        self.until(lambda: not self.script("return document.getElementById('comparison').hidden"))
+        self.script("document.querySelectorAll('main [hidden]').forEach((part) => { part.hidden = false; })")
+        for scheme in "light", "dark":
+            self.emulate(prefers_color_scheme=scheme)
+            self.assertEqual(self.browser.execute_async_script(serious), [], scheme)
 
     def emulate(self, **features):
         self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": name.replace("_", "-"), "value": value} for name, value in features.items()]})

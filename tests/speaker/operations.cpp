@@ -3,6 +3,7 @@
 #include "language/Operations.h"
 
 #include <gtest/gtest.h>
+#include <vorn_testing/Text.h>
 
 #include <set>
 
@@ -22,7 +23,7 @@ class Words : public testing::TestWithParam<Likeness> {};
 
 TEST_P(Words, AreTakenForTheNearestNameIfForAny) {
   const List names = {"volume", "mute", "play", "playPause"};
-  EXPECT_EQ(nearest(GetParam().word, names), GetParam().meant);
+  EXPECT_EQ(vorn_testing::nearest(GetParam().word, names), GetParam().meant);
 }
 
 // At most one letter in three may be wrong.

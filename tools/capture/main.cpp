@@ -75,36 +75,41 @@ std::string signalOf(const std::string& text) {
 Options optionsOf(int count, char** arguments) {
   Options options;
   int i = 1;
-  const auto value = [&](const std::string& option) -> std::string {
-    if (i + 1 >= count) throw Unfit(option + ": expected a value after it");
-    return arguments[++i];
-  };
   for (; i < count && arguments[i][0] == '-'; ++i) {
-    const std::string option = arguments[i];
-    if (option == "--") {
+    const std::string argument = arguments[i], option = argument.substr(0, argument.find('='));
+    const auto value = [&]() -> std::string {
+      if (option.size() < argument.size()) return argument.substr(option.size() + 1);
+      if (i + 1 >= count) throw Unfit(option + ": expected a value after it");
+      return arguments[++i];
+    };
+    if (argument == "--") {
       ++i;
       break;
     } else if (option == "-o" || option == "--output") {
-      options.output = value(option);
+      options.output = value();
     } else if (option == "--keep") {
-      options.keep = sizeOf(option, value(option));
+      options.keep = sizeOf(option, value());
     } else if (option == "--ring") {
-      options.ring = sizeOf(option, value(option));
+      options.ring = sizeOf(option, value());
     } else if (option == "--toggle") {
-      options.toggle = signalOf(value(option));
+      options.toggle = signalOf(value());
     } else if (option == "--audio") {
-      options.audio = value(option);
+      options.audio = value();
     } else if (option == "--library") {
-      options.library = value(option);
-    } else if (option == "--paused") {
+      options.library = value();
+    } else if (argument == "--paused") {
       options.paused = true;
     } else {
-      throw Unfit(option + ": is not known; vorn-capture --help names the options");
+      throw Unfit(argument + ": is not known" +
+                  vorn_testing::didYouMean(option, {"--output", "--keep", "--ring", "--toggle", "--audio",
+                                                    "--library", "--paused"}) +
+                  " (vorn-capture --help names the options)");
     }
   }
   for (; i < count; ++i) options.program.emplace_back(arguments[i]);
   if (options.output.empty()) throw Unfit("where to? Name a file with -o");
   if (options.program.empty()) throw Unfit("what to run? Name a program after the options");
+  if (options.audio == options.output) throw Unfit(options.audio + ": give the sound a file of its own");
   return options;
 }
 

@@ -1,38 +1,23 @@
 #include "Report.h"
 
+#include <strings.h>
 #include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
 
 namespace vorn_log {
 
 using vorn_testing::harmless;
+using vorn_testing::nearest;
 using vorn_testing::TraceLine;
 
 namespace {
 
-/// How many letters must be put in, taken out or changed to make one word of the other.
-std::size_t distance(const std::string& one, const std::string& other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), 0U);
-  for (std::size_t i = 0; i < one.size(); ++i) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t changed = diagonal + (one[i] == other[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-std::string plain(const std::string& name) {
-  std::string lower;
-  for (const char c : name) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return lower.compare(0, 4, "vorn") == 0 ? lower.substr(4) : lower;
+/// Without the word that all adapters begin with.
+std::string shortName(const std::string& name) {
+  return strncasecmp(name.c_str(), "Vorn", 4) == 0 ? name.substr(4) : name;
 }
 
 /// A message on one screen: its further lines stand below the first, so that none passes for a record.
@@ -64,11 +49,11 @@ const std::vector<std::string>& adapters() {
   return all;
 }
 
-std::string closestAdapter(const std::string& name) {
-  const std::string wanted = plain(name.substr(0, 64));
-  return *std::min_element(adapters().begin(), adapters().end(), [&](const auto& left, const auto& right) {
-    return distance(wanted, plain(left)) < distance(wanted, plain(right));
-  });
+std::string didYouMeanAdapter(const std::string& name) {
+  std::vector<std::string> names;
+  for (const std::string& adapter : adapters()) names.push_back(shortName(adapter));
+  const std::string meant = nearest(shortName(name), names);
+  return meant.empty() ? "" : "; did you mean Vorn" + meant + "?";
 }
 
 bool Report::take(const Records::Record& record) {

@@ -31,8 +31,8 @@ struct Options {
 /// The classes whose lines can be asked for: the adapters, and "?" for lines that are not the library's.
 const std::vector<std::string>& adapters();
 
-/// The one of `adapters()` that is most like `name`, whatever its case and with or without "Vorn".
-std::string closestAdapter(const std::string& name);
+/// The end of a message about a name that is none of `adapters()`: the one that it is like, with or without "Vorn"; or nothing.
+std::string didYouMeanAdapter(const std::string& name);
 
 /// Prints or counts the records that the options let through.
 class Report {

@@ -100,7 +100,7 @@ int main(int argc, char** argv) {
       ->check([](const std::string& name) {
         const auto& known = adapters();
         if (std::find(known.begin(), known.end(), name) != known.end()) return std::string();
-        return name + " is no adapter; did you mean " + closestAdapter(name) + "?";
+        return name + " is no adapter" + didYouMeanAdapter(name);
       });
   app.add_option("-g,--grep", options.text, "Only lines that contain this text");
   app.add_option("-u,--until", options.until, "Stop after a line that contains this text");

@@ -24,9 +24,14 @@ class HostLibrary {
   void (*m_destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
 };
 
+/// What came of loading a library.
+struct LibraryTrial {
+  std::string failure;  ///< What went wrong; empty when all went well.
+  bool makesHosts;      ///< Whether hosts can be asked nevertheless: it failed when it destroyed one.
+};
+
 /// Loads the library, makes a host, destroys it and ends, all in a process of its own, which then is not this one's
 /// business: whatever the library does while it is loaded or unloaded.
-/// @returns  What went wrong; empty when all went well.
-std::string tryHostLibrary(const std::string& path, std::chrono::milliseconds bound);
+LibraryTrial tryHostLibrary(const std::string& path, std::chrono::milliseconds bound);
 
 }  // namespace vorn_testing

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vorn_testing {
 
@@ -21,5 +22,15 @@ bool isUtf8(const std::string& text);
 /// `text` as a terminal may see it: control characters, what turns text around, and bytes that are no UTF-8 are
 /// shown as "\x1b". Line feeds stay.
 std::string harmless(const std::string& text);
+
+/// How many letters must be put in, taken out or changed to make one word of the other, whatever their case; or `limit`,
+/// when it is no less. Words of too different lengths are not looked at.
+std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right);
+
+/// The one of `names` that a misspelt word was meant to be, whatever its case; empty when it is like none.
+std::string nearest(const std::string& word, const std::vector<std::string>& names);
+
+/// "; did you mean NAME?" with the nearest one, as it ends a message; empty when the word is like none.
+std::string didYouMean(const std::string& word, const std::vector<std::string>& names);
 
 }  // namespace vorn_testing

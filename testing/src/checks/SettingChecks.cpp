@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <optional>
@@ -54,6 +55,12 @@ void expect(Trial& trial, const std::string& name, const std::string& value, con
     trial.broken(shown + " answered " + spelled(*found) + ", accepted was " + spelled(value) + when);
 }
 
+/// Again and again, as in the months of a device's life: the next round after three hundred, or after two seconds.
+void often(const std::function<void(std::size_t)>& act) {
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+  for (std::size_t turn = 0; turn < 300 && std::chrono::steady_clock::now() < enough; ++turn) act(turn);
+}
+
 /// Puts the settings back as they were found, whatever came out.
 class PutBack {
  public:
@@ -94,6 +101,22 @@ void reported(Trial& trial) {
 
 void presumeReported(Trial& trial) {
   trial.presume(kReported, [&] { reported(trial); });
+}
+
+/// However often it was changed.
+void reportedOften(Trial& trial) {
+  presumeReported(trial);
+  const PutBack putBack(trial);
+  for (const auto& named : settings(trial)) {
+    often([&](std::size_t turn) {
+      const std::string& value = named.second[turn % named.second.size()];
+      const std::string when = " as the " + std::to_string(turn + 1) + ". change";
+      if (!set(trial, named.first, value))
+        trial.broken("setSystemSetting(" + spelled(named.first) + ", " + spelled(value) + ") answered false" +
+                     when + ", and true before");
+      expect(trial, named.first, value, when);
+    });
+  }
 }
 
 void lastReported(Trial& trial) {
@@ -175,7 +198,8 @@ void whole(Trial& trial) {
         "K\xc3\xbc"
         "che ";
     for (int i = 0; i < 40; ++i) longer += "\xe9\x9f\xb3";
-    for (const std::string& value : {longer, std::string("MiXed Case  "), std::string("a=b\nc;d")}) {
+    for (const std::string& value :
+         {longer, std::string("MiXed Case  "), std::string("a=b\nc;d"), std::string("a\0b", 3)}) {
       if (!set(trial, named.first, value)) continue;
       ++accepted;
       expect(trial, named.first, value);
@@ -229,19 +253,25 @@ void leavesText(Trial& trial) {
 
 /// "Reads a system setting into value": whatever stood there before.
 void replacesText(Trial& trial) {
+  const PutBack putBack(trial);
   Host& host = trial.host();
   bool any = false;
   for (const auto& named : settings(trial)) {
-    std::string first = "vorn 1", second = "another one";
-    bool known = false;
-    const std::string shown = "getSystemSetting(" + spelled(named.first) + ")";
-    trial.ask(shown, [&] { known = host.getSystemSetting(named.first, first); });
-    if (!known) continue;
-    any = true;
-    trial.ask(shown, [&] { known = host.getSystemSetting(named.first, second); });
-    if (known && first != second)
-      trial.broken(shown + " answered true and left " + spelled(first) + " in one text and " +
-                   spelled(second) + " in another: it depends on what was there before");
+    Values values = named.second;
+    values.insert(values.begin(), {"", ""});  // the first stands for what is there already
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (i > 0 && !set(trial, named.first, values[i])) continue;
+      std::string first = "vorn 1", second = "another one";
+      bool known = false;
+      const std::string shown = "getSystemSetting(" + spelled(named.first) + ")";
+      trial.ask(shown, [&] { known = host.getSystemSetting(named.first, first); });
+      if (!known) continue;
+      any = true;
+      trial.ask(shown, [&] { known = host.getSystemSetting(named.first, second); });
+      if (known && first != second)
+        trial.broken(shown + " answered true and left " + spelled(first) + " in one text and " +
+                     spelled(second) + " in another: it depends on what was there before");
+    }
   }
   if (!any)
     trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
@@ -349,6 +379,19 @@ void setVolumeFollows(Trial& trial) {
                    spelled(volume(trial)));
   }
   if (reported.empty()) trial.refused("onSetVolume() answered false to every volume");
+  const auto most =
+      std::max_element(reported.begin(), reported.end(),
+                       [](const auto& left, const auto& right) { return left.second < right.second; });
+  const std::pair<int, int> ends[] = {*reported.begin(), *most};
+  often([&](std::size_t turn) {
+    const auto [asked, expected] = ends[turn % 2];
+    if (g_patient || !setVolume(trial, asked)) return;
+    const int found = volume(trial);
+    if (found != expected)
+      trial.broken("onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " +
+                   spelled(found) + " at the " + std::to_string(turn + 1) + ". time, before that " +
+                   spelled(expected));
+  });
   setVolume(trial, before);
   if (different.size() < 2 && reported.size() > 1)
     trial.broken("onSetVolume() answered true to " + spelled(static_cast<int>(reported.size())) +
@@ -382,18 +425,23 @@ void adjustVolumeFollows(Trial& trial) {
 void muteFollows(Trial& trial) {
   const bool before = muted(trial);
   bool accepted = false;
-  for (const bool to : {true, true, false, false, true, false, true, before}) {
+  const auto mute = [&](bool to) {
     const std::string shown = "onMute(" + spelled(to) + ")";
     const bool last = muted(trial);
     if (!give(trial, shown, [to](Host& host) { return host.onMute(to); })) {
       if (muted(trial) != last)
         trial.broken(shown + " answered false and moved getMuteStatus() to " + spelled(!last));
-      continue;
+      return;
     }
     accepted = true;
     if (muted(trial) != to)
       trial.broken(shown + " answered true, then getMuteStatus() answered " + spelled(!to));
-  }
+  };
+  for (const bool to : {true, true, false, false, true, false, true}) mute(to);
+  often([&](std::size_t turn) {
+    if (!g_patient) mute(turn % 2 == 0);
+  });
+  mute(before);
   if (!accepted) trial.refused("onMute() answered false");
 }
 
@@ -412,6 +460,8 @@ void addSettingChecks(Checks& checks) {
       "Assign to the text, and only then answer true.", replacesText);
   add(kSet, "reported", "A setting that was accepted is what getSystemSetting() reports.",
       "Keep the value where getSystemSetting() looks, or answer false.", reported);
+  add(kSet, "often", "A setting is accepted and reported however often it was changed.",
+      "Give back what a change takes.", reportedOften);
   add(kSet, "last-reported", "The value accepted last is the one reported.",
       "Replace the value before you answer.", lastReported);
   add(kSet, "apart", "A setting does not change another one.", "Keep settings by their whole name.",

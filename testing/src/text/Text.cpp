@@ -1,7 +1,9 @@
 #include "vorn_testing/Text.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
+#include <numeric>
 
 namespace vorn_testing {
 
@@ -14,6 +16,26 @@ bool commands(std::uint32_t code) {
   return std::any_of(std::begin(kCommands), std::end(kCommands),
                      [&](const std::uint32_t(&range)[2]) { return code >= range[0] && code <= range[1]; });
 }
+
+/// How many letters must be put in, taken out or changed to make one word of the other, whatever their case.
+std::size_t distance(const std::string& left, const std::string& right) {
+  std::vector<std::size_t> row(right.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < right.size(); ++j) {
+      const bool same = std::tolower(static_cast<unsigned char>(left[i])) ==
+                        std::tolower(static_cast<unsigned char>(right[j]));
+      const std::size_t replaced = diagonal + (same ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+/// How far a word may be from the one that was meant.
+std::size_t tolerance(const std::string& word) { return word.size() / 3 + 1; }
 
 }  // namespace
 
@@ -62,6 +84,30 @@ std::string harmless(const std::string& text) {
     }
   }
   return result;
+}
+
+std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right) {
+  const std::size_t apart = std::max(left.size(), right.size()) - std::min(left.size(), right.size());
+  return apart >= limit ? limit : std::min(limit, distance(left, right));
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& names) {
+  std::string best;
+  std::size_t least = tolerance(word);
+  for (const std::string& name : names) {
+    // A word that is much longer than a name is near to none, however long it is.
+    const std::size_t limit = std::min(least, tolerance(name));
+    const std::size_t far = distanceBelow(limit, word, name);
+    if (far >= limit) continue;
+    least = far;
+    best = name;
+  }
+  return best;
+}
+
+std::string didYouMean(const std::string& word, const std::vector<std::string>& names) {
+  const std::string meant = nearest(word, names);
+  return meant.empty() ? "" : "; did you mean " + meant + "?";
 }
 
 }  // namespace vorn_testing

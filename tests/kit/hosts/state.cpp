@@ -85,6 +85,29 @@ struct AppendsSetting : Device {
     return true;
   }
 };
+struct EmptyUnwritten : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    std::string own;
+    if (!Device::getSystemSetting(key, own)) return false;
+    if (!own.empty()) value = own;
+    return true;
+  }
+};
+struct SettingAsCText : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    return Device::setSystemSetting(key, value.c_str());
+  }
+};
+/// A journal of changes that is full one day.
+struct SettingsFull : Device {
+  int changes = 0;
+  bool setSystemSetting(std::string key, std::string value) override {
+    return ++changes > 150 ? settings.count(key) != 0 : Device::setSystemSetting(key, value);
+  }
+};
+VORN_HOST("settings", EmptyUnwritten, "getSystemSetting")
+VORN_HOST("settings", SettingAsCText, "setSystemSetting|getSystemSetting")
+VORN_HOST("settings", SettingsFull, "setSystemSetting|getSystemSetting")
 VORN_HOST("settings", ForgetsSetting, "setSystemSetting|getSystemSetting")
 VORN_HOST("settings", ForgetsSecondSetting, "setSystemSetting|getSystemSetting")
 VORN_HOST("settings", SharesSetting, "setSystemSetting|getSystemSetting")
@@ -141,6 +164,19 @@ struct MuteLosesVolume : Device {
     return {true, ""};
   }
 };
+/// The mixer's queue is full one day.
+struct VolumeSticks : Device {
+  int changes = 0;
+  Result onSetVolume(int wanted) override {
+    return ++changes > 200 ? Result{true, ""} : Device::onSetVolume(wanted);
+  }
+};
+struct MuteSticks : Device {
+  int changes = 0;
+  Result onMute(bool mute) override { return ++changes > 200 ? Result{true, ""} : Device::onMute(mute); }
+};
+VORN_HOST("volume", VolumeSticks, "onSetVolume")
+VORN_HOST("volume", MuteSticks, "onMute")
 VORN_HOST("volume", VolumeStays, "onSetVolume")
 VORN_HOST("volume", AdjustStays, "onAdjustVolume")
 VORN_HOST("volume", AdjustReversed, "onAdjustVolume")
