@@ -14,6 +14,11 @@ constexpr bool kSanitized = true;  // It stands before the C library's functions
 #else
 constexpr bool kSanitized = false;
 #endif
+#if defined(__x86_64__)
+constexpr bool kSteps = !kSanitized;  // It sees every instruction of a host.
+#else
+constexpr bool kSteps = false;
+#endif
 
 struct Outcome {
   int status;
@@ -206,6 +211,22 @@ TEST(Conformance, SeesMutexesInTwoOrdersAndWhereTheyWait) {
 
 TEST(Conformance, LeavesMutexesInPeaceThatAThirdOneKeepsApart) {
   EXPECT_EQ(run("--only /host/lock-order " VORN_HOSTS, "2>&1", "GoodGate").status, kSanitized ? 2 : 0);
+}
+
+TEST(Conformance, MakesCallsMeetAtMemoryThatNothingKeepsApart) {
+  const Outcome outcome = run("--bound 30 --only /host/races " VORN_HOSTS, "2>&1", "ShortState");
+  if (!kSteps) {
+    EXPECT_TRUE(says(outcome, "NOT ASKED this program does not see what memory is touched"))
+        << outcome.output;
+    return;
+  }
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(says(outcome, "nothing kept alexaStateChanged(")) << outcome.output;
+}
+
+TEST(Conformance, LeavesMemoryInPeaceThatALockOfAnyKindGuards) {
+  const Outcome outcome = run("--bound 30 --only /host/races " VORN_HOSTS, "2>&1", "GoodGuards");
+  EXPECT_EQ(outcome.status, kSteps ? 0 : 2) << outcome.output;
 }
 
 TEST(Conformance, SeesMemoryThatIsUsedAfterItWasFreed) {

@@ -421,6 +421,14 @@ struct BufferOfTwo : Device {
     return {true, buffer()};
   }
 };
+struct CountsKeystrokes : Device {
+  int keystrokes = 0;
+  Result onSendKeystroke(std::string) override {
+    ++keystrokes;
+    return {true, ""};
+  }
+};
+VORN_HOST("same memory", CountsKeystrokes, "onSendKeystroke")
 VORN_HOST("same memory", ShortState, "alexaStateChanged")
 VORN_HOST("same memory", CardsByHour, "onSearchAndDisplayResults|onLaunchTarget")
 VORN_HOST("same memory", InputBehindTwo, "onInputChange|onSendKeystroke")

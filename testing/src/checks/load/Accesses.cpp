@@ -74,7 +74,7 @@ void note(const Access& access) {
   for (std::size_t i = t_log->count; i-- > 0 && i + 12 > t_log->count;) {
     const Access& other = t_log->all[i];
     if (other.address == access.address && other.size == access.size && other.writes == access.writes &&
-        other.held == access.held && other.wide == access.wide && other.entry == access.entry)
+        other.held == access.held && other.plain == access.plain && other.entry == access.entry)
       return;
   }
   t_log->all[t_log->count++] = access;
@@ -128,7 +128,7 @@ bool onInstruction(const void* context) {
     Access access{operand.address,
                   operand.size,
                   operand.writes,
-                  operand.wide,
+                  operand.plain,
                   operand.address >= t_fresh && isGuarded(reinterpret_cast<const void*>(operand.address)),
                   instruction,
                   kind == Kind::kCLibrary ? t_entry : 0,
@@ -200,7 +200,7 @@ bool Accesses::isSurelyPlain(const Access& access) const {
     return std::find(functions.begin(), functions.end(), access.entry) != functions.end();
   };
   if (access.entry) return isOneOf(m_copying) || (access.writes && isOneOf(m_writing));
-  if (kindOf(access.instruction) == Kind::kHost) return access.wide;
+  if (kindOf(access.instruction) == Kind::kHost) return access.plain;
   const auto known = m_known.find(access.instruction);
   if (known != m_known.end()) return known->second;
   return m_known[access.instruction] = isPlainThere(access.instruction);

@@ -14,8 +14,7 @@ namespace vorn_testing::checks {
 struct Access {
   std::uintptr_t address, size;
   bool writes;
-  /// By an instruction of more than eight bytes, which no std::atomic is made of.
-  bool wide;
+  bool plain;  ///< By an instruction that no std::atomic is made of.
   bool fresh;  ///< The block was asked for in this call.
   std::uintptr_t instruction;
   std::uintptr_t entry;   ///< Where the C library was entered, if the instruction is its own; else 0.

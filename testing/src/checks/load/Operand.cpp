@@ -27,7 +27,7 @@ struct Parts {
   bool wideRegister = false;  ///< REX.W.
   int x = 0, b = 0;
   std::uintptr_t vector = 0;  ///< Bytes of a vector, when its kind of prefix says so.
-  bool evex = false, masked = false, segment = false, shortAddress = false;
+  bool evex = false, masked = false, segment = false, shortAddress = false, locked = false;
 };
 
 struct Reader {
@@ -48,7 +48,9 @@ Parts take(Reader& code) {
       parts.segment = true;
     } else if (byte == 0x67) {
       parts.shortAddress = true;
-    } else if (byte != 0xf0 && byte != 0x2e && byte != 0x36 && byte != 0x3e && byte != 0x26) {
+    } else if (byte == 0xf0) {
+      parts.locked = true;
+    } else if (byte != 0x2e && byte != 0x36 && byte != 0x3e && byte != 0x26) {
       break;
     }
     ++code.at;
@@ -152,6 +154,16 @@ Use useOfFirst(const Parts& parts, int number) {
     default:
       return {0, false, 0};
   }
+}
+
+/// Whether it reads what stands there and writes what comes of it.
+bool changes(const Parts& parts, int number) {
+  const Byte code = parts.opcode;
+  if (parts.map != 0) return false;
+  if (code < 0x40) return (code & 7) < 2 && (code & 0x38) != 0x38;
+  return (code >= 0x80 && code <= 0x83 && number != 7) || code == 0xc0 || code == 0xc1 ||
+         (code >= 0xd0 && code <= 0xd3) || ((code == 0xf6 || code == 0xf7) && (number == 2 || number == 3)) ||
+         ((code == 0xfe || code == 0xff) && number < 2);
 }
 
 Use useOfSecond(const Parts& parts) {
@@ -259,7 +271,7 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
   }
   if (fromNext)
     address += reinterpret_cast<std::uintptr_t>(code.at) + static_cast<std::uintptr_t>(use.immediate);
-  operands[0] = {address, use.size, use.writes, use.size > 8};
+  operands[0] = {address, use.size, use.writes, use.size > 8 || (!parts.locked && changes(parts, number))};
   return 1;
 }
 
