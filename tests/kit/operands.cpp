@@ -21,8 +21,8 @@ struct Row {
   std::vector<Operand> operands;
 };
 
-#define AT(address, size, writes, plain) \
-  Operand { address, size, writes, plain }
+#define AT(address, size, writes, changes) \
+  Operand { address, size, writes, (size) > 8, changes }
 #define CODE(text)                                                          \
   text, [] {                                                                \
     const unsigned char* code;                                              \
@@ -52,7 +52,8 @@ void expect(const std::vector<Row>& rows) {
       EXPECT_EQ(found[i].address, row.operands[i].address) << row.text;
       EXPECT_EQ(found[i].size, row.operands[i].size) << row.text;
       EXPECT_EQ(found[i].writes, row.operands[i].writes) << row.text;
-      EXPECT_EQ(found[i].plain, row.operands[i].plain) << row.text;
+      EXPECT_EQ(found[i].changes, row.operands[i].changes) << row.text;
+      EXPECT_EQ(found[i].wide, row.operands[i].wide) << row.text;
     }
   }
 }
@@ -113,26 +114,26 @@ TEST(Operands, OfChangesInPlaceWithALockAndWithout) {
 
 TEST(Operands, OfVectors) {
   expect({
-      {CODE("movups (%%rdi), %%xmm0"), {AT(kRdi, 16, false, true)}},
-      {CODE("movaps %%xmm9, (%%r12)"), {AT(kR12, 16, true, true)}},
-      {CODE("movdqu (%%rdi), %%xmm0"), {AT(kRdi, 16, false, true)}},
+      {CODE("movups (%%rdi), %%xmm0"), {AT(kRdi, 16, false, false)}},
+      {CODE("movaps %%xmm9, (%%r12)"), {AT(kR12, 16, true, false)}},
+      {CODE("movdqu (%%rdi), %%xmm0"), {AT(kRdi, 16, false, false)}},
       {CODE("movss (%%rdi), %%xmm0"), {AT(kRdi, 4, false, false)}},
       {CODE("movsd %%xmm0, (%%rdi)"), {AT(kRdi, 8, true, false)}},
       {CODE("movq %%xmm0, (%%rdi)"), {AT(kRdi, 8, true, false)}},
       {CODE("movq (%%rdi), %%xmm0"), {AT(kRdi, 8, false, false)}},
       {CODE("movd (%%rdi), %%xmm0"), {AT(kRdi, 4, false, false)}},
       {CODE("movhps %%xmm0, 8(%%rdi)"), {AT(kRdi + 8, 8, true, false)}},
-      {CODE("vmovdqu (%%rdi), %%ymm0"), {AT(kRdi, 32, false, true)}},
-      {CODE("vmovups %%xmm1, (%%r12,%%r13,8)"), {AT(kR12 + 8 * kR13, 16, true, true)}},
-      {CODE("vmovdqu64 %%zmm0, 64(%%rdi)"), {AT(kRdi + 64, 64, true, true)}},
+      {CODE("vmovdqu (%%rdi), %%ymm0"), {AT(kRdi, 32, false, false)}},
+      {CODE("vmovups %%xmm1, (%%r12,%%r13,8)"), {AT(kR12 + 8 * kR13, 16, true, false)}},
+      {CODE("vmovdqu64 %%zmm0, 64(%%rdi)"), {AT(kRdi + 64, 64, true, false)}},
   });
 }
 
 TEST(Operands, OfRepetitions) {
   expect({
-      {CODE("rep movsb"), {AT(kRdi, kRcx, true, true), AT(kRsi, kRcx, false, true)}},
-      {CODE("rep stosq"), {AT(kRdi, 8 * kRcx, true, true)}},
-      {CODE("movsl"), {AT(kRdi, 4, true, true), AT(kRsi, 4, false, true)}},
+      {CODE("rep movsb"), {{kRdi, kRcx, true, true, false}, {kRsi, kRcx, false, true, false}}},
+      {CODE("rep stosq"), {{kRdi, 8 * kRcx, true, true, false}}},
+      {CODE("movsl"), {{kRdi, 4, true, true, false}, {kRsi, 4, false, true, false}}},
   });
 }
 

@@ -91,11 +91,11 @@ void holdUpNow() {
 void beginSteps() {
   t_holds = 0;
 #if defined(VORN_STEPS)
-  if (!t_onEveryStep) {
-    if (!t_disturbed || roll() % 5 != 0) return;
-    t_steps = 30L << (roll() % 5);
-    t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
-  }
+  if (!t_onEveryStep && (!t_disturbed || roll() % 5 != 0)) return;
+  sigset_t kept;
+  if (pthread_sigmask(SIG_SETMASK, nullptr, &kept) != 0 || sigismember(&kept, SIGTRAP) == 1) return;
+  t_steps = 30L << (roll() % 5);
+  t_steps += static_cast<long>(roll() % static_cast<std::uint64_t>(t_steps));
   asm volatile("lea -128(%%rsp), %%rsp\n\tpushfq\n\torq $0x100, (%%rsp)\n\tpopfq\n\tlea 128(%%rsp), %%rsp" ::
                    : "memory", "cc");
 #endif
@@ -236,15 +236,28 @@ void pauseNow() {
 }
 
 #if defined(VORN_STEPS)
+/// Whether the next instruction asks the system to keep signals away, or for another thread or process. A step where its
+/// signal is kept away ends the process.
+bool endsSteps(const ucontext_t& context) {
+  const auto& registers = context.uc_mcontext.gregs;
+  const auto* const code = reinterpret_cast<const unsigned char*>(registers[REG_RIP]);
+  if (code[0] != 0x0f || code[1] != 0x05) return false;
+  for (const long call : {SYS_rt_sigprocmask, SYS_clone, SYS_clone3, SYS_fork, SYS_vfork, SYS_execve}) {
+    if (registers[REG_RAX] == call) return true;
+  }
+  return false;
+}
+
 void onStep(int signal, siginfo_t* info, void* context) {
   if (info->si_code != TRAP_TRACE) return onCrash(signal, info, context);
-  auto& flags = static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_EFL];
+  auto& at = *static_cast<ucontext_t*>(context);
+  auto& flags = at.uc_mcontext.gregs[REG_EFL];
   if (t_onEveryStep) {
     if (t_meanwhile) ++g_stepsMeanwhile;
-    if (!t_inHost || !t_onEveryStep(context)) flags &= ~0x100LL;
+    if (!t_inHost || endsSteps(at) || !t_onEveryStep(context)) flags &= ~0x100LL;
     return;
   }
-  if (--t_steps > 0) return;
+  if (--t_steps > 0 && !endsSteps(at)) return;
   flags &= ~0x100LL;
   if (t_steps == 0) holdUpNow();
 }

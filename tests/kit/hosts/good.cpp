@@ -8,6 +8,7 @@
 #include <atomic>
 #include <clocale>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <deque>
@@ -325,6 +326,23 @@ struct GoodBuffers : Device {
 };
 VORN_HOST("good", GoodGuards, "")
 VORN_HOST("good", GoodBuffers, "")
+/// Searches on a thread made for it, and keeps signals away while it writes.
+struct GoodSearcher : Device {
+  Result onSearchAndPlay(std::string payload) override {
+    std::size_t length = 0;
+    std::thread([&] { length = payload.size(); }).join();
+    return {true, std::to_string(length)};
+  }
+  Result onSendKeystroke(std::string key) override {
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const Result result = Device::onSendKeystroke(key);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return result;
+  }
+};
+VORN_HOST("good", GoodSearcher, "")
 VORN_HOST("good", GoodDevice, "")
 VORN_HOST("good", GoodMemory, "")
 VORN_HOST("good", GoodNull, "")

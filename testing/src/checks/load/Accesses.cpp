@@ -74,7 +74,7 @@ void note(const Access& access) {
   for (std::size_t i = t_log->count; i-- > 0 && i + 12 > t_log->count;) {
     const Access& other = t_log->all[i];
     if (other.address == access.address && other.size == access.size && other.writes == access.writes &&
-        other.held == access.held && other.plain == access.plain && other.entry == access.entry)
+        other.held == access.held && other.wide == access.wide && other.entry == access.entry)
       return;
   }
   t_log->all[t_log->count++] = access;
@@ -128,7 +128,8 @@ bool onInstruction(const void* context) {
     Access access{operand.address,
                   operand.size,
                   operand.writes,
-                  operand.plain,
+                  operand.wide,
+                  operand.changes,
                   operand.address >= t_fresh && isGuarded(reinterpret_cast<const void*>(operand.address)),
                   instruction,
                   kind == Kind::kCLibrary ? t_entry : 0,
@@ -200,20 +201,20 @@ bool Accesses::isSurelyPlain(const Access& access) const {
     return std::find(functions.begin(), functions.end(), access.entry) != functions.end();
   };
   if (access.entry) return isOneOf(m_copying) || (access.writes && isOneOf(m_writing));
-  if (kindOf(access.instruction) == Kind::kHost) return access.plain;
+  if (kindOf(access.instruction) == Kind::kHost) return access.wide;
   const auto known = m_known.find(access.instruction);
   if (known != m_known.end()) return known->second;
   return m_known[access.instruction] = isPlainThere(access.instruction);
 }
 
-/// Functions of the C++ library that are about one object and know of no lock.
+/// Functions of the C++ library that are about one object, and of no counter that is shared as older strings have.
 bool Accesses::isPlainThere(std::uintptr_t instruction) const {
   Dl_info where;
   if (dladdr(reinterpret_cast<const void*>(instruction), &where) == 0 || !where.dli_sname) return false;
   const std::string name = where.dli_sname;
-  for (const char* const plain : {"_ZNSt7__cxx1112basic_string", "_ZNKSt7__cxx1112basic_string", "_ZNSs",
-                                  "_ZNKSs", "_ZSt29_Rb_tree_insert_and_rebalance",
-                                  "_ZSt28_Rb_tree_rebalance_for_erase", "_ZNSt8__detail15_List_node_base"}) {
+  for (const char* const plain :
+       {"_ZNSt7__cxx1112basic_string", "_ZNKSt7__cxx1112basic_string", "_ZSt29_Rb_tree_insert_and_rebalance",
+        "_ZSt28_Rb_tree_rebalance_for_erase", "_ZNSt8__detail15_List_node_base"}) {
     if (name.compare(0, std::strlen(plain), plain) == 0) return true;
   }
   return false;
@@ -224,7 +225,7 @@ bool Accesses::isExact(const Access& access) const { return !access.entry || isS
 
 bool Accesses::collide(const Access& left, const Access& right) const {
   return overlap(left, right) && (left.writes || right.writes) && isExact(left) && isExact(right) &&
-         (isSurelyPlain(left) || isSurelyPlain(right));
+         ((left.changes && right.changes) || isSurelyPlain(left) || isSurelyPlain(right));
 }
 
 void Accesses::stopAt(const Access& place, const std::function<void()>& act) const {

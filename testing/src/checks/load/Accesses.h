@@ -14,8 +14,9 @@ namespace vorn_testing::checks {
 struct Access {
   std::uintptr_t address, size;
   bool writes;
-  bool plain;  ///< By an instruction that no std::atomic is made of.
-  bool fresh;  ///< The block was asked for in this call.
+  bool wide;     ///< By an instruction of more than eight bytes, which no std::atomic is made of.
+  bool changes;  ///< What stands there, which another such instruction may undo.
+  bool fresh;    ///< The block was asked for in this call.
   std::uintptr_t instruction;
   std::uintptr_t entry;   ///< Where the C library was entered, if the instruction is its own; else 0.
   std::uintptr_t caller;  ///< Where the host itself is.

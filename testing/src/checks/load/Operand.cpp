@@ -235,8 +235,8 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
     const bool repeats = parts.prefix == 0xf3 || parts.prefix == 0xf2;
     const std::uintptr_t size = repeats ? unit * valueOf(1) : unit;
     if (size == 0) return 0;
-    operands[0] = {valueOf(kTarget), size, true, true};
-    operands[1] = {valueOf(kSource), size, false, true};
+    operands[0] = {valueOf(kTarget), size, true, true, false};
+    operands[1] = {valueOf(kSource), size, false, true, false};
     return parts.opcode < 0xa8 ? 2 : 1;
   }
   const Byte form = code.next();
@@ -271,7 +271,7 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
   }
   if (fromNext)
     address += reinterpret_cast<std::uintptr_t>(code.at) + static_cast<std::uintptr_t>(use.immediate);
-  operands[0] = {address, use.size, use.writes, use.size > 8 || (!parts.locked && changes(parts, number))};
+  operands[0] = {address, use.size, use.writes, use.size > 8, !parts.locked && changes(parts, number)};
   return 1;
 }
 

@@ -9,8 +9,8 @@ namespace vorn_testing::checks {
 struct Operand {
   std::uintptr_t address, size;
   bool writes;
-  /// Surely no std::atomic: more than eight bytes, a repetition, or a change of what stands there that is not locked.
-  bool plain;
+  bool wide;     ///< More than eight bytes, or by a repetition.
+  bool changes;  ///< What stands there, without locking it.
 };
 
 /// Of a context that a handler of signals is given. On x86-64; no instruction is understood elsewhere. May be called by
