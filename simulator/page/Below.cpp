@@ -130,8 +130,11 @@ void Below::run() {
   std::unique_lock<std::mutex> lock(m_mutex);
   while (m_wish != Wish::kEnd) {
     m_wish = Wish::kNone;
-    m_running = true;
     m_unsent.clear();
+    lock.unlock();
+    m_listener.started();  // before the first statement is taken
+    lock.lock();
+    m_running = true;
     lock.unlock();
     live();
     lock.lock();
@@ -172,7 +175,6 @@ void Below::live() {
     return;
   }
   fcntl(input.second.file(), F_SETFL, O_NONBLOCK);
-  m_listener.started();
   Lines said;
   Lines reported;
   int asked = 0;
