@@ -266,8 +266,9 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
     code.at += sizeof distance;
     address += static_cast<std::uintptr_t>(static_cast<std::intptr_t>(distance));
   } else if (mode == 1) {
-    const auto distance = static_cast<std::intptr_t>(static_cast<signed char>(code.next()));
-    address += static_cast<std::uintptr_t>(distance) * (parts.evex ? parts.vector : 1);
+    std::uintptr_t distance = code.next();
+    if (distance & 0x80) distance -= 0x100;
+    address += distance * (parts.evex ? parts.vector : 1);
   }
   if (fromNext)
     address += reinterpret_cast<std::uintptr_t>(code.at) + static_cast<std::uintptr_t>(use.immediate);
