@@ -10,6 +10,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -35,10 +36,24 @@ void say(const char* text) {
 
 /// A text of a host's or a user's, without what a terminal would obey.
 void sayHarmless(const char* text) {
-  for (; *text; ++text) {
-    const char plain[] = {static_cast<unsigned char>(*text) < ' ' || *text == '\x7f' ? '?' : *text, '\0'};
-    say(*text == '\n' ? "\n" : plain);
+  for (char part[128]; *text; say(part)) {
+    std::size_t size = 0;
+    for (; *text && size + 1 < sizeof part; ++text) {
+      const bool obeyed = (static_cast<unsigned char>(*text) < ' ' && *text != '\n') || *text == '\x7f';
+      part[size++] = obeyed ? '?' : *text;
+    }
+    part[size] = '\0';
   }
+}
+
+/// Only the first thread that is past help tells; the others answer when it asks them, until the process has ended.
+void tellAlone() {
+  static std::atomic<long> teller{0};
+  const long self = syscall(SYS_gettid);
+  long none = 0;
+  if (teller.compare_exchange_strong(none, self)) return;
+  if (none == self) _exit(kHostFailed);  // past help a second time, while it told
+  for (;;) pause();
 }
 
 /// This thread's name, the operation that it is inside, and its stack.
@@ -81,6 +96,7 @@ void tellOtherThreads() {
 }
 
 void crashed(int signal) {
+  tellAlone();
   say("\nThe host crashed");
   sayHostPhase();
   say(": ");
@@ -94,6 +110,7 @@ void crashed(int signal) {
 
 /// The parent has waited for too long; see HostProcess.h.
 void overdue(int) {
+  tellAlone();
   say("\nThe host does not return");
   sayHostPhase();
   say(".\n");
@@ -123,6 +140,7 @@ void tellCrashes() {
 }
 
 void giveUp(const std::string& what) {
+  tellAlone();
   say("\n");
   sayHarmless(what.c_str());
   say("\n");

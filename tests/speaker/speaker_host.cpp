@@ -86,6 +86,21 @@ TEST_F(OwnHost, ThatDoesNotReturnIsNamedWithOperationAndStacks) {
   EXPECT_TRUE(has(output, "Thread assistant, inside VornStorage.open\n"));
 }
 
+/// Whoever gave up first tells of all threads, and nobody writes in between.
+TEST_F(OwnHost, ThatDoesNotReturnIsToldOnceHoweverManyWait) {
+  const std::string output = playOnIt("together 8 VornStorage.open\n", "--watchdog 1");
+  EXPECT_EQ(m_status, 3);
+  const std::size_t told = output.find("No answer on the thread assistant");
+  EXPECT_NE(told, std::string::npos) << output;
+  EXPECT_EQ(output.find("No answer", told + 1), std::string::npos) << output;
+  for (int thread = 1; thread <= 8; ++thread) {
+    const std::string name = "\nThread assistant " + std::to_string(thread) + ", inside VornStorage.open\n";
+    const std::size_t found = output.find(name);
+    EXPECT_NE(found, std::string::npos) << thread;
+    EXPECT_EQ(output.find(name, found + 1), std::string::npos) << thread;
+  }
+}
+
 TEST_F(OwnHost, AnswersAReplayDifferently) {
   const std::string recording = std::string(kFolder) + "/recording";
   run("record " + recording + " --scenario " + file("a.scenario", "assistant VornDeviceInfo.getVolume\n"));
