@@ -287,7 +287,7 @@ Value settled(const std::function<Value()>& read) {
   const auto start = std::chrono::steady_clock::now();
   for (auto since = start, time = start; g_patient && time - since < kStill && time - start < kAtMost;
        time = std::chrono::steady_clock::now()) {
-    std::this_thread::sleep_for(kBetween);
+    std::this_thread::sleep_for(kBetween);  // the host alone knows when it has followed
     const Value next = read();
     if (next != value) since = time;
     value = next;

@@ -292,7 +292,7 @@ struct GoodGuards : Device {
     state = wanted.substr(0, 12);
     turning.clear(std::memory_order_release);
   }
-  Result onLaunchTarget(std::string wanted) override {
+  Result onSearchAndPlay(std::string wanted) override {
     const std::unique_lock<std::shared_timed_mutex> lock(reading);
     target = std::to_string(wanted.size());
     return {true, ""};

@@ -645,7 +645,7 @@ struct PlayerThenDevice : Device {
 };
 struct ThreeInACircle : Device {
   std::mutex a, b, c;
-  Result onLaunchTarget(std::string) override {
+  Result onSearchAndPlay(std::string) override {
     const Lock first(a), second(b);
     return {true, ""};
   }
@@ -715,7 +715,7 @@ struct ClosesFiles : Device {
   }
 };
 struct ForkReturns : Device {
-  Result onLaunchTarget(std::string target) override {
+  Result onSearchAndPlay(std::string target) override {
     if (fork() == 0) execlp("/nowhere/launcher", target.c_str(), static_cast<char*>(nullptr));
     return {true, ""};
   }
@@ -835,13 +835,13 @@ VORN_HOST("teams threads", AdaptersCrossed, "setAnimation|clearGUICard|renderGUI
 VORN_HOST("teams threads", MutedLocked, "onMute")
 VORN_HOST("teams threads", ButtonLocked, "onSendKeystroke")
 VORN_HOST("teams threads", PlayerThenDevice, "onChangePlaybackNext|onChangePlaybackPrevious")
-VORN_HOST("teams threads", ThreeInACircle, "onLaunchTarget|onStartRecording|onStopRecording")
+VORN_HOST("teams threads", ThreeInACircle, "onSearchAndPlay|onStartRecording|onStopRecording")
 VORN_HOST("teams threads", ChannelBehindTwo, "onSkipChannel|onChangeChannel")
 VORN_HOST("teams threads", CountsBehindTwo, "onChangePlaybackPlay|onChangePlaybackStop")
 VORN_HOST("teams process", FactsFreed, "getDeviceInformation")
 VORN_HOST("teams process", ModesFreed, "onSetMode")
 VORN_HOST("teams process", ClosesFiles, "onStartRecording")
-VORN_HOST("teams process", ForkReturns, "onLaunchTarget")
+VORN_HOST("teams process", ForkReturns, "onSearchAndPlay")
 VORN_HOST("teams process", LeavesTimer, "destructor")
 VORN_HOST("teams process", AfterItsEnd, "onSendKeystroke|destructor")
 VORN_HOST("unload", ExitHandler, "the library|the host")

@@ -343,7 +343,7 @@ struct CardsByHour : Device {
     shown[static_cast<int>(payload.size() % 24)] = "results";
     return {true, ""};
   }
-  Result onLaunchTarget(std::string target) override {
+  Result onSearchAndPlay(std::string target) override {
     const Lock lock(other);
     shown.erase(static_cast<int>(target.size() % 24));
     return {true, ""};
@@ -430,7 +430,7 @@ struct CountsKeystrokes : Device {
 };
 VORN_HOST("same memory", CountsKeystrokes, "onSendKeystroke")
 VORN_HOST("same memory", ShortState, "alexaStateChanged")
-VORN_HOST("same memory", CardsByHour, "onSearchAndDisplayResults|onLaunchTarget")
+VORN_HOST("same memory", CardsByHour, "onSearchAndDisplayResults|onSearchAndPlay")
 VORN_HOST("same memory", InputBehindTwo, "onInputChange|onSendKeystroke")
 VORN_PLAYER("same memory", RepeatBehindTwo, "setRepeatAll|setRepeatOne")
 VORN_HOST("same memory", CopiedOutside, "changeAlexaLocale|getVSKCapabilities")
