@@ -1,12 +1,11 @@
 #include "Export.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <map>
 #include <ostream>
 #include <utility>
 
+#include "Loudness.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {
@@ -14,40 +13,6 @@ namespace vorn_speaker {
 namespace {
 
 using std::chrono::microseconds;
-
-/// How loud a block of sound is.
-struct Loudness {
-  std::size_t samples = 0;
-  int peak = 0;
-  int level = 0;
-};
-
-/// Of samples as a recording spells them: "[1, -2]".
-Loudness loudness(const std::string& spelled) {
-  Loudness sound;
-  double squares = 0;
-  for (const char* at = spelled.c_str(); *at;) {
-    char* end = nullptr;
-    const long sample = *at == '-' || (*at >= '0' && *at <= '9') ? std::strtol(at, &end, 10) : 0;
-    if (!end || end == at) {
-      ++at;
-      continue;
-    }
-    at = end;
-    ++sound.samples;
-    sound.peak = std::max(sound.peak, static_cast<int>(std::min(std::labs(sample), 32768L)));
-    squares += static_cast<double>(sample) * static_cast<double>(sample);
-  }
-  if (sound.samples > 0)
-    sound.level =
-        static_cast<int>(std::min(std::sqrt(squares / static_cast<double>(sound.samples)), 32768.0));
-  return sound;
-}
-
-bool isSound(const Crossing& call) {
-  return call.operation == "sendAudioData" && call.spelled.size() == 1 && !call.spelled[0].empty() &&
-         call.spelled[0][0] == '[';
-}
 
 /// Without the samples of sound, which nobody reads.
 std::vector<std::string> arguments(const Crossing& call) {

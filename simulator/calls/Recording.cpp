@@ -11,22 +11,18 @@
 #include <fstream>
 #include <limits>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <stdexcept>
 
+#include "text/Json.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
 constexpr char kFormat[] = "vorn-speaker";
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
-
-std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 /// What a field holds was not expected.
 struct Unfit : std::runtime_error {
@@ -62,12 +58,12 @@ Json orNull(const std::optional<Value>& value, Write write) {
   return value ? Json(write(*value)) : Json(nullptr);
 }
 
-std::chrono::microseconds microseconds(const Json& json) {
+std::chrono::microseconds duration(const Json& json) {
   return std::chrono::microseconds(whole(json, 0, kMost));
 }
 
-std::optional<std::chrono::microseconds> microsecondsOrNull(const Json& json) {
-  return json.is_null() ? std::nullopt : std::make_optional(microseconds(json));
+std::optional<std::chrono::microseconds> durationOrNull(const Json& json) {
+  return json.is_null() ? std::nullopt : std::make_optional(duration(json));
 }
 
 std::string name(const Json& json) {
@@ -139,11 +135,11 @@ const std::vector<Field>& fields() {
       {{"time", "when it began, in microseconds since the start"},
        Known::kAtBegin,
        [](const Crossing& call) { return Json(call.began.count()); },
-       [](const Json& json, Crossing& call) { call.began = microseconds(json); }},
+       [](const Json& json, Crossing& call) { call.began = duration(json); }},
       {{"duration", "how long it took, in microseconds"},
        Known::kAtReturn,
        [](const Crossing& call) { return Json(call.took.count()); },
-       [](const Json& json, Crossing& call) { call.took = microseconds(json); }},
+       [](const Json& json, Crossing& call) { call.took = duration(json); }},
       {{"thread", "the name of the thread: `assistant`, `firmware`, `microphone`, or a thread of the host's"},
        Known::kAtBegin,
        [](const Crossing& call) { return Json(call.thread); },
@@ -209,11 +205,11 @@ const std::vector<Field>& fields() {
         "how long it waited for the adapter's lock, in microseconds; `null` when that is not known"},
        Known::kMaybe,
        [](const Crossing& call) { return orNull(call.waited, count); },
-       [](const Json& json, Crossing& call) { call.waited = microsecondsOrNull(json); }},
+       [](const Json& json, Crossing& call) { call.waited = durationOrNull(json); }},
       {{"host", "how long the other side took, in microseconds; `null` when that is not known"},
        Known::kMaybe,
        [](const Crossing& call) { return orNull(call.host, count); },
-       [](const Json& json, Crossing& call) { call.host = microsecondsOrNull(json); }},
+       [](const Json& json, Crossing& call) { call.host = durationOrNull(json); }},
       {{"reached",
         "whether it got to the other side; `false` when the adapter answered its default, `null` when that "
         "is not known"},

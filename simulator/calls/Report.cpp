@@ -15,12 +15,12 @@ namespace {
 
 using Times = std::vector<std::int64_t>;
 
-constexpr int kNameWidth = 76;
+constexpr int kTitleWidth = 76;
 constexpr int kTimeWidth = 8;
 
-bool isSound(const Crossing& call) { return call.operation == "sendAudioData"; }
+bool isAudio(const Crossing& call) { return call.operation == "sendAudioData"; }
 
-bool isBlock(const Crossing& call) { return isSound(call) || call.operation == "sendData"; }
+bool isBlock(const Crossing& call) { return isAudio(call) || call.operation == "sendData"; }
 
 const char* arrow(Direction direction) {
   if (direction == Direction::kDown) return "    |----------------->|  ";
@@ -41,7 +41,7 @@ std::int64_t percentile(const Times& sorted, std::size_t hundredths) {
 }
 
 std::ostream& column(std::ostream& out, const std::string& name) {
-  return out << std::left << std::setw(kNameWidth) << name << std::right;
+  return out << std::left << std::setw(kTitleWidth) << name << std::right;
 }
 
 void table(std::ostream& out, const std::string& head, std::map<std::string, Times>& rows) {
@@ -112,7 +112,7 @@ class Side {
       const bool crosses = call.isDown() || call.direction == Direction::kUp;
       if (!crosses || call.target.empty() || call.reached == false || call.operation == "getEMPAdapter")
         continue;
-      if (!sound && isSound(call)) continue;
+      if (!sound && isAudio(call)) continue;
       // Several threads of one name are told apart by the order in which they came.
       std::map<int, int>& named = threads[call.thread];
       const int nth = named.emplace(call.threadNumber, static_cast<int>(named.size())).first->second;

@@ -9,7 +9,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
@@ -20,11 +19,10 @@
 #include "device/DataFolder.h"
 #include "language/Scenario.h"
 #include "text/Files.h"
+#include "text/Json.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -32,8 +30,6 @@ constexpr std::size_t kMostLines = std::size_t{64} << 20;
 constexpr std::size_t kLargestFile = std::size_t{4} << 20;
 constexpr std::size_t kLongestStatement = std::size_t{64} << 10;
 constexpr int kEndings[] = {SIGINT, SIGTERM, SIGHUP};
-
-std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string typeOf(const std::string& extension) {
   if (extension == ".html") return "text/html; charset=utf-8";

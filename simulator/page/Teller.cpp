@@ -3,20 +3,19 @@
 #include <vorn_testing/TraceLine.h>
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <utility>
 
+#include "calls/Loudness.h"
 #include "calls/Recording.h"
 #include "run/Postmortem.h"
 #include "run/TraceFile.h"
+#include "text/Json.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {
 
-using Json = nlohmann::ordered_json;
 using vorn_testing::TraceLine;
 
 namespace {
@@ -26,21 +25,11 @@ constexpr std::size_t kMostRecords = 256;
 constexpr std::chrono::milliseconds kMoment(250);  ///< A call that takes longer is told while it runs.
 constexpr int kMomentsAFigure = 4;
 
-std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 /// What stands in place of the samples of a block: how many, how loud.
 std::string sound(const Crossing& crossing) {
-  std::istringstream samples(crossing.clear.spelled.at(0).substr(1));
-  long peak = 0;
-  double squares = 0;
-  char comma = ',';
-  for (long sample = 0; comma == ',' && samples >> sample; samples >> comma) {
-    peak = std::max(peak, std::labs(sample));
-    squares += static_cast<double>(sample) * static_cast<double>(sample);
-  }
-  const double level = std::sqrt(squares / static_cast<double>(crossing.samples));
-  return ",\"samples\":" + std::to_string(crossing.samples) + ",\"peak\":" + std::to_string(peak) +
-         ",\"level\":" + std::to_string(std::lround(level));
+  const Loudness sound = loudness(crossing.clear.spelled.at(0));
+  return ",\"samples\":" + std::to_string(sound.samples) + ",\"peak\":" + std::to_string(sound.peak) +
+         ",\"level\":" + std::to_string(sound.level);
 }
 
 /// A recording's line of the call, with more fields at its end.

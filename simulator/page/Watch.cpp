@@ -7,23 +7,19 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
 #include "text/Files.h"
+#include "text/Json.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
 constexpr std::size_t kLongestLine = std::size_t{4} << 20;
 constexpr std::chrono::milliseconds kPause(100);
-
-std::string dumped(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 bool isHeader(const Json& json) {
   return json.is_object() && json.value("recording", Json()) == "vorn-speaker";

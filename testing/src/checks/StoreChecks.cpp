@@ -296,9 +296,9 @@ void newHost(Trial& trial) {
 }
 
 /// Changes a filled store in a process that is killed; then a host of this process looks.
-using Use = void (*)(const Store&, const std::string& known);
+using StoreUse = void (*)(const Store&, const std::string& known);
 
-void killed(Trial& trial, Use change, Use look) {
+void killed(Trial& trial, StoreUse change, StoreUse look) {
   const std::string known = filledBefore(trial);
   trial.inKilledProcess([&] {
     const Store store(trial);
