@@ -2,7 +2,7 @@
 # Vorn::Hardening  what the library is hardened with, in every build type that optimises
 
 option(VORN_STRICT "Treat warnings as errors" OFF)
-option(VORN_ONLY_CHECKED "For builds that nobody ships: optimise no tests and no vorn-speaker, which then are built in half the time" OFF)
+option(VORN_ONLY_CHECKED "For builds that nobody ships: optimise no tests and no vorn-speaker, and compile several sources at once, in half the time" OFF)
 option(VORN_OLD_STRING_ABI "Build everything for the older std::string, which some device toolchains keep" OFF)
 include(CheckCXXCompilerFlag)
 
