@@ -50,7 +50,11 @@ thread_local std::size_t t_used;
 thread_local bool t_watching;
 std::atomic<long> g_living;
 std::atomic<void*> g_watched;
-std::atomic<int> g_waiting;
+// A counter for each mutex that is watched in turn: who still stands in lock() of the one before leaves his own.
+std::atomic<std::size_t> g_turn;
+std::atomic<int> g_waiting[64];
+
+std::atomic<int>& waitingNow() { return g_waiting[g_turn % 64]; }
 
 template <class Function>
 Function* next(const char* name) {
@@ -125,11 +129,11 @@ Counts counts() { return t_counts; }
 void failAllocation(std::size_t nth) { t_failing = nth; }
 
 void watch(std::mutex& mutex) {
+  ++g_turn;
   g_watched = mutex.native_handle();
-  g_waiting = 0;
 }
 
-int waiting() { return g_waiting; }
+int waiting() { return waitingNow(); }
 
 Blocks::Blocks() {
   t_used = 0;
@@ -223,10 +227,10 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   ++t_counts.locks;
   if (t_watch.armed && t_watch.locks < kMost) t_watch.asked[t_watch.locks++] = mutex;
   if (point(interposed::kLock)) return EAGAIN;
-  const bool watched = g_watched == mutex;
-  if (watched) ++g_waiting;
+  std::atomic<int>* const waiting = g_watched == mutex ? &waitingNow() : nullptr;
+  if (waiting) ++*waiting;
   const int result = real(mutex);
-  if (watched) --g_waiting;
+  if (waiting) --*waiting;
   if (result == 0) ++t_held;
   return result;
 }
