@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "checks/Checks.h"
+#include "checks/Values.h"
 
 namespace vorn_testing {
 
@@ -49,10 +50,11 @@ struct HostCheckRun::State {
   HostMaker maker;
   HostDemands demands;
   checks::Known known;
+  checks::Values values;
 };
 
 HostCheckRun::HostCheckRun(HostMaker maker, HostDemands demands)
-    : m_state(new State{std::move(maker), std::move(demands), {}}) {
+    : m_state(new State{std::move(maker), std::move(demands), {}, {}}) {
   for (const auto* const areas : {&m_state->demands.without, &m_state->demands.required}) {
     for (const std::string& area : *areas) {
       if (std::find(hostAreas().begin(), hostAreas().end(), area) == hostAreas().end())
@@ -97,6 +99,12 @@ void HostCheckRun::remember(const HostCheck& check, const HostVerdict& verdict) 
       if (operation.name == culprit) m_state->known.dead.insert(culprit);
     }
   }
+}
+
+void HostCheckRun::noteValues() { m_state->values.note(m_state->maker, m_state->demands, m_state->known); }
+
+void HostCheckRun::putValuesBack() {
+  m_state->values.putBack(m_state->maker, m_state->demands, m_state->known);
 }
 
 HostVerdict runHostCheck(const HostCheck& check, const HostMaker& maker, const HostDemands& demands) {

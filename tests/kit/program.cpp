@@ -238,6 +238,19 @@ TEST(Conformance, SeesMemoryThatIsUsedAfterItWasFreed) {
       << outcome.output;
 }
 
+TEST(Conformance, LeavesTheValuesOfTheHostAsTheyWere) {
+  char folder[] = "/tmp/vorn-values-XXXXXX";
+  setenv("VORN_KIT_FOLDER", mkdtemp(folder), 1);
+  const std::string path = std::string(folder) + "/values", before = "7 1 fr-CA night Küche\n";
+  std::ofstream(path) << before;
+  run("--only 17/changeAlexaLocale/ --only onSetVolume/reported --only onMute/reported "
+      "--only setSystemSetting/answers --setting mode=day,dusk --setting name=Kitchen,Bath " VORN_HOSTS,
+      "2>&1", "GoodKeeping");
+  std::stringstream after;
+  after << std::ifstream(path).rdbuf();
+  EXPECT_EQ(after.str(), before);
+}
+
 TEST(Conformance, NamesItsChecksAndExplainsItself) {
   EXPECT_TRUE(says(run("--list --only /33/"),
                    "VornDALImplIF/33/getEMPAdapter/never-null\n  rule:   It never answers null."));

@@ -303,6 +303,7 @@ int run(const Options& options) {
   }
 
   vorn_testing::HostCheckRun checkRun(makerOf(options.library), options.demands);
+  checkRun.noteValues();
   Progress progress(std::cerr, isatty(STDERR_FILENO) == 1);
   for (const HostCheck& check : checks) {
     const auto start = std::chrono::steady_clock::now();
@@ -327,6 +328,7 @@ int run(const Options& options) {
     writeReports();
     progress.at(results.size(), checks.size());
   }
+  checkRun.putValuesBack();
   writeJUnitFile();
   progress.clear();
   printSummary(std::cout, options.library, results);

@@ -93,6 +93,14 @@ class HostCheckRun {
   /// Takes over how a check came out in an earlier run, so that the next ones know.
   void remember(const HostCheck& check, const HostVerdict& verdict);
 
+  /// Notes what the host says of its volume, mute, locale and the settings that the demands name.
+  /// @throws std::system_error  No process can be made.
+  void noteValues();
+
+  /// Sets again what checks have changed of what was noted, in so far as the host still does what it is told.
+  /// @throws std::system_error  No process can be made.
+  void putValuesBack();
+
  private:
   struct State;
   std::shared_ptr<State> m_state;

@@ -15,7 +15,7 @@
 #include <shared_mutex>
 #include <thread>
 
-#include "Host.h"
+#include "Filed.h"
 
 using namespace VornDeviceAbstractionLayer;
 
@@ -326,6 +326,19 @@ struct GoodBuffers : Device {
 };
 VORN_HOST("good", GoodGuards, "")
 VORN_HOST("good", GoodBuffers, "")
+/// Keeps its values in a file, for the next start.
+struct GoodKeeping : Device {
+  const std::string path = folder() + "/values";
+  GoodKeeping() {
+    std::ifstream in(path);
+    in >> volume >> muted >> locale >> settings["mode"] >> settings["name"];
+  }
+  ~GoodKeeping() override {
+    std::ofstream(path + "~") << volume << ' ' << muted << ' ' << locale << ' ' << settings["mode"] << ' '
+                              << settings["name"] << '\n';
+    std::rename((path + "~").c_str(), path.c_str());
+  }
+};
 /// Searches on a thread made for it, and keeps signals away while it writes.
 struct GoodSearcher : Device {
   Result onSearchAndPlay(std::string payload) override {
@@ -342,6 +355,7 @@ struct GoodSearcher : Device {
     return result;
   }
 };
+VORN_HOST("good", GoodKeeping, "")
 VORN_HOST("good", GoodSearcher, "")
 VORN_HOST("good", GoodDevice, "")
 VORN_HOST("good", GoodMemory, "")
