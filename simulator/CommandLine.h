@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "calls/Export.h"
+#include "recordings/Export.h"
 #include "page/Serve.h"
 #include "run/Replay.h"
 #include "run/Speaker.h"

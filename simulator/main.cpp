@@ -14,9 +14,9 @@
 
 #include "CommandLine.h"
 #include "Morning.h"
-#include "calls/Export.h"
-#include "calls/Recording.h"
-#include "calls/Report.h"
+#include "recordings/Export.h"
+#include "recordings/Recording.h"
+#include "recordings/Report.h"
 #include "device/DataFolder.h"
 #include "device/parts/DeviceFile.h"
 #include "language/Console.h"

@@ -19,7 +19,7 @@
 #include "device/DataFolder.h"
 #include "language/Scenario.h"
 #include "text/Files.h"
-#include "text/Json.h"
+#include "recordings/Json.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {

@@ -7,11 +7,11 @@
 #include <sstream>
 #include <utility>
 
-#include "calls/Loudness.h"
-#include "calls/Recording.h"
+#include "recordings/Loudness.h"
+#include "recordings/Recording.h"
 #include "run/Postmortem.h"
 #include "run/TraceFile.h"
-#include "text/Json.h"
+#include "recordings/Json.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "text/Files.h"
-#include "text/Json.h"
+#include "recordings/Json.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {

@@ -19,7 +19,7 @@
 #include "Worker.h"
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
-#include "calls/Recording.h"
+#include "recordings/Recording.h"
 #include "calls/Tally.h"
 #include "device/Adapters.h"
 #include "device/Attachments.h"

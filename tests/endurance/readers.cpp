@@ -12,8 +12,8 @@
 #include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
-#include "calls/Recording.h"
-#include "calls/Report.h"
+#include "recordings/Recording.h"
+#include "recordings/Report.h"
 #include "device/parts/DeviceFile.h"
 #include "device/sound/Sound.h"
 #include "language/Console.h"

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "calls/Recording.h"
+#include "recordings/Recording.h"
 #include "recordings/made.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "calls/Crossings.h"
-#include "calls/Recording.h"
+#include "recordings/Recording.h"
 #include "recordings/made.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "calls/Report.h"
+#include "recordings/Report.h"
 #include "recordings/made.h"
 #include "speaker/speaker_program.h"
 

@@ -14,8 +14,8 @@
 
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
-#include "calls/Recording.h"
-#include "calls/Report.h"
+#include "recordings/Recording.h"
+#include "recordings/Report.h"
 #include "calls/Tally.h"
 
 namespace {

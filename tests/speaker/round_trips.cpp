@@ -8,7 +8,7 @@
 
 #include <sstream>
 
-#include "calls/Recording.h"
+#include "recordings/Recording.h"
 #include "language/Operations.h"
 #include "text/Spelling.h"
 

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <map>
 
-#include "calls/Recording.h"
+#include "recordings/Recording.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
 #include "speaker/script.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Crossings.h"
+#include "calls/Crossings.h"
 #include "text/WholeFile.h"
 
 namespace vorn_speaker {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Crossings.h"
+#include "calls/Crossings.h"
 
 namespace vorn_speaker {
 

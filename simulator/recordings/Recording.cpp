@@ -14,7 +14,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "text/Json.h"
+#include "recordings/Json.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {
