@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "checks/Checks.h"
-#include "checks/Values.h"
+#include "checks/state/Values.h"
 
 namespace vorn_testing {
 
@@ -16,6 +16,7 @@ const checks::Checks& all() {
     auto* const made = new checks::Checks;
     checks::addCallChecks(*made);
     checks::addStoreChecks(*made);
+    checks::addDurabilityChecks(*made);
     checks::addSettingChecks(*made);
     checks::addLifeChecks(*made);
     checks::addHostChecks(*made);

@@ -20,6 +20,8 @@ Check checkOf(const Operation& operation, const std::string& name, const std::st
 void addCallChecks(Checks& checks);
 /// That the store keeps what it is given: slots 25 to 29.
 void addStoreChecks(Checks& checks);
+/// That it outlives its process.
+void addDurabilityChecks(Checks& checks);
 /// That settings, volume and mute are what they were set to.
 void addSettingChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.

@@ -6,91 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "Checks.h"
+#include "Store.h"
 
 namespace vorn_testing::checks {
 
 namespace {
-
-/// The host's store as one check uses it, with keys that no other check and no other run uses.
-class Store {
- public:
-  explicit Store(Trial& trial, Host& host) : m_trial(trial), m_host(host) {
-    trial.ask("open()", [&] { host.open(); });  // whether the others need it is the host's choice
-  }
-  explicit Store(Trial& trial) : Store(trial, trial.host()) {}
-
-  /// Writes, or ends the check when the host refuses.
-  void write(const Entries& entries) const {
-    bool done = false;
-    m_trial.ask("writeKeyValue(" + spelled(entries) + ")", [&] { done = m_host.writeKeyValue(entries); });
-    if (!done) m_trial.refused("writeKeyValue() answered false");
-  }
-
-  void remove(const Texts& keys) const {
-    bool done = false;
-    m_trial.ask("removeKeyValue(" + spelled(keys) + ")", [&] { done = m_host.removeKeyValue(keys); });
-    if (!done) m_trial.refused("removeKeyValue() answered false");
-  }
-
-  void clear() const {
-    bool done = false;
-    m_trial.ask("clear()", [&] { done = m_host.clear(); });
-    if (!done) m_trial.refused("clear() answered false");
-  }
-
-  bool open() const {
-    bool done = false;
-    m_trial.ask("open()", [&] { done = m_host.open(); });
-    return done;
-  }
-
-  /// Breaks the check when `key` does not hold `value`.
-  void expect(const std::string& key, const std::string& value) const {
-    const Entries found = read(key);
-    const auto entry = found.find(key);
-    if (entry == found.end() || entry->second != value)
-      m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found) + ", written was " +
-                     spelled(value));
-  }
-
-  /// Breaks the check when `key` holds a value. An empty one is a way to say that there is none.
-  void expectNone(const std::string& key) const {
-    const Entries found = read(key);
-    const auto entry = found.find(key);
-    if (entry != found.end() && !entry->second.empty())
-      m_trial.broken("readKeyValue(" + spelled(key) + ") answered " + spelled(found));
-  }
-
-  /// Writes and reads back, as the ground of a check that is about something else.
-  void presume(const Entries& entries) const {
-    const std::string reading = "VornDALImplIF/26/readKeyValue/";
-    m_trial.presume(reading + "reads-written", [&] {
-      write(entries);
-      for (const auto& entry : entries) expect(entry.first, entry.second);
-    });
-    m_trial.presume(reading + "reads-again",
-                    [&] { expect(entries.begin()->first, entries.begin()->second); });
-    m_trial.presume(reading + "invents-nothing",
-                    [&] { expectNone(entries.begin()->first + " is not there"); });
-  }
-
-  Entries read(const std::string& key) const {
-    Entries found;
-    m_trial.ask("readKeyValue(" + spelled(key) + ")", [&] { found = m_host.readKeyValue(key); });
-    return found;
-  }
-
- private:
-  Trial& m_trial;
-  Host& m_host;
-};
-
-std::string key(const std::string& name) {
-  static const std::string kRun =
-      std::to_string(std::chrono::system_clock::now().time_since_epoch().count()) + "/";
-  return "vorn-conformance/" + kRun + name;
-}
 
 /// A value is written and read.
 std::function<void(Trial&)> keeps(const std::function<std::string()>& value) {
@@ -100,41 +20,6 @@ std::function<void(Trial&)> keeps(const std::function<std::string()>& value) {
     store.write({{key("value"), value()}});
     store.expect(key("value"), value());
   };
-}
-
-/// Texts that some format, file system or language reads as something else.
-Texts odd() {
-  const std::string first(300, 'f');
-  return {"a\r\nb\rc\n",
-          "a\\nb\\\\c\\",
-          "%41%20%%",
-          "&amp;<a/>",
-          "\"quoted\" 'too'",
-          "{\"a\":[1,null]}",
-          "\xef\xbb\xbf\x61",
-          "a\xcc\x81 \xc3\xa1",
-          " \t blanks \t ",
-          "../..//./",
-          ".hidden",
-          "_own",
-          "*",
-          "a%",
-          "a_",
-          "?",
-          "#a",
-          "[a]",
-          "0x10",
-          "007",
-          "1e3",
-          "true",
-          "null",
-          "-",
-          "$HOME ${HOME}",
-          "a,b;c|d",
-          "a=b",
-          std::string("a\0b", 3),
-          first + "1",
-          first + "2"};
 }
 
 /// Each of them comes back as it was, also where a longer or a shorter one stood.
@@ -147,187 +32,7 @@ void asWritten(Trial& trial) {
   }
 }
 
-std::string everyByte() {
-  std::string bytes;
-  for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
-  return bytes;
-}
-
 std::string longValue() { return std::string(1 << 20, 'v'); }
-
-void demandDurable(Trial& trial) {
-  if (!trial.demands.durable) trial.notAsked("durability is not demanded (HostDemands::durable, --durable)");
-}
-
-/// Fills a store in a process that ends after its host was destroyed. Returns the key that holds "before".
-std::string filledBefore(Trial& trial) {
-  demandDurable(trial);
-  std::string known = key("known");  // the same in every process
-  trial.inKilledProcess([&] {
-    Store(trial).presume({{known, "before"}});
-    trial.destroy();
-  });
-  return known;
-}
-
-/// What a store must bring back: every byte in key and value, nothing, much.
-Entries difficult(const std::string& known) {
-  Entries entries;
-  for (int byte = 0; byte < 256; ++byte) {
-    const std::string text(1, static_cast<char>(byte));
-    entries[known + "/" + text + "/" + std::to_string(byte)] = text + "value" + text;
-  }
-  const std::string first(1000, 'f');
-  entries[known + first + "1"] = "one";
-  entries[known + first + "2"] = "two";
-  entries[known + "=a=b"] = "=c=d=";
-  entries[known + " b "] = "  blanks  ";
-  entries[known + "\nline"] = "first\nsecond\r\n\nthird";
-  for (const std::string& text : odd()) entries[known + "/" + text] = text;
-  entries[known + " empty"] = "";
-  entries[known + " all"] = everyByte();
-  entries[known + " long"] = std::string(300000, 'v');
-  for (int i = 0; i < 500; ++i) entries[known + " many " + std::to_string(i)] = std::to_string(i);
-  return entries;
-}
-
-void keepsDifficult(Trial& trial) {
-  const std::string known = filledBefore(trial);
-  const Entries entries = difficult(known);
-  trial.inKilledProcess([&] {
-    const Store store(trial);
-    store.write(entries);
-    for (const auto& entry : entries) store.expect(entry.first, entry.second);
-  });
-  const Store store(trial);
-  store.expect(known, "before");
-  for (const auto& entry : entries) store.expect(entry.first, entry.second);
-}
-
-/// Writing goes on after the store was made smaller.
-void writesAfterOthers(Trial& trial) {
-  const std::string known = filledBefore(trial);
-  const auto later = [&](const Entries& kept, const std::string& gone) {
-    trial.inKilledProcess([&] {
-      const Store store(trial);
-      for (const auto& entry : kept) store.expect(entry.first, entry.second);
-      store.expectNone(gone);
-    });
-  };
-  trial.inKilledProcess([&] {
-    const Store store(trial);
-    store.write({{known + " 1", "1"}, {known + " 2", "2"}});
-    store.remove({known + " 1"});
-    store.write({{known + " 3", "3"}});
-  });
-  trial.explain("after writing, removing and writing again");
-  later({{known + " 2", "2"}, {known + " 3", "3"}}, known + " 1");
-  trial.inKilledProcess([&] {
-    const Store store(trial);
-    store.clear();
-    store.write({{known + " 4", "4"}});
-  });
-  trial.explain("after clearing and writing again");
-  later({{known + " 4", "4"}}, known + " 3");
-}
-
-/// Killed at many moments while it writes: what was acknowledged is there, and what was there before.
-void killedWhileWriting(Trial& trial) {
-  const std::string known = filledBefore(trial);
-  const auto keyOf = [&](int round, int i) {
-    return known + "/" + std::to_string(round) + "/" + std::to_string(i);
-  };
-  const auto valueOf = [](int i) {
-    return std::to_string(i) + std::string(static_cast<std::size_t>(i % 7) * 150, 'w');
-  };
-  bool opens = false;
-  trial.inKilledProcess([&] {
-    const Store store(trial);
-    trial.acknowledged() = store.open();
-    Entries base;
-    for (int i = 0; i < 200; ++i) base[keyOf(-1, i)] = valueOf(i);
-    store.write(base);
-  });
-  opens = trial.acknowledged() != 0;
-  constexpr int kRounds = 16;
-  int total = 0;
-  std::vector<int> written;
-  for (int round = 0; round < kRounds; ++round) {
-    trial.acknowledged() = 0;
-    trial.explain("");
-    trial.inKilledProcess(
-        [&] {
-          const Store store(trial);
-          for (int i = 0; i < 100000; ++i) {
-            store.write({{keyOf(round, i % 60), valueOf(i % 60)}});
-            ++trial.acknowledged();
-          }
-        },
-        std::chrono::microseconds(3000 + round * 1700 + round * round * 90));
-    written.push_back(std::min(60, trial.acknowledged().load()));
-    total += trial.acknowledged();
-    const std::string when = "after the process was killed while it wrote";
-    trial.explain(when);
-    trial.inKilledProcess([&] {
-      const Store store(trial);
-      if (opens && !store.open()) trial.broken("open() answered false " + when);
-      store.expect(known, "before");
-      for (int i = 0; i < 200; ++i) store.expect(keyOf(-1, i), valueOf(i));
-      for (int old = 0; old <= round; ++old) {
-        for (int i = 0; i < written[static_cast<std::size_t>(old)]; ++i)
-          store.expect(keyOf(old, i), valueOf(i));
-      }
-    });
-  }
-  trial.saw(std::to_string(total) + " writes acknowledged in " + std::to_string(kRounds) +
-            " processes that were killed");
-}
-
-void opensWhenKilled(Trial& trial) {
-  const std::string known = filledBefore(trial);
-  trial.inKilledProcess([&] { trial.acknowledged() = Store(trial).open(); });
-  if (trial.acknowledged() == 0) trial.refused("open() answered false");
-  if (!Store(trial).open()) trial.broken("open() answered false after the process before was killed");
-}
-
-void newHost(Trial& trial) {
-  const std::string known = filledBefore(trial);
-  Store(trial).expect(known, "before");
-}
-
-/// Changes a filled store in a process that is killed; then a host of this process looks.
-using StoreUse = void (*)(const Store&, const std::string& known);
-
-void killed(Trial& trial, StoreUse change, StoreUse look) {
-  const std::string known = filledBefore(trial);
-  trial.inKilledProcess([&] {
-    const Store store(trial);
-    trial.presume("VornDALImplIF/27/writeKeyValue/new-host", [&] { store.expect(known, "before"); });
-    change(store, known);
-  });
-  look(Store(trial), known);
-}
-
-void writesThenKilled(Trial& trial) {
-  killed(
-      trial,
-      [](const Store& store, const std::string& known) {
-        store.write({{known, "after"}});
-      },
-      [](const Store& store, const std::string& known) { store.expect(known, "after"); });
-}
-
-void expectGone(const Store& store, const std::string& known) { store.expectNone(known); }
-
-void removesThenKilled(Trial& trial) {
-  killed(
-      trial, [](const Store& store, const std::string& known) { store.remove({known}); }, expectGone);
-}
-
-void clearsThenKilled(Trial& trial) {
-  killed(
-      trial, [](const Store& store, const std::string&) { store.clear(); }, expectGone);
-}
 
 // ---- readKeyValue ----
 
@@ -629,18 +334,62 @@ void usableWhenCleared(Trial& trial) {
 
 }  // namespace
 
+std::string key(const std::string& name) {
+  static const std::string kRun =
+      std::to_string(std::chrono::system_clock::now().time_since_epoch().count()) + "/";
+  return "vorn-conformance/" + kRun + name;
+}
+
+/// Texts that some format, file system or language reads as something else.
+Texts odd() {
+  const std::string first(300, 'f');
+  return {"a\r\nb\rc\n",
+          "a\\nb\\\\c\\",
+          "%41%20%%",
+          "&amp;<a/>",
+          "\"quoted\" 'too'",
+          "{\"a\":[1,null]}",
+          "\xef\xbb\xbf\x61",
+          "a\xcc\x81 \xc3\xa1",
+          " \t blanks \t ",
+          "../..//./",
+          ".hidden",
+          "_own",
+          "*",
+          "a%",
+          "a_",
+          "?",
+          "#a",
+          "[a]",
+          "0x10",
+          "007",
+          "1e3",
+          "true",
+          "null",
+          "-",
+          "$HOME ${HOME}",
+          "a,b;c|d",
+          "a=b",
+          std::string("a\0b", 3),
+          first + "1",
+          first + "2"};
+}
+
+std::string everyByte() {
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
+  return bytes;
+}
+
 void addStoreChecks(Checks& checks) {
   const auto add = [&](int slot, const char* name, const char* rule, const char* remedy,
                        const std::function<void(Trial&)>& run) {
     checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
   };
   constexpr int kOpen = 25, kRead = 26, kWrite = 27, kRemove = 28, kClear = 29;
-  const char* const kDurable = "Hand the change to the medium, as by fsync(), before you answer true.";
 
   add(kOpen, "keeps", "Opening a store that is open changes nothing in it.",
       "Answer true at once when the store is open.", openKeeps);
-  add(kOpen, "killed", "A store whose process was killed can be opened again.",
-      "Leave no mark that only an orderly end takes away.", opensWhenKilled);
   add(kOpen, "in-use", "Opening comes without a lock, also while others write, and loses nothing of theirs.",
       "Guard the store with one mutex, open() included.", openInUse);
 
@@ -680,18 +429,6 @@ void addStoreChecks(Checks& checks) {
       "Hold one mutex from reading the store to writing it back.", writesFromThreads);
   add(kWrite, "as-written", "A value is read as it was written, whatever some format takes it for.",
       "Store bytes: no lines, escapes, entities, numbers or names of files.", asWritten);
-  add(kWrite, "new-host", "What was stored is there for the host of the next process.",
-      "Keep the store in a file, and find it again when a host is made or opened.", newHost);
-  add(kWrite, "difficult",
-      "What was stored is there for the next process, whatever bytes, sizes and numbers.",
-      "Store keys and values by length, not as lines or C strings.", keepsDifficult);
-  add(kWrite, "after-others",
-      "What was stored after a removal or clearing is there for the next process too.",
-      "Go on in the file that is in place, not in one that was replaced.", writesAfterOthers);
-  add(kWrite, "killed-writing",
-      "However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.",
-      "Write a new file aside, hand it to the medium, and rename it over the old one.", killedWhileWriting);
-  add(kWrite, "killed", "What was stored is there after the process was killed.", kDurable, writesThenKilled);
 
   add(kRemove, "removes", "A key that was removed is not read any more.",
       "Answer false when you do not remove.", removes);
@@ -708,15 +445,12 @@ void addStoreChecks(Checks& checks) {
       "Remove what equals the key, no more.", removeLeavesOthers);
   add(kRemove, "empty-list", "Removing an empty list changes nothing.", "Do not take an empty list for all.",
       emptyList);
-  add(kRemove, "killed", "What was removed is gone after the process was killed.", kDurable,
-      removesThenKilled);
 
   add(kClear, "clears", "After clearing nothing is left.", "Answer false when you do not clear.", clears);
   add(kClear, "odd-keys", "Nothing is left, whatever a key begins with.", "Keep nothing back from clear().",
       clearsOdd);
   add(kClear, "usable", "A store that was cleared can be used at once.", "Leave the store open.",
       usableWhenCleared);
-  add(kClear, "killed", "What was cleared is gone after the process was killed.", kDurable, clearsThenKilled);
 }
 
 }  // namespace vorn_testing::checks

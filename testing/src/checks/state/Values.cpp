@@ -10,7 +10,7 @@
 #include <system_error>
 #include <vector>
 
-#include "Checks.h"
+#include "../Checks.h"
 
 namespace vorn_testing::checks {
 

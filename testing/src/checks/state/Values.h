@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "Trial.h"
+#include "../Trial.h"
 
 namespace vorn_testing::checks {
 
