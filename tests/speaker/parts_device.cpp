@@ -246,6 +246,35 @@ TEST_F(DisplayTest, CountsTheColumnsOfWideCharactersAndOfMarks) {
             "└────────────────────────────┘\n");
 }
 
+std::string utf8(char32_t code) {
+  if (code < 0x800) return {static_cast<char>(0xc0 | code >> 6), static_cast<char>(0x80 | (code & 0x3f))};
+  std::string text{static_cast<char>(0x80 | (code >> 6 & 0x3f)), static_cast<char>(0x80 | (code & 0x3f))};
+  if (code < 0x10000) return static_cast<char>(0xe0 | code >> 12) + text;
+  return std::string{static_cast<char>(0xf0 | code >> 18), static_cast<char>(0x80 | (code >> 12 & 0x3f))} +
+         text;
+}
+
+TEST_F(DisplayTest, GivesEachCharacterItsColumns) {
+  const std::map<std::size_t, std::vector<char32_t>> kCodes = {
+      {0, {0x300, 0x36f, 0x20d0, 0x20ff, 0xfe0e, 0xfe0f}},
+      {1, {0xe9,    0x2ff,   0x370,   0x10ff,  0x1160,  0x20cf,  0x2100, 0x2e7f, 0x303f,
+           0xa4d0,  0xabff,  0xd7a4,  0xf8ff,  0xfb00,  0xfe10,  0xfe70, 0xff61, 0xffe7,
+           0x1f2ff, 0x1f650, 0x1f67f, 0x1f700, 0x1f8ff, 0x1fa00, 0x1ffff}},
+      {2, {0x1100,  0x115f,  0x2e80,  0x303e,  0x3041,  0xa4cf,  0xac00,  0xd7a3,
+           0xf900,  0xfaff,  0xfe30,  0xfe6f,  0xff01,  0xff60,  0xffe0,  0xffe6,
+           0x1f300, 0x1f64f, 0x1f680, 0x1f6ff, 0x1f900, 0x1f9ff, 0x20000, 0x3fffd}}};
+  for (const auto& [columns, codes] : kCodes) {
+    for (const char32_t code : codes) {
+      m_out.str("");
+      m_display.card(R"({"title": "t", "text": "a)" + utf8(code) + "\"}");
+      EXPECT_NE(m_out.str().find("│ a" + utf8(code) + std::string(26 - columns, ' ') + "│\n"),
+                std::string::npos)
+          << std::hex << static_cast<std::uint32_t>(code) << " does not take " << columns << ":\n"
+          << m_out.str();
+    }
+  }
+}
+
 TEST_F(DisplayTest, ShowsACardThatIsNestedTooDeepAsItIs) {
   const std::string deep = std::string(100000, '[') + std::string(100000, ']');
   m_display.card("{\"title\": \"a\", \"text\": " + deep + "}");

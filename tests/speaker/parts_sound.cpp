@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <csignal>
+#include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 #include "device/sound/Microphone.h"
@@ -254,6 +260,54 @@ TEST(SinkTest, NamesAFileThatItCannotWriteAndTheRemedy) {
   } catch (const std::runtime_error& error) {
     EXPECT_NE(std::string(error.what()).find("/nowhere/out.wav: cannot be written"), std::string::npos);
   }
+}
+
+/// A folder in which somebody has a file, played into by a process of its own.
+class OthersFile : public testing::Test {
+ protected:
+  OthersFile() {
+    chmod(m_folder, 0777);
+    std::ofstream(m_path) << "dear to somebody";
+  }
+  ~OthersFile() override { std::filesystem::remove_all(m_folder); }
+
+  /// What the folder holds when the sink has gone, or what the sink said.
+  [[noreturn]] void play() const {
+    try {
+      WavSink(m_path).play(Sound::fromFile("/tmp/tone.wav"));
+    } catch (const std::runtime_error& error) {
+      std::cerr << error.what() << "\n";
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder))
+      std::cerr << entry.path().filename().string() << ": " << std::ifstream(entry.path()).rdbuf() << "\n";
+    std::_Exit(0);
+  }
+
+  char m_folder[40] = "/tmp/vorn-sink-XXXXXX";
+  const std::string m_path = std::string(mkdtemp(m_folder)) + "/out.wav";
+};
+
+TEST_F(OthersFile, StaysWhenItMayNotBeWritten) {
+  chmod(m_path.c_str(), 0444);
+  EXPECT_EXIT(
+      {
+        if (geteuid() == 0 && setuid(65534) != 0) std::_Exit(1);
+        play();
+      },
+      testing::ExitedWithCode(0), "^/tmp/[^:]*: cannot be written: [^\n]*\nout.wav: dear to somebody\n$");
+}
+
+TEST_F(OthersFile, StaysWhenTheDiskIsFullAndNothingElseIsLeft) {
+  writeTone("/tmp/tone.wav", WavSink::kRate, 1);
+  rlimit small{};
+  small.rlim_cur = small.rlim_max = 1000;
+  EXPECT_EXIT(
+      {
+        std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &small);
+        play();
+      },
+      testing::ExitedWithCode(0), "^/tmp/[^:]*: [^\n]*is the disk full[^\n]*\nout.wav: dear to somebody\n$");
 }
 
 TEST(SinkTest, NamesADeviceThatIsNotThere) {

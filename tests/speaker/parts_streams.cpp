@@ -39,6 +39,7 @@ class Streams : public testing::Test {
       m_calls += call.target + "." + call.operation;
       for (const std::string& argument : call.arguments) m_calls += " " + argument;
       m_calls += "\n";
+      if (call.target == "VornAttachmentReaderContainerInterfaceImpl") m_containers.insert(call.object);
     });
     m_players["SpeechPlayer"] = std::make_shared<RecordedPlayer>("SpeechPlayer", m_ear, m_recorder);
     VornMediaPlayerFactory::CreateInstance(m_players);
@@ -48,6 +49,7 @@ class Streams : public testing::Test {
   std::string calls() { return std::exchange(m_calls, std::string()); }
 
   std::string m_calls;
+  std::set<const void*> m_containers;  ///< Those that were called.
   const std::shared_ptr<vorn_testing::Recorder> m_recorder = std::make_shared<vorn_testing::Recorder>();
   const std::shared_ptr<Ear> m_ear = std::make_shared<Ear>();
   PlayerTable m_players;
@@ -97,6 +99,20 @@ TEST_F(Streams, ReachThePlayerInBlocksAndAreHeardAtTheirEnd) {
             "VornAttachmentReaderContainerInterfaceImpl.notifyEndOfStream\n");
   ASSERT_EQ(m_ear->sounds.size(), 1U);
   EXPECT_EQ(m_ear->sounds[0].samples, Sound::fromFile(VORN_DATA "/answer.wav").samples);
+}
+
+TEST_F(Streams, TellOfOneContainerUntilAnotherIsMade) {
+  for (int turn = 0; turn < 2; ++turn) {
+    m_attachments.createContainer();
+    m_attachments.subscribe("SpeechPlayer");
+    m_attachments.sendData(VORN_DATA "/answer.wav");
+    m_attachments.endOfStream();
+    m_attachments.close("done");
+    m_attachments.unsubscribe();
+    EXPECT_EQ(m_containers.size(), 1U);
+    EXPECT_EQ(m_containers.count(nullptr), 0U);
+    m_containers.clear();
+  }
 }
 
 TEST_F(Streams, ReachNobodyOnceThePlayerLeft) {
