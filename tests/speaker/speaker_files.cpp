@@ -427,4 +427,19 @@ TEST_F(Running, PrintsWhatItHasWhenItIsEnded) {
   }
 }
 
+TEST_F(Running, GoesOnWhereWhoStartedItLetsSignalsBeIgnored) {
+  for (const char* signal : {"HUP", "INT", "TERM"}) {
+    const std::string said = output(
+        "cd " + std::string(kFolder) + " && rm -f in out && mkfifo in && trap '' " + signal +
+        " && { " VORN_SPEAKER_PROGRAM
+        " --state state console <in >out 2>&1 & } && exec 3>in &&"
+        " echo assistant VornDeviceInfo.getVolume >&3 && until grep -q 'getVolume() =' out; do :; done &&"
+        " kill -" +
+        signal +
+        " $! && echo assistant VornDeviceInfo.getTimezone >&3 && exec 3>&- && wait $!;"
+        " echo $?; cat out");
+    EXPECT_TRUE(matches(said, "^0\n.*getTimezone\\(\\) =")) << signal << ": " << said;
+  }
+}
+
 }  // namespace
