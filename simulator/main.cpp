@@ -14,22 +14,21 @@
 
 #include "CommandLine.h"
 #include "Morning.h"
-#include "recordings/Export.h"
-#include "recordings/Recording.h"
-#include "recordings/Report.h"
 #include "device/DataFolder.h"
 #include "device/parts/DeviceFile.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
 #include "page/Serve.h"
 #include "page/Teller.h"
+#include "recordings/Export.h"
+#include "recordings/Recording.h"
+#include "recordings/Report.h"
 #include "run/HostProcess.h"
 #include "run/Postmortem.h"
 #include "run/Replay.h"
 #include "run/Speaker.h"
 #include "run/TraceFile.h"
 #include "text/Files.h"
-#include "text/WholeFile.h"
 
 namespace {
 

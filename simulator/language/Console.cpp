@@ -14,7 +14,7 @@
 
 #include "text/Lines.h"
 #include "text/Secrets.h"
-#include "text/WholeFile.h"
+#include "text/Files.h"
 
 namespace vorn_speaker {
 

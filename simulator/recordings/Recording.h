@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "calls/Crossings.h"
-#include "text/WholeFile.h"
+#include "text/Files.h"
 
 namespace vorn_speaker {
 

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <vorn_testing/WholeFile.h>
+
 #include <cstddef>
 #include <string>
 
 namespace vorn_speaker {
+
+using vorn_testing::NotWritten;
+using vorn_testing::refuseToReplace;
+using vorn_testing::WholeFile;
 
 /// The whole of a file. A pipe may stand in for one, as a shell's <(...) does; none is waited for.
 /// @throws std::runtime_error  Names the file and the reason: it cannot be read, is a folder, holds more than `most` bytes.

@@ -1,7 +1,5 @@
 #include "Lines.h"
 
-#include <vorn_testing/Text.h>
-
 namespace vorn_speaker {
 
 namespace {
@@ -21,18 +19,6 @@ std::vector<std::string> lines(const std::string& text) {
     at = end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1);
   }
   return all;
-}
-
-std::string oneLine(const std::string& text) {
-  std::string line;
-  for (const char c : vorn_testing::harmless(text)) {
-    if (c == '\n') {
-      line += "\\n";
-    } else {
-      line += c;
-    }
-  }
-  return line;
 }
 
 std::string excerpt(const std::string& text) {

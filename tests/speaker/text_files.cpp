@@ -15,7 +15,6 @@
 
 #include "support/eventually.h"
 #include "text/Files.h"
-#include "text/WholeFile.h"
 
 namespace {
 

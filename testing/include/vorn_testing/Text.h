@@ -23,6 +23,9 @@ bool isUtf8(const std::string& text);
 /// shown as "\x1b". Line feeds stay.
 std::string harmless(const std::string& text);
 
+/// The same on one line: a line feed is shown as "\n".
+std::string oneLine(const std::string& text);
+
 /// How many letters must be put in, taken out or changed to make one word of the other, whatever their case; or `limit`,
 /// when it is no less. Words of too different lengths are not looked at.
 std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right);

@@ -86,6 +86,18 @@ std::string harmless(const std::string& text) {
   return result;
 }
 
+std::string oneLine(const std::string& text) {
+  std::string line;
+  for (const char c : harmless(text)) {
+    if (c == '\n') {
+      line += "\\n";
+    } else {
+      line += c;
+    }
+  }
+  return line;
+}
+
 std::size_t distanceBelow(std::size_t limit, const std::string& left, const std::string& right) {
   const std::size_t apart = std::max(left.size(), right.size()) - std::min(left.size(), right.size());
   return apart >= limit ? limit : std::min(limit, distance(left, right));

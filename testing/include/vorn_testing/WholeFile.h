@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace vorn_speaker {
+namespace vorn_testing {
 
 /// A file could not be written whole; what() names it and the reason.
 class NotWritten : public std::runtime_error {
@@ -20,12 +20,13 @@ class NotWritten : public std::runtime_error {
 void refuseToReplace(const std::string& path, const std::string& problem, std::size_t size,
                      const std::function<bool(const std::string& first)>& ours);
 
-/// A file that only its owner may read, and that appears whole where it takes the place of another: it is written aside
-/// and renamed. What is no regular file, such as a pipe or a device, is written as it is.
+/// A file that appears whole where it takes the place of another: it is written aside and renamed. What is no regular file,
+/// such as a pipe or a device, is written as it is.
 class WholeFile {
  public:
+  /// `mode` is the file's, as open() takes it; by default only its owner may read it.
   /// @throws NotWritten
-  explicit WholeFile(const std::string& path);
+  explicit WholeFile(const std::string& path, unsigned mode = 0600);
 
   /// Removes what it made and never finished.
   ~WholeFile();
@@ -50,4 +51,4 @@ class WholeFile {
   std::unique_ptr<std::ostream> m_stream;
 };
 
-}  // namespace vorn_speaker
+}  // namespace vorn_testing

@@ -1,4 +1,4 @@
-#include "WholeFile.h"
+#include "vorn_testing/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,9 +13,9 @@
 #include <locale>
 #include <streambuf>
 
-#include "Lines.h"
+#include "vorn_testing/Text.h"
 
-namespace vorn_speaker {
+namespace vorn_testing {
 
 /// Writes to a descriptor, and keeps the reason of the first failure.
 class WholeFile::Bytes : public std::streambuf {
@@ -79,7 +79,7 @@ void refuseToReplace(const std::string& path, const std::string& problem, std::s
     throw std::runtime_error(oneLine(path) + " is there already and " + problem + "; choose another name");
 }
 
-WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
+WholeFile::WholeFile(const std::string& path, unsigned mode) : m_path(path), m_target(path) {
   if (char* const real = ::realpath(path.c_str(), nullptr)) {
     m_target = real;
     std::free(real);
@@ -90,9 +90,12 @@ WholeFile::WholeFile(const std::string& path) : m_path(path), m_target(path) {
   if (exists && S_ISREG(there.st_mode)) {
     m_made = m_target + ".XXXXXX";
     descriptor = ::mkostemp(&m_made[0], O_CLOEXEC);
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    if (descriptor >= 0) ::fchmod(descriptor, mode & ~mask);
   } else {
     const int flags = O_WRONLY | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL);
-    descriptor = ::open(m_target.c_str(), flags, S_IRUSR | S_IWUSR);
+    descriptor = ::open(m_target.c_str(), flags, mode);
     if (!exists) m_made = m_target;
   }
   if (descriptor < 0) fail(errno);
@@ -117,4 +120,4 @@ void WholeFile::fail(int error) const {
   throw NotWritten(m_path + " cannot be written: " + std::strerror(error));
 }
 
-}  // namespace vorn_speaker
+}  // namespace vorn_testing
