@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -37,6 +38,12 @@ Outcome run(const std::string& arguments, const std::string& streams = "2>&1", c
     outcome.output.append(bytes.data(), count);
   outcome.status = WEXITSTATUS(pclose(pipe));
   return outcome;
+}
+
+std::string contentOf(const std::string& path) {
+  std::ostringstream content;
+  content << std::ifstream(path, std::ios::binary).rdbuf();
+  return content.str();
 }
 
 bool says(const Outcome& outcome, const std::string& words) {
@@ -246,9 +253,50 @@ TEST(Conformance, LeavesTheValuesOfTheHostAsTheyWere) {
   run("--only 17/changeAlexaLocale/ --only onSetVolume/reported --only onMute/reported "
       "--only setSystemSetting/answers --setting mode=day,dusk --setting name=Kitchen,Bath " VORN_HOSTS,
       "2>&1", "GoodKeeping");
-  std::stringstream after;
-  after << std::ifstream(path).rdbuf();
-  EXPECT_EQ(after.str(), before);
+  EXPECT_EQ(contentOf(path), before);
+}
+
+TEST(Conformance, PutsAReportInThePlaceOfNothingElse) {
+  for (const char* option : {"--junit", "--json", "--resume --json"}) {
+    std::ofstream("/tmp/hostkit-precious") << "precious vorn-conformance \n";
+    const Outcome outcome =
+        run(std::string("--only /15/ ") + option + " /tmp/hostkit-precious " VORN_GOOD_HOST);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(says(outcome, "is there already and is no report of vorn-conformance; choose another name"))
+        << outcome.output;
+    EXPECT_EQ(contentOf("/tmp/hostkit-precious"), "precious vorn-conformance \n");
+  }
+}
+
+TEST(Conformance, PutsAReportInThePlaceOfAnEarlierOneBehindALinkThatStays) {
+  std::filesystem::remove("/tmp/hostkit-link");
+  std::filesystem::create_symlink("hostkit-report", "/tmp/hostkit-link");
+  for (const char* option : {"--junit", "--json"}) {
+    std::ofstream("/tmp/hostkit-report").close();
+    const std::string arguments = std::string("--only /15/ ") + option + " /tmp/hostkit-link " VORN_GOOD_HOST;
+    EXPECT_EQ(run(arguments).status, 0);
+    EXPECT_EQ(run(arguments).status, 0);
+    const std::string report = contentOf("/tmp/hostkit-report"), id = "VornDALImplIF/15/getTimezone/utf8";
+    const std::string once = id.substr(option[3] == 'u' ? id.find('/') + 1 : 0) + '"';
+    EXPECT_TRUE(report.find(once) != report.npos && report.find(once) == report.rfind(once)) << report;
+    EXPECT_TRUE(std::filesystem::is_symlink("/tmp/hostkit-link"));
+  }
+}
+
+TEST(Conformance, WritesAReportOnceWhereItIsReadAtOnce) {
+  const std::string xml = run("--only /15/ --junit /dev/stdout " VORN_GOOD_HOST).output;
+  const std::size_t first = xml.find("<testsuites>");
+  EXPECT_TRUE(first != xml.npos && xml.find("<testsuites>", first + 1) == xml.npos) << xml;
+  EXPECT_NE(xml.find("</testsuites>"), xml.npos);
+  EXPECT_TRUE(says(run("--only /15/getTimezone/utf8 --json /dev/stdout " VORN_GOOD_HOST), "{\"check\":\""));
+  EXPECT_TRUE(std::filesystem::is_symlink("/dev/stdout"));
+}
+
+TEST(Conformance, WritesNoTwoReportsIntoOneFile) {
+  const Outcome outcome =
+      run("--only /15/ --junit /tmp/hostkit-one --json /tmp/../tmp/hostkit-one " VORN_GOOD_HOST);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_TRUE(says(outcome, "--junit and --json name one file")) << outcome.output;
 }
 
 TEST(Conformance, NamesItsChecksAndExplainsItself) {

@@ -1,14 +1,14 @@
 #include "Result.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 #include <vorn_testing/Text.h>
+#include <vorn_testing/WholeFile.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <set>
 #include <stdexcept>
 
@@ -20,8 +20,10 @@ using vorn_testing::HostVerdict;
 namespace {
 
 constexpr std::size_t kSlowest = 5;
+constexpr std::size_t kLongestHead = 1 << 16;
 constexpr std::size_t kFrames = 36;
 
+constexpr char kXml[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 const char* const kKinds[] = {"kept", "broken", "not asked", "remark"};
 
 std::string decimal(double value, const char* unit) {
@@ -182,7 +184,7 @@ void printSummary(std::ostream& out, const std::string& library, const std::vect
 void writeJUnit(std::ostream& out, const Facts& facts, const std::vector<Result>& results) {
   double took = 0;
   for (const Result& result : results) took += result.took.count();
-  out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n  <testsuite name=\"";
+  out << kXml << "<testsuites>\n  <testsuite name=\"";
   for (const auto& fact : facts) {
     if (fact.first == "host") out << escaped(fact.second);
   }
@@ -242,39 +244,25 @@ std::pair<std::string, HostVerdict> resultOf(const std::string& line) {
   return {valueOf(line, "check"), verdict};
 }
 
-namespace {
-
-void writeWhole(const std::string& path, int flags, const std::string& content) {
-  const int file = open(path.c_str(), flags | O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  std::size_t done = 0;
-  while (file >= 0 && done < content.size()) {
-    const ssize_t written = write(file, content.data() + done, content.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) break;
-    done += static_cast<std::size_t>(written);
-  }
-  const int error = errno;
-  const bool closed = file >= 0 && close(file) == 0;
-  if (done < content.size() || !closed)
-    throw std::runtime_error(path + " cannot be written: " + std::strerror(error));
+void writeReport(const std::string& path, const std::string& content) {
+  vorn_testing::WholeFile file(path, 0666);
+  file.stream() << content;
+  file.finish();
 }
 
-}  // namespace
-
-void replaceFile(const std::string& path, const std::string& content) {
-  const std::string aside = path + "~" + std::to_string(getpid());
-  try {
-    writeWhole(aside, O_TRUNC, content);
-  } catch (...) {
-    unlink(aside.c_str());
-    throw;
-  }
-  if (rename(aside.c_str(), path.c_str()) == 0) return;
-  const int error = errno;
-  unlink(aside.c_str());
-  throw std::runtime_error(path + " cannot be written: " + std::strerror(error));
+void refuseUnlessReport(const std::string& path) {
+  vorn_testing::refuseToReplace(
+      path, "is no report of vorn-conformance", kLongestHead, [](const std::string& first) {
+        const std::size_t tool = first.find("vorn-conformance ");
+        const bool isXml = first.compare(0, sizeof kXml - 1, kXml) == 0, isJson = first[0] == '{';
+        return tool < first.find(isJson ? "\n" : "</properties>") && (isXml || isJson);
+      });
 }
 
-void appendLine(const std::string& path, const std::string& line) { writeWhole(path, O_APPEND, line + "\n"); }
+void appendLine(const std::string& path, const std::string& line) {
+  std::ofstream file(path, std::ios::app);
+  if (!(file << line << std::endl))
+    throw std::runtime_error(path + " cannot be written: " + std::strerror(errno));
+}
 
 }  // namespace vorn_conformance

@@ -48,9 +48,13 @@ std::string jsonOf(const Result& result);
 /// The check and the verdict of a line that jsonOf() made; an empty name for any other line.
 std::pair<std::string, vorn_testing::HostVerdict> resultOf(const std::string& line);
 
-/// Replaces the file in one go, so that it is whole at any moment.
+/// Refuses to put a report in the place of what is none.
+/// @throws std::runtime_error
+void refuseUnlessReport(const std::string& path);
+
+/// Puts a report in the place of an earlier one in one go, so that it is whole at any moment.
 /// @throws std::runtime_error  It cannot be written.
-void replaceFile(const std::string& path, const std::string& content);
+void writeReport(const std::string& path, const std::string& content);
 
 /// Adds a line to a file.
 /// @throws std::runtime_error  It cannot be written.

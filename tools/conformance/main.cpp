@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -29,6 +30,8 @@ using vorn_testing::HostCheck;
 using vorn_testing::HostDemands;
 using vorn_testing::HostMaker;
 using vorn_testing::HostVerdict;
+using vorn_testing::oneLine;
+namespace fs = std::filesystem;
 
 constexpr int kKept = 0, kBroken = 1, kNothingChecked = 2, kHostFailed = 3;
 
@@ -244,7 +247,7 @@ std::map<std::string, HostVerdict> earlier(const Options& options, const Facts& 
     if (!result.first.empty()) known.insert(result);
   }
   file.close();
-  replaceFile(options.json, whole);
+  writeReport(options.json, whole);
   return known;
 }
 
@@ -254,6 +257,13 @@ HostMaker makerOf(const std::string& path) {
     if (!*library) *library = std::make_unique<vorn_testing::HostLibrary>(path);
     return (*library)->makeHost();
   };
+}
+
+/// One name for every way to a file.
+fs::path nameOf(const std::string& path) {
+  std::error_code none;
+  const fs::path name = fs::weakly_canonical(path, none);
+  return none ? fs::path(path) : name;
 }
 
 int run(const Options& options) {
@@ -266,21 +276,27 @@ int run(const Options& options) {
     std::cout << "\n";
     return kKept;
   }
+  for (const std::string& file : {options.junit, options.json})
+    if (!file.empty()) refuseUnlessReport(file);
+  if (!options.junit.empty() && nameOf(options.junit) == nameOf(options.json))
+    throw Problem("--junit and --json name one file: " + oneLine(options.json) + "; name two");
   const Facts facts = factsOf(options);
   std::vector<Result> results;
-  const auto writeJUnitFile = [&] {
-    if (options.junit.empty()) return;
+  const auto writeJUnitFile = [&](bool last) {
+    // A pipe takes it once.
+    if (options.junit.empty() || (!last && fs::exists(options.junit) && !fs::is_regular_file(options.junit)))
+      return;
     std::ostringstream xml;
     writeJUnit(xml, facts, results);
-    replaceFile(options.junit, xml.str());
+    writeReport(options.junit, xml.str());
   };
   const auto writeReports = [&] {
-    writeJUnitFile();
+    writeJUnitFile(false);
     if (!options.json.empty()) appendLine(options.json, jsonOf(results.back()));
   };
   const auto known = options.resume ? earlier(options, facts) : std::map<std::string, HostVerdict>();
-  if (!options.json.empty() && known.empty()) replaceFile(options.json, jsonOf(facts) + "\n");
-  writeJUnitFile();
+  if (!options.json.empty() && known.empty()) writeReport(options.json, jsonOf(facts) + "\n");
+  writeJUnitFile(false);
 
   Printer printer(std::cout);
   const vorn_testing::LibraryTrial trial =
@@ -296,6 +312,7 @@ int run(const Options& options) {
                        {}});
     writeReports();
     if (!trial.makesHosts) {
+      writeJUnitFile(true);
       std::cerr << "vorn-conformance: " << options.library << ": " << trial.failure << "\n";
       return kHostFailed;
     }
@@ -329,7 +346,7 @@ int run(const Options& options) {
     progress.at(results.size(), checks.size());
   }
   checkRun.putValuesBack();
-  writeJUnitFile();
+  writeJUnitFile(true);
   progress.clear();
   printSummary(std::cout, options.library, results);
   if (count(results, HostVerdict::kBroken)) return kBroken;
