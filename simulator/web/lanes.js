@@ -1,15 +1,19 @@
 // The calls as lines with arrows between lanes. However many there are, only the lines that can be seen exist.
 
 import { answerOf, nameOf } from './model.js';
-import { byId, make, oneLine, time } from './texts.js';
+import { byId, counted, make, oneLine, time } from './texts.js';
 
 const kRow = 22;
-const kLanes = 280;  // Pixels for the lanes, left of the texts.
+const kLanes = 280;  // Pixels for the lanes, left of the texts, where there is room.
+const kLeastLanes = 120;
+const kMostArguments = 20;
 
 export function textOf(call) {
   const answer = answerOf(call);
+  const values = call.samples === undefined ? call.arguments.slice(0, kMostArguments).map((value) => value.slice(0, 200)).join(', ')
+    : `${counted(call.samples, 'sample')}, level ${call.level}`;
   return `${String(call.call).padStart(6)}  ${'  '.repeat(call.inside)}${nameOf(call)}` +
-    oneLine(`(${call.arguments.join(', ')})${call.running ? ' …' : answer ? ` = ${answer}` : ''}`, 160) +
+    oneLine(`(${values})${call.running ? ' …' : answer ? ` = ${answer}` : ''}`, 160) +
     (call.running ? '' : `  ${time(call.duration)}`);
 }
 
@@ -94,15 +98,15 @@ export class Lanes {
     this.#asked = true;
     requestAnimationFrame(() => {
       this.#asked = false;
-      const begin = performance.now();
       this.#render();
-      this.#box.dataset.drawn = (performance.now() - begin).toFixed(1);
     });
   }
 
   #render() {
     const count = this.length;
     const height = this.#box.clientHeight;
+    const width = Math.max(kLeastLanes, Math.min(kLanes, Math.round(this.#box.clientWidth / 3)));
+    this.#box.style.setProperty('--lanes', `${width}px`);
     this.#space.style.height = `${Math.max(0, count * kRow - height)}px`;
     if (this.#following) this.#box.scrollTop = count * kRow;
     const top = this.#box.scrollTop;
@@ -125,7 +129,6 @@ export class Lanes {
       row.id = `call-${index}`;
       row.className = `row ${call.direction}${call.exception === null || call.exception === undefined ? '' : ' threw'}`;
       row.style.transform = `translateY(${index * kRow}px)`;
-      row.style.paddingLeft = `${kLanes}px`;
       row.setAttribute('aria-selected', String(call === this.#chosen));
       row.setAttribute('aria-posinset', index + 1);
       row.setAttribute('aria-setsize', count);
@@ -133,28 +136,30 @@ export class Lanes {
     });
     if (active) this.#box.setAttribute('aria-activedescendant', active);
     else this.#box.removeAttribute('aria-activedescendant');
-    this.#arrows(first, last, top, height);
+    this.#arrows(first, last, top, width, height);
   }
 
-  #arrows(first, last, top, height) {
+  #arrows(first, last, top, width, height) {
     const scale = devicePixelRatio || 1;
     const canvas = this.#canvas;
-    if (canvas.width !== Math.round(kLanes * scale) || canvas.height !== Math.round(height * scale)) {
-      canvas.width = Math.round(kLanes * scale);
+    if (canvas.width !== Math.round(width * scale) || canvas.height !== Math.round(height * scale)) {
+      canvas.width = Math.round(width * scale);
       canvas.height = Math.round(height * scale);
-      canvas.style.width = `${kLanes}px`;
+      canvas.style.width = `${width}px`;
       canvas.style.height = `${height}px`;
     }
     const colours = getComputedStyle(document.documentElement);
     const colour = (name) => colours.getPropertyValue(name);
     const pen = canvas.getContext('2d');
     pen.setTransform(scale, 0, 0, scale, 0, 0);
-    pen.clearRect(0, 0, kLanes, height);
+    pen.clearRect(0, 0, width, height);
     pen.font = '11px sans-serif';
     const seen = this.#list.slice(first, last);
     const names = this.#perThread ? [...new Set(seen.map((call) => call.thread))].slice(0, 8).concat('library')
       : ['assistant', 'library', 'firmware'];
-    const place = (lane) => 30 + (lane * (kLanes - 70)) / Math.max(1, names.length - 1);
+    const edge = width / 8;
+    const apart = (width - 2 * edge) / Math.max(1, names.length - 1);
+    const place = (lane) => edge + lane * apart;
     pen.strokeStyle = colour('--line');
     pen.fillStyle = colour('--faint');
     pen.textAlign = 'center';
@@ -195,8 +200,8 @@ export class Lanes {
       }
     });
     pen.fillStyle = colour('--paper');
-    pen.fillRect(0, 0, kLanes, 14);
+    pen.fillRect(0, 0, width, 14);
     pen.fillStyle = colour('--faint');
-    names.forEach((name, lane) => pen.fillText(oneLine(name, 12), place(lane), 11));
+    names.forEach((name, lane) => pen.fillText(oneLine(name, 12), place(lane), 11, apart - 4));
   }
 }

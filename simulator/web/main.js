@@ -5,26 +5,27 @@ import { Calls, answerOf, differences, nameOf, readRecording } from './model.js'
 import { documentation, offer } from './operations.js';
 import { Scenario } from './scenario.js';
 import { Server } from './server.js';
-import { DeviceState, SpeakerView } from './speaker.js';
-import { byId, download, harmless, make, oneLine, time } from './texts.js';
+import { DeviceState, Past, SpeakerView } from './speaker.js';
+import { byId, counted, download, harmless, make, oneLine, time } from './texts.js';
 
 const kMostReport = 200000;
 const kLargestRecording = 1 << 28;
+const kMostValue = 5000;
 
 const server = new Server();
 const speaker = new SpeakerView();
 const figures = new Figures();
 let device = new DeviceState();
 let live = new Calls();
-const opened = [];  // Recordings: {name, calls}
+const opened = [];  // Recordings: {name, calls, past}
 let shown = live;
 let watching = '';
 let connected = false;
 let alive = true;
 
-const lanes = new Lanes((call, index) => {
+const lanes = new Lanes((call) => {
   detail(call);
-  if (shown !== live) room(index);
+  if (shown !== live) room(call);
 });
 
 // ---- One call ------------------------------------------------------------------------------------------------
@@ -40,15 +41,23 @@ async function detail(call) {
   for (const line of call.trace ?? []) facts.push(['Trace', line]);
   const words = make('pre', {});
   byId('details').replaceChildren(make('h3', {}, oneLine(nameOf(call))),
-    make('dl', {}, ...facts.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, harmless(value).slice(0, 5000))])), words);
+    make('dl', {}, ...facts.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, harmless(value, kMostValue))])), words);
   words.textContent = await documentation(call.adapter, call.operation);
 }
 
-/** The speaker as it was after a call. */
-function room(index) {
-  const then = new DeviceState();
-  for (const call of shown.shown.slice(0, index + 1)) then.take(call);
-  speaker.show(then);
+let asked = 0;
+
+/** The speaker as it was after a call of a recording. */
+async function room(call) {
+  const mine = ++asked;
+  const recording = opened.find(({ calls }) => calls === shown);
+  const then = await recording?.past.after(shown.all.indexOf(call));
+  if (then && mine === asked) speaker.show(then, `Speaker, after call ${call.call} of ${oneLine(recording.name, 60)}`);
+}
+
+function now() {
+  ++asked;
+  speaker.show(device);
 }
 
 // ---- What is shown -------------------------------------------------------------------------------------------
@@ -69,11 +78,11 @@ function count() {
     counting = false;
     options(byId('byAdapter'), shown.adapters, 'all');
     options(byId('byThread'), shown.threads, 'all');
-    const words = [`${lanes.length} calls`];
+    const words = [counted(lanes.length, 'call')];
     if (shown.shown !== shown.all) words.push(`of ${shown.all.length}`);
     if (lanes.length < shown.shown.length) words.push(`(paused, ${shown.shown.length - lanes.length} more)`);
     if (shown.missed > 0) words.push(`(${shown.missed} earlier ones are not kept)`);
-    if (shown.leftOut > 0) words.push(`(${shown.leftOut} lines could not be read and are left out)`);
+    if (shown.leftOut > 0) words.push(`(left out: ${counted(shown.leftOut, 'line')} that could not be read)`);
     byId('count').textContent = words.join(' ');
   });
 }
@@ -102,7 +111,7 @@ function show(n) {
   shown = n < 0 ? live : opened[n].calls;
   byId('shown').value = n;
   byId('stepping').hidden = n < 0;
-  if (n < 0) speaker.show(device);
+  if (n < 0) now();
   pause(false);
   filter();
   if (n >= 0) lanes.choose(0);
@@ -114,7 +123,7 @@ byId('byText').addEventListener('input', filter);
 byId('shown').addEventListener('change', (event) => show(Number(event.target.value)));
 byId('pause').addEventListener('click', () => pause(byId('pause').getAttribute('aria-pressed') !== 'true'));
 byId('perThread').addEventListener('change', (event) => { lanes.perThread = event.target.checked; });
-byId('save').addEventListener('click', () => download('calls.jsonl', shown.recording()));
+byId('save').addEventListener('click', async () => download('calls.jsonl', await shown.recording()));
 for (const [name, to] of [['First', () => 0], ['Back', () => lanes.chosen - 1], ['Next', () => lanes.chosen + 1], ['Last', () => Infinity]]) {
   byId('stepping').append(make('button', { type: 'button', click: () => lanes.choose(to()) }, name));
 }
@@ -128,30 +137,36 @@ function tell(text, bad = false) {
 }
 
 async function open(files) {
-  let n = -1;
+  let last = null;
+  if (files.length === 0) tell('What was dropped is no file. Drop a recording.', true);
   for (const file of files) {
     try {
       if (file.size > kLargestRecording) throw new Error(`${file.name} is larger than 256 MiB, which this page does not take.`);
-      const calls = readRecording(file.name, await file.text());
+      tell(`Reading ${oneLine(file.name)} …`);
+      const calls = await readRecording(file);
+      last = { name: file.name, calls, past: new Past(calls.all) };
       if (opened.length === 2) opened.shift();
-      n = opened.push({ name: file.name, calls }) - 1;
-      tell(`${oneLine(file.name)}: ${calls.all.length} calls`);
+      opened.push(last);
+      tell(`${oneLine(file.name)}: ${counted(calls.all.length, 'call')}`);
     } catch (error) {
-      tell(harmless(error.message), true);
+      // A browser's own words, as for a folder, do not name the file.
+      tell(oneLine(error.message.includes(file.name) ? error.message : `${file.name} cannot be read: ${error.message}`, 600), true);
     }
   }
-  if (n < 0) return;
+  if (!last) return;
   sources();
-  show(n);
+  show(opened.indexOf(last));
   compare();
 }
 
-function compare() {
+async function compare() {
   const box = byId('comparison');
   box.hidden = opened.length < 2;
   if (box.hidden) return;
   const [one, other] = opened;
-  const found = differences(one.calls.all, other.calls.all);
+  box.replaceChildren(make('p', {}, 'Comparing …'));
+  const found = await differences(one.calls.all, other.calls.all);
+  if (one !== opened[0] || other !== opened[1]) return;
   const words = (call) => (call ? oneLine(`${nameOf(call)}(${call.arguments.join(', ')}) = ${answerOf(call) || 'no result'}`, 160) : 'no call');
   const go = (left, right) => {
     const n = left ? 0 : 1;
@@ -160,7 +175,7 @@ function compare() {
   };
   box.replaceChildren(
     make('h3', {}, found.length === 0 ? `${oneLine(one.name)} and ${oneLine(other.name)} tell the same`
-      : `${oneLine(one.name)} and ${oneLine(other.name)} differ in ${found.length === 200 ? '200 places or more' : `${found.length} places`}`),
+      : `${oneLine(one.name)} and ${oneLine(other.name)} differ in ${found.length === 200 ? '200 places or more' : counted(found.length, 'place')}`),
     make('ol', {}, ...found.map(([left, right]) => make('li', {},
       make('button', { type: 'button', click: () => go(left, right) }, `${words(left)}\n${words(right)}`)))));
 }

@@ -1,6 +1,9 @@
 // The way to the speaker: statements go up one by one, all that happens comes down as a stream of lines.
 
 import { harmless } from './texts.js';
+import { turns } from './turns.js';
+
+const kMostUnread = 1 << 24;  // Characters; beyond, the server is to wait.
 
 export class Server {
   #waiting = new Map();  // By the statement's number: who waits for what came of it.
@@ -66,16 +69,31 @@ export class Server {
     const source = new EventSource('events');
     source.addEventListener('open', () => onState(true));
     source.addEventListener('error', () => onState(false));
-    source.addEventListener('message', (event) => {
-      for (const line of event.data.split('\n')) {
-        let read;
-        try {
-          read = JSON.parse(line);
-        } catch {
-          continue;
+    const unread = [];
+    let characters = 0;
+    let reading = false;
+    const read = async () => {
+      reading = true;
+      const pause = turns();
+      for (let text; (text = unread.shift()) !== undefined;) {
+        characters -= text.length;
+        for (const line of text.split('\n')) {
+          let told;
+          try {
+            told = JSON.parse(line);
+          } catch {
+            continue;
+          }
+          onLine(told);
         }
-        onLine(read);
+        if (characters < kMostUnread) await pause();
       }
+      reading = false;
+    };
+    source.addEventListener('message', (event) => {
+      unread.push(event.data);
+      characters += event.data.length;
+      if (!reading) read();
     });
   }
 }
