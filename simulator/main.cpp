@@ -18,7 +18,6 @@
 #include "calls/Recording.h"
 #include "calls/Report.h"
 #include "device/DataFolder.h"
-#include "device/parts/DeviceFile.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
 #include "page/Serve.h"
@@ -101,7 +100,7 @@ int below(const Request& request, std::ostream& out) {
   };
   std::ostream unseen(nullptr);
   Speaker speaker(settings, unseen);
-  teller.run(speaker, DeviceFile::read(settings.device), std::cin);
+  teller.run(speaker, settings, std::cin);
   return kPassed;
 }
 
