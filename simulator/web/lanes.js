@@ -5,7 +5,7 @@ import { byId, counted, make, oneLine, time } from './texts.js';
 
 const kRow = 22;
 const kLanes = 280;  // Pixels for the lanes, left of the texts, where there is room.
-const kLeastLanes = 120;
+const kLeastLanes = 150;
 const kMostArguments = 20;
 
 export function textOf(call) {
@@ -29,9 +29,11 @@ export class Lanes {
   #asked = false;
   #perThread = false;
   #onChoose;
+  #isLocked;
 
-  constructor(onChoose) {
+  constructor(onChoose, isLocked) {
     this.#onChoose = onChoose;
+    this.#isLocked = isLocked;
     this.#box.append(this.#canvas, this.#space);
     this.#box.addEventListener('scroll', () => {
       this.#following = this.#box.scrollTop + this.#box.clientHeight >= this.#box.scrollHeight - kRow;
@@ -157,7 +159,7 @@ export class Lanes {
     const seen = this.#list.slice(first, last);
     const names = this.#perThread ? [...new Set(seen.map((call) => call.thread))].slice(0, 8).concat('library')
       : ['assistant', 'library', 'firmware'];
-    const edge = width / 8;
+    const edge = Math.max(24, width / 8);
     const apart = (width - 2 * edge) / Math.max(1, names.length - 1);
     const place = (lane) => edge + lane * apart;
     pen.strokeStyle = colour('--line');
@@ -191,6 +193,8 @@ export class Lanes {
       pen.lineTo(to - turn * 7, y - 4);
       pen.lineTo(to - turn * 7, y + 4);
       pen.fill();
+      const library = this.#perThread ? names.length - 1 : 1;
+      if (this.#isLocked(call)) pen.fillRect(place(library) - 3, y - 3, 6, 6);
       if (call.waited > 0) pen.fillText(`waited ${time(call.waited)}`, (from + to) / 2, y - 2);
       // What it holds inside.
       let inner = n + 1;

@@ -1,5 +1,5 @@
-import { offerFaults } from './faults.js';
-import { Figures } from './figures.js';
+import { Faults } from './faults.js';
+import { Figures, Measures } from './figures.js';
 import { Lanes } from './lanes.js';
 import { Calls, answerOf, differences, nameOf, readRecording } from './model.js';
 import { documentation, offer } from './operations.js';
@@ -7,6 +7,7 @@ import { Scenario } from './scenario.js';
 import { Server } from './server.js';
 import { DeviceState, Past, SpeakerView } from './speaker.js';
 import { byId, counted, download, harmless, make, oneLine, time } from './texts.js';
+import { turns } from './turns.js';
 
 const kMostReport = 200000;
 const kLargestRecording = 1 << 28;
@@ -17,26 +18,29 @@ const speaker = new SpeakerView();
 const figures = new Figures();
 let device = new DeviceState();
 let live = new Calls();
-const opened = [];  // Recordings: {name, calls, past}
+let measures = new Measures();
+const locked = new Set();  // Operations whose calls come one at a time.
+const opened = [];  // Recordings: {name, calls, past, measures}
 let shown = live;
 let watching = '';
+let host = '';  // One's own, in place of the simulated one.
 let connected = false;
 let alive = true;
+let found = false;  // By the doctor.
 
 const lanes = new Lanes((call) => {
   detail(call);
   if (shown !== live) room(call);
-});
+}, (call) => locked.has(nameOf(call)));
 
 // ---- One call ------------------------------------------------------------------------------------------------
 
 async function detail(call) {
   const facts = [['Number', call.call], ['Began', time(call.time)], ['Took', call.running ? 'not ended yet' : time(call.duration)],
     ['Thread', call.thread], ['Direction', call.direction], ['Arrived', call.interface ? `${call.interface}, slot ${call.slot}` : 'nowhere'],
-    ['Inside', `${call.inside} calls`], ...call.arguments.map((value, n) => [`Argument ${n + 1}`, value]),
+    ['Inside', `${call.inside} calls`], ...(call.samples === undefined ? call.arguments : []).map((value, n) => [`Argument ${n + 1}`, value]),
     ['Answer', answerOf(call) || '—']];
-  const locked = list.find((operation) => operation.adapter === call.adapter && operation.operation === call.operation)?.locked;
-  if (locked) facts.push(['Lock', `held by this call${call.waited === null ? ', the wait for it was not measured' : `, waited ${time(call.waited)} for it`}`]);
+  if (locked.has(nameOf(call))) facts.push(['Lock', `held by this call${call.waited === null ? ', the wait for it was not measured' : `, waited ${time(call.waited)} for it`}`]);
   if (call.samples !== undefined) facts.push(['Sound', `${call.samples} samples, peak ${call.peak}, level ${call.level}`]);
   for (const line of call.trace ?? []) facts.push(['Trace', line]);
   const words = make('pre', {});
@@ -112,6 +116,7 @@ function show(n) {
   byId('shown').value = n;
   byId('stepping').hidden = n < 0;
   if (n < 0) now();
+  figures.show(n < 0 ? measures : opened[n].measures, n < 0 ? 'Figures' : `Figures of ${oneLine(opened[n].name, 60)}`);
   pause(false);
   filter();
   if (n >= 0) lanes.choose(0);
@@ -143,8 +148,14 @@ async function open(files) {
     try {
       if (file.size > kLargestRecording) throw new Error(`${file.name} is larger than 256 MiB, which this page does not take.`);
       tell(`Reading ${oneLine(file.name)} …`);
-      const calls = await readRecording(file);
-      last = { name: file.name, calls, past: new Past(calls.all) };
+      const told = new Measures(true);
+      const calls = await readRecording(file, (line) => told.note(line));
+      const pause = turns();
+      for (const call of calls.all) {
+        told.add(call);
+        await pause();
+      }
+      last = { name: file.name, calls, past: new Past(calls.all), measures: told };
       if (opened.length === 2) opened.shift();
       opened.push(last);
       tell(`${oneLine(file.name)}: ${counted(calls.all.length, 'call')}`);
@@ -199,21 +210,27 @@ addEventListener('drop', (event) => {
 
 function report(text) {
   byId('reports').hidden = false;
+  byId('toReports').hidden = false;
   const box = byId('report');
+  const end = box.scrollHeight;
   box.textContent = (box.textContent + harmless(text) + '\n').slice(-kMostReport);
-  box.scrollTop = box.scrollHeight;
+  box.scrollTop = end;  // Its beginning says what it is.
 }
 
 function state() {
-  byId('source').textContent = !connected ? 'No connection to vorn-speaker: it has ended, or is not reached.'
-    : watching ? `Watching ${oneLine(watching)}` : alive ? 'The speaker runs.' : 'The speaker has ended.';
+  const runs = `The speaker runs${host ? `, with the host ${oneLine(host)}` : ''}.${found ? ' The doctor found something: see Reports.' : ''}`;
+  const serves = watching ? `Watching ${oneLine(watching)}` : alive ? runs : 'The speaker has ended: see Reports, where it can be started again.';
+  byId('source').textContent = connected ? serves
+    : 'No connection to vorn-speaker: it has ended, or is not reached. Start it again and open the address that it prints.';
 }
 
 function begin() {
   live = new Calls();
   device = new DeviceState();
-  figures.restart();
+  measures = new Measures(watching !== '');
+  faults.restart();
   alive = true;
+  found = false;
   state();
   show(-1);
   compare();
@@ -229,21 +246,27 @@ function line(read) {
     sources();
     for (const id of ['assistant', 'firmware', 'scenario', 'faults']) byId(id).hidden = true;
   } else if (read.device) {
+    host = String(read.device.host ?? '');
     device.begin(read.device);
     speaker.show(device);
+    showVolume(device.facts.get('Volume'));
+    state();
   } else if (read.earlier) {
     if (Array.isArray(read.earlier.arguments)) device.take(read.earlier);
   } else if (read.missed) {
     live.missed += read.missed;
   } else if (read.played) {
     if (read.played.statement) scenario.remember(read.played.statement);
+    if (!read.played.problem) faults.played(read.played.statement);
     server.played(read.played);
-  } else if (read.process) {
-    figures.process(read.process);
-  } else if (read.sound) {
-    figures.sound(read);
-  } else if (read.finding || read.report !== undefined) {
-    report(read.finding ?? read.report);
+  } else if (read.process || read.sound) {
+    measures.note(read);
+  } else if (read.finding) {
+    found = true;
+    report(read.finding);
+    state();
+  } else if (read.report !== undefined) {
+    report(read.report);
   } else if (read.note !== undefined) {
     report(read.note);
   } else if (read.ended !== undefined) {
@@ -255,8 +278,9 @@ function line(read) {
     live.leftOut += read.leftOut;
   } else if (live.add(read)) {
     const call = read.open ?? read;
-    figures.add(call);
+    measures.add(call);
     device.take(call);
+    showVolume(device.facts.get('Volume'));
     if (shown === live) {
       speaker.show(device);
       redraw();
@@ -264,15 +288,20 @@ function line(read) {
   }
 }
 
+/** Whether an operation that answers false says that it did not do what it was to do. */
+const didNot = (statement, result) => /^false\b/.test(result) && !/\.(get|is)/.test(statement);
+
 async function play(statements) {
   for (const statement of statements) {
-    tell(`${oneLine(statement)} …`);
+    const name = statement.split(' ', statement.startsWith('together ') ? 3 : 2).join(' ');  // The rest may be secret.
+    tell(`${oneLine(name)} …`);
     byId('outcome').setAttribute('aria-busy', 'true');
     try {
-      const result = await server.play(statement);
-      tell(`${oneLine(statement)}${result ? ` gave ${oneLine(result)}` : ''}`);
+      const { statement: kept, result } = await server.play(statement);
+      const shown = kept.startsWith('#') ? `${name} ********` : kept;
+      tell(`${oneLine(shown)}${result ? ` gave ${oneLine(result)}` : ''}${didNot(shown, result) ? ': it was not done' : ''}`);
     } catch (error) {
-      tell(`${oneLine(statement)}: ${error.message}`, true);
+      tell(`${oneLine(name)}: ${error.message}`, true);
       return;
     }
   }
@@ -281,12 +310,14 @@ async function play(statements) {
 byId('restart').addEventListener('click', () => server.restart().catch((error) => tell(error.message, true)));
 
 const list = await server.operations();
-offer(list, play);
-offerFaults(list, play);
+for (const operation of list) if (operation.locked) locked.add(nameOf(operation));
+const showVolume = offer(list, play);
+const faults = new Faults(list, play);
 const scenario = new Scenario(server);
 sources();
 server.listen(line, (now) => {
   connected = now;
   state();
 });
+setInterval(() => measures.tick(), 1000);
 document.body.dataset.ready = 'yes';

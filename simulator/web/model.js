@@ -27,7 +27,7 @@ const texts = (list) => (Array.isArray(list) ? list.map(String) : []);
 /** Missing fields get values, so that nobody need ask; files come from anywhere. */
 function whole(line, running) {
   line.time = Number(line.time) || 0;
-  line.duration = Number(line.duration) || 0;
+  line.duration = Math.max(0, Number(line.duration) || 0);
   line.waited = Number.isFinite(line.waited) ? line.waited : null;  // Nobody knows it of a call that was seen at the host.
   line.inside = Math.max(0, Math.min(Number(line.inside) || 0, 40));
   line.thread = String(line.thread ?? '');
@@ -35,6 +35,7 @@ function whole(line, running) {
   line.arguments = texts(line.arguments);
   line.written = texts(line.written);
   line.result = String(line.result ?? '');
+  if (line.trace !== undefined) line.trace = texts(line.trace);
   if (running) line.running = true;
   return line;
 }
@@ -151,8 +152,8 @@ function headerOf(name, line) {
   return header;
 }
 
-/** Reads a recording; throws with a sentence for people when it is none. */
-export async function readRecording(file) {
+/** Reads a recording, and hands on what it holds but calls; throws with a sentence for people when it is none. */
+export async function readRecording(file, note = () => {}) {
   const calls = new Calls();
   const pause = turns();
   let header = null;
@@ -172,8 +173,12 @@ export async function readRecording(file) {
         ++calls.leftOut;
         continue;
       }
-      if (read === null || typeof read !== 'object') ++calls.leftOut;
-      else if (!calls.add(read)) calls.leftOut += Number(read.leftOut) || 0;
+      if (read === null || typeof read !== 'object') {
+        ++calls.leftOut;
+      } else if (!calls.add(read)) {
+        calls.leftOut += Number(read.leftOut) || 0;
+        note(read);
+      }
     }
   }
   calls.started = String(header.started ?? '');

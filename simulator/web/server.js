@@ -38,14 +38,14 @@ export class Server {
     return this.#post('restart', '');
   }
 
-  /** Plays a statement, and gives its result when it was played; throws when it could not be, or an expectation was not met. */
+  /** Plays a statement; gives it, with its secrets masked, and its result. Throws when it could not be played, or was not met. */
   async play(line) {
     const { id } = await this.#post('statement', line);
     const early = this.#early.get(id);
     this.#early.delete(id);
     const played = early ?? (await new Promise((resolve) => this.#waiting.set(id, resolve)));
     if (played.problem) throw new Error(harmless(played.problem));
-    return harmless(played.result);
+    return played;
   }
 
   played(played) {
@@ -78,15 +78,19 @@ export class Server {
       for (let text; (text = unread.shift()) !== undefined;) {
         characters -= text.length;
         for (const line of text.split('\n')) {
+          if (characters < kMostUnread) await pause();
           let told;
           try {
             told = JSON.parse(line);
           } catch {
             continue;
           }
-          onLine(told);
+          try {
+            onLine(told);
+          } catch (error) {
+            reportError(error);  // The lines after it are shown all the same.
+          }
         }
-        if (characters < kMostUnread) await pause();
       }
       reading = false;
     };

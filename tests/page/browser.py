@@ -22,6 +22,7 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 PROGRAM, DRIVER = sys.argv[1:3]
 FOLDER = pathlib.Path("/tmp/page-test")
 CHECKER = pathlib.Path(os.environ.get("VORN_ACCESSIBILITY_CHECKER", "not given"))
+HOST = os.environ["VORN_HOST"]  # a library with a host of one's own
 BOUND = 60  # seconds that no healthy run needs
 
 # The usual, by what stands on the buttons, and what must arrive.
@@ -157,7 +158,7 @@ class Page(unittest.TestCase):
         self.find("#open").send_keys("\n".join(paths))
 
 
-class Room(Page):
+class Buttons:
     def test_every_usual_button_reaches_the_host(self):
         for side, buttons in BUTTONS.items():
             shown = self.script(f"return [...document.querySelectorAll('#{side} [role=group] button')].map((button) => button.textContent)")
@@ -169,6 +170,32 @@ class Room(Page):
                     self.played()
                     self.assertEqual(self.script("return document.getElementById('outcome').className"), "", self.text("#outcome"))
 
+
+class OwnHost(Buttons, Page):
+    options = ("--host", HOST)
+
+    def test_nothing_is_told_of_it_that_it_did_not_tell(self):
+        self.until(lambda: self.text("#source") == f"The speaker runs, with the host {HOST}.")
+        self.assertEqual([self.fact(name) for name in ("Volume", "Muted", "Network", "Language")], ["?", "?", "?", ""])
+        self.find("#assistantVolume").send_keys(Keys.END)
+        self.until(lambda: self.fact("Volume") == "100")
+
+    def test_what_it_does_not_do_is_said(self):
+        self.press("Play music", "#assistant")
+        self.assertTrue(self.played().endswith("gave false: it was not done"), self.text("#outcome"))
+        Select(self.find("#assistantOperation")).select_by_visible_text("VornDeviceInfo.getMuteStatus")
+        self.press("Call", "#assistant")
+        self.until(lambda: self.text("#outcome") == "assistant VornDeviceInfo.getMuteStatus gave false")  # which is an answer
+
+    def test_a_scenario_goes_on_after_what_this_host_answers_differently(self):
+        self.until(lambda: "One whole morning" in self.script("return document.getElementById('script').value"))
+        self.find("#keepGoing").click()
+        self.press("Start", "#scenario")
+        self.until(lambda: self.text("#progress").startswith("played to the end"))
+        self.assertRegex(self.text("#progress"), r"; not met: \d+ expectations, the first in line \d+: expected the result")
+
+
+class Room(Buttons, Page):
     def test_every_operation_can_be_called_by_name(self):
         for side in ("assistant", "firmware"):
             names = self.script(f"return [...document.getElementById('{side}Operation').options].map((option) => option.textContent)")
@@ -198,6 +225,7 @@ class Room(Page):
         self.until(lambda: self.fact("Volume") == "100")
         self.find("#firmwareVolume").send_keys(Keys.HOME)
         self.until(lambda: self.fact("Volume") == "0")
+        self.until(lambda: slider.get_attribute("value") == "0")  # where the volume is now
 
     def test_shows_the_speaker_as_a_person_sees_it(self):
         self.press("Listen", "#assistant")
@@ -233,6 +261,31 @@ class Room(Page):
         self.assertIsNone(self.script("return window.hacked ?? null"))
         self.assertEqual(self.script("return document.querySelectorAll('main img, main script').length"), 0)
         self.assertNotIn("\u202e", self.text("#details"))
+
+    def test_long_texts_are_cut_where_they_are_shown(self):
+        self.script("""
+          const select = document.querySelector('#assistantOperation');
+          select.value = [...select.options].find((option) => option.textContent.includes('renderGUICard')).value;
+          select.dispatchEvent(new Event('change'));
+          document.querySelector('#assistant input[name=card]').value = 'x'.repeat(60000);""")
+        self.press("Call", "#assistant")
+        self.until(lambda: self.text("#card").startswith("xxx"))
+        self.script("document.querySelector('#lanes .row').click()")
+        self.until(lambda: "renderGUICard" in self.text("#details h3"))
+        self.assertTrue(self.text("#card").endswith("x …"))
+        self.assertLess(self.script("return document.querySelector('main').textContent.length"), 60000)
+
+    def test_secrets_are_shown_nowhere(self):
+        self.script("""
+          const select = document.querySelector('#assistantOperation');
+          select.value = [...select.options].find((option) => option.textContent.includes('.login')).value;
+          select.dispatchEvent(new Event('change'));
+          const values = { accessToken: 'hunter2hunter2', userName: 'ada', forceLogin: 'true', refreshInterval: '1s', playerId: 'music' };
+          for (const [name, value] of Object.entries(values)) document.querySelector(`#assistant input[name=${name}]`).value = value;""")
+        self.assertEqual(self.find("#assistant input[name=accessToken]").get_attribute("type"), "password")
+        self.press("Call", "#assistant")
+        self.assertIn("login ******** ada", self.played())
+        self.assertNotIn("hunter2", self.text("body"))
 
 
 class CallList(Page):
@@ -305,6 +358,13 @@ class Recordings(Page):
         self.press("Back", "#stepping")
         self.until(lambda: self.fact("Volume") == "49")
 
+    def test_the_figures_are_those_of_what_is_shown(self):
+        self.open(file("waits.jsonl", HEADER + line(1, waited=2500) + line(2, time=1500000) + '{"sound":"stream","level":99,"gap":70}\n'))
+        self.until(lambda: self.text("#figures h2") == "Figures of waits.jsonl")
+        self.assertEqual([self.fact_of_figures(name) for name in ("Calls", "Longest wait for a lock", "Longest gap in the sound")], ["2", "2.50 ms", "70 µs"])
+        Select(self.find("#shown")).select_by_visible_text("what happens now")
+        self.until(lambda: self.text("#figures h2") == "Figures" and self.fact_of_figures("Calls") == "0")
+
     def test_one_is_saved_as_it_was_read(self):
         calls = [json.loads(line(1, threadNumber=3, waited=7, host=2, reached=True)), {"open": json.loads(line(2, waited=None))}]
         header = {"recording": "vorn-speaker", "version": 2, "started": "2026-01-02T03:04:05.000006Z"}
@@ -314,6 +374,13 @@ class Recordings(Page):
         self.assertEqual(lines, [{**header, "writer": "the page of vorn-speaker"}, *calls])
         report = subprocess.run([PROGRAM, "report", str(saved)], capture_output=True, text=True)
         self.assertIn("the call 2 had not returned", report.stdout + report.stderr)
+
+    def test_what_is_no_file_is_refused_in_words(self):
+        self.script("""
+          const data = new DataTransfer();
+          data.setData('text/plain', 'a text');
+          document.body.dispatchEvent(new DragEvent('drop', {bubbles: true, cancelable: true, dataTransfer: data}));""")
+        self.until(lambda: "is no file" in self.text("#outcome"))
 
     def drop(self, name, text):
         self.script("""
@@ -454,6 +521,17 @@ class Scenarios(Page):
         self.press("Start", "#scenario")
         self.until(lambda: self.fact("Volume") == "13")
 
+    def test_a_pause_taken_back_at_once_changes_nothing(self):
+        self.write("delay VornDeviceInfo.getVolume 1s\nassistant VornDeviceInfo.getVolume\nexpect 99\nassistant VornDeviceCapabilities.onSetVolume 13\n")
+        self.press("Start", "#scenario")
+        self.until(lambda: "line 2" in self.text("#progress"))
+        self.press("Pause", "#scenario")
+        self.press("Start", "#scenario")
+        self.until(lambda: self.text("#progress") == "line 3: expected the result 99, saw 30")
+        self.press("Mute", "#assistant")
+        self.sees("onMute(true)")
+        self.assertEqual(self.fact("Volume"), "30")  # Nothing after the expectation was played.
+
     def test_mistakes_and_expectations_are_told(self):
         self.write("bogus\nexpect\n")
         self.press("Start", "#scenario")
@@ -478,6 +556,34 @@ class Scenarios(Page):
 class Faults(Page):
     options = ("--watchdog", "5")
 
+    def test_every_button_is_told_to_the_speaker_and_what_is_wrong_to_people(self):
+        Select(self.find("#area")).select_by_visible_text("DeviceInfo")
+        for button, wrong in (("It is gone", "gone: DeviceInfo"), ("It is back", ""), ("It is slow", "VornDeviceInfo.getVolume takes 500ms longer"),
+                              ("It throws", "VornDeviceInfo.getVolume throws"), ("It is right again", ""),
+                              ("The microphone has gaps", "VornAudioIn.sendAudioData takes 300ms longer"), ("The microphone has no gaps", ""),
+                              ("Trace file cannot be written", "the trace file cannot be written"), ("Trace file can be written", "")):
+            with self.subTest(button):
+                self.press(button, "#faults")
+                self.played()
+                self.until(lambda: (wrong or "Everything is right.") in self.text("#wrong"))
+                self.assertEqual(self.script("return document.getElementById('outcome').className"), "", self.text("#outcome"))
+
+    def test_what_another_page_put_wrong_is_put_right(self):
+        self.press("It throws", "#faults")
+        self.played()
+        self.browser.refresh()
+        self.until(lambda: "VornDeviceInfo.getVolume throws" in self.text("#wrong"))
+        self.press("Put everything right", "#faults")
+        self.until(lambda: self.text("#wrong") == "Everything is right.")
+        Select(self.find("#assistantOperation")).select_by_visible_text("VornDeviceInfo.getVolume")
+        self.press("Call", "#assistant")
+        self.sees("getVolume() = 30")
+
+    def test_a_microphone_with_gaps_is_heard(self):
+        self.press("The microphone has gaps", "#faults")
+        self.press("Listen", "#assistant")
+        self.until(lambda: self.fact_of_figures("Longest gap in the sound").endswith(" ms") and float(self.fact_of_figures("Longest gap in the sound")[:-3]) >= 300)
+
     def test_a_host_that_throws_and_is_put_right(self):
         self.press("It throws", "#faults")
         self.played()
@@ -493,6 +599,8 @@ class Faults(Page):
     def test_a_host_that_blocks_is_reported_and_started_again(self):
         self.press("It blocks, two threads ask", "#faults")
         self.until(lambda: "VornDeviceInfo" in self.text("#report"))  # what the doctor finds, while it still goes on
+        self.assertTrue(self.find("#toReports").is_displayed())
+        self.assertIn("The doctor found something: see Reports.", self.text("#source"))
         self.sees("…")
         self.until(lambda: "The speaker ended with status 3." in self.text("#report"))
         self.assertIn("No answer on the thread", self.text("#report"))
@@ -589,6 +697,14 @@ class Everybody(Page):
         self.addCleanup(self.browser.execute_cdp_cmd, "Emulation.clearDeviceMetricsOverride", {})
         self.until(lambda: self.script("return innerWidth") == 360)
         self.assertLessEqual(self.script("return document.documentElement.scrollWidth"), 360)
+
+    def test_a_narrow_window_has_room_for_what_is_called(self):
+        self.press("Mute", "#assistant")
+        self.sees("onMute(true)")
+        self.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {"width": 360, "height": 700, "deviceScaleFactor": 1, "mobile": False})
+        self.addCleanup(self.browser.execute_cdp_cmd, "Emulation.clearDeviceMetricsOverride", {})
+        room = "const row = document.querySelector('#lanes .row'); return row.clientWidth - parseFloat(getComputedStyle(row).paddingLeft)"
+        self.until(lambda: self.script("return innerWidth") == 360 and self.script(room) > 150)
 
 
 if __name__ == "__main__":
