@@ -23,7 +23,7 @@ export class Lanes {
   #space = make('div', { role: 'presentation' });
   #rows = [];
   #list = [];
-  #end = null;  // While paused, how many are shown.
+  #last = null;  // While paused, the number of the last call that is shown.
   #chosen = null;
   #following = true;
   #asked = false;
@@ -52,10 +52,10 @@ export class Lanes {
     this.draw();
   }
 
-  /** Shows no more than there are now; what comes is kept. */
-  pause(paused) {
-    this.#end = paused ? this.#list.length : null;
-    if (!paused) this.#following = true;
+  /** Shows no call after this one, or with null all of them; what comes is kept. */
+  pause(last) {
+    this.#last = last;
+    if (last === null) this.#following = true;
     this.draw();
   }
 
@@ -65,7 +65,14 @@ export class Lanes {
   }
 
   get length() {
-    return Math.min(this.#end ?? Infinity, this.#list.length);
+    if (this.#last === null) return this.#list.length;
+    let [from, to] = [0, this.#list.length];
+    while (from < to) {
+      const middle = (from + to) >> 1;
+      if (this.#list[middle].call > this.#last) to = middle;
+      else from = middle + 1;
+    }
+    return from;
   }
 
   get chosen() {

@@ -102,7 +102,7 @@ function filter() {
 
 function pause(paused) {
   byId('pause').setAttribute('aria-pressed', String(paused));
-  lanes.pause(paused);
+  lanes.pause(paused ? shown.all[shown.all.length - 1]?.call ?? 0 : null);
   count();
 }
 

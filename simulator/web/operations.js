@@ -31,6 +31,7 @@ const kUsual = {
     ['Answer the call', ['firmware VornCommsManager.notifyCallAction 1']],
     ['Next, on the device', ['firmware VornGUIOutput.notifyPlaybackControllerAction NEXT']],
     ['Muted by hand', ['firmware VornDeviceInfo.notifyMuteChanged true']],
+    ['Unmuted by hand', ['firmware VornDeviceInfo.notifyMuteChanged false']],
   ],
 };
 

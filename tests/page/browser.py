@@ -1,5 +1,6 @@
 """The page in a real browser, without a window. Usage: browser.py PROGRAM CHROMEDRIVER [TEST...]
 
+VORN_HOST names a library with a host of one's own; without VORN_ACCESSIBILITY_CHECKER its test is left out.
 Set VORN_PICTURE to a file's name to have the picture of the documentation made anew.
 """
 import json
@@ -43,6 +44,7 @@ BUTTONS = {
         "Network is gone": "VornDeviceInfo.notifyNetworkConnectionChanged(DISCONNECTED)",
         "Message to the app": "VornAppMessaging.SendMessageToxApp", "Answer the call": "VornCommsManager.notifyCallAction(1)",
         "Next, on the device": "VornGUIOutput.notifyPlaybackControllerAction(NEXT)", "Muted by hand": "VornDeviceInfo.notifyMuteChanged(true)",
+        "Unmuted by hand": "VornDeviceInfo.notifyMuteChanged(false)",
     },
 }
 VALUES = {"a text": "SpeechPlayer", "true or false": "true", "a whole number": "1", "a number": "1.5",
@@ -327,6 +329,22 @@ class CallList(Page):
         self.assertFalse(any("onMute(false)" in row for row in self.rows()))
         self.press("Pause", "#calls")
         self.sees("onMute(false)")
+
+    def test_a_pause_holds_whatever_is_filtered(self):
+        self.press("Mute", "#assistant")
+        self.sees("onMute(true)")
+        self.press("Pause", "#calls")
+        self.press("Unmute", "#assistant")
+        self.until(lambda: "more" in self.text("#count"))
+        self.find("#byText").send_keys("onMute")
+        self.until(lambda: self.text("#count").startswith("1 call of"))
+        self.assertEqual([row for row in self.rows() if "onMute(true)" not in row], [])
+
+    def test_a_server_that_has_ended_is_told(self):
+        self.program.send_signal(signal.SIGINT)
+        self.until(lambda: self.text("#source").startswith("No connection to vorn-speaker"))
+        self.press("Mute", "#assistant")
+        self.until(lambda: "start it again and open the address it prints" in self.text("#outcome"))
 
     def test_saves_what_is_seen_as_a_recording(self):
         self.press("Mute", "#assistant")
