@@ -15,7 +15,6 @@
 #include "CommandLine.h"
 #include "Morning.h"
 #include "device/DataFolder.h"
-#include "device/parts/DeviceFile.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
 #include "page/Serve.h"
@@ -100,7 +99,7 @@ int below(const Request& request, std::ostream& out) {
   };
   std::ostream unseen(nullptr);
   Speaker speaker(settings, unseen);
-  teller.run(speaker, DeviceFile::read(settings.device), std::cin);
+  teller.run(speaker, settings, std::cin);
   return kPassed;
 }
 

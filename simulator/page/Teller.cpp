@@ -7,11 +7,12 @@
 #include <sstream>
 #include <utility>
 
+#include "device/parts/DeviceFile.h"
+#include "recordings/Json.h"
 #include "recordings/Loudness.h"
 #include "recordings/Recording.h"
 #include "run/Postmortem.h"
 #include "run/TraceFile.h"
-#include "recordings/Json.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {
@@ -39,6 +40,16 @@ std::string lineOf(const Crossing& crossing, const std::string& more) {
   std::string line = Recording::line(shown);
   line.insert(line.size() - 1, (crossing.samples > 0 ? sound(crossing) : "") + more);
   return line;
+}
+
+/// What is known of the device before anything happens; of a host of one's own, nothing.
+Json deviceOf(const Settings& settings) {
+  if (!settings.host.empty()) return {{"host", settings.host}};
+  const DeviceFile device = DeviceFile::read(settings.device);
+  return {{"volume", device.volume},
+          {"muted", device.muted},
+          {"network", device.networkConnected},
+          {"locale", device.locale}};
 }
 
 bool isDisturbance(const std::string& verb) { return verb == "delay" || verb == "fail" || verb == "restore"; }
@@ -179,17 +190,13 @@ void Teller::playInOrder(Speaker& speaker) {
   }
 }
 
-void Teller::run(Speaker& speaker, const DeviceFile& device, std::istream& in) {
+void Teller::run(Speaker& speaker, const Settings& settings, std::istream& in) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_speaker = &speaker;
   }
   say(Recording::header());
-  say(dumped({{"device",
-               {{"volume", device.volume},
-                {"muted", device.muted},
-                {"network", device.networkConnected},
-                {"locale", device.locale}}}}));
+  say(dumped({{"device", deviceOf(settings)}}));
   std::thread player([&] { playInOrder(speaker); });
   std::thread watcher([this] { watch(); });
   for (std::string line; endRequested() == 0 && std::getline(in, line);) {

@@ -47,7 +47,7 @@ class Teller : public Crossings::Listener {
   Teller(std::ostream& out, bool secrets);
 
   /// Plays lines "NUMBER STATEMENT" until their end, or a request to end.
-  void run(Speaker& speaker, const DeviceFile& device, std::istream& in);
+  void run(Speaker& speaker, const Settings& settings, std::istream& in);
 
   void began(const Crossing& crossing) override;
   void ended(const Crossing& crossing) override;

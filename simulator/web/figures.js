@@ -4,10 +4,13 @@ import { nameOf } from './model.js';
 import { byId, make, oneLine, time } from './texts.js';
 
 const kNamespace = 'http://www.w3.org/2000/svg';
-const kBuckets = 100;  // Durations by their logarithm, eight to a doubling of ten.
+const kBuckets = 100;  // Durations by their logarithm.
+const kBucketsOfTen = 12;  // From one power of ten to the next.
 const kMostOperations = 500;
 const kMoments = 120;  // Seconds in a chart.
 const kNotMeasured = 'not measured here';
+
+const endOf = (bucket) => Math.round(10 ** ((bucket + 1) / kBucketsOfTen)) - 1;
 
 class Durations {
   count = 0;
@@ -17,7 +20,7 @@ class Durations {
   add(duration) {
     ++this.count;
     this.most = Math.max(this.most, duration);
-    ++this.buckets[Math.min(kBuckets - 1, Math.floor(Math.log10(duration + 1) * 12))];
+    ++this.buckets[Math.min(kBuckets - 1, Math.floor(Math.log10(duration + 1) * kBucketsOfTen))];
   }
 
   /** The upper end of the bucket in which this part of all ends. */
@@ -25,7 +28,7 @@ class Durations {
     let left = Math.ceil(this.count * part);
     for (let bucket = 0; bucket < kBuckets; ++bucket) {
       left -= this.buckets[bucket];
-      if (left <= 0) return Math.min(this.most, Math.round(10 ** ((bucket + 1) / 12)) - 1);
+      if (left <= 0) return Math.min(this.most, endOf(bucket));
     }
     return this.most;
   }
@@ -37,25 +40,117 @@ function svg(tag, attributes) {
   return element;
 }
 
-function chart(title) {
-  const drawing = svg('svg', { viewBox: '0 0 240 70', preserveAspectRatio: 'none', role: 'img', 'aria-label': title });
-  return { drawing, figure: make('figure', {}, make('figcaption', {}, title), drawing), title };
+class Chart {
+  #title;
+  #drawing = svg('svg', { viewBox: '0 0 240 70', preserveAspectRatio: 'none', role: 'img' });
+  #caption = make('figcaption');
+  figure = make('figure', {}, this.#caption, this.#drawing);
+
+  constructor(title) {
+    this.#title = title;
+    this.clear();
+  }
+
+  clear() {
+    this.#show([], 'nothing yet');
+  }
+
+  line(values, scale, most = Math.max(1, ...values)) {
+    const points = values.map((value, n) => `${(n * 240) / Math.max(1, values.length - 1)},${68 - (64 * value) / most}`);
+    this.#show([svg('polyline', { points: points.join(' ') })], scale);
+  }
+
+  bars(values, scale) {
+    const most = Math.max(1, ...values);
+    const width = 240 / values.length;
+    this.#show(values.map((value, n) => svg('rect', { x: n * width, y: 68 - (64 * value) / most, width, height: (64 * value) / most })), scale);
+  }
+
+  #show(shapes, scale) {
+    this.#drawing.replaceChildren(...shapes);
+    const words = `${this.#title}: ${scale}`;
+    if (this.#caption.textContent === words) return;
+    this.#caption.textContent = words;
+    this.#drawing.setAttribute('aria-label', words);
+  }
 }
 
-export class Figures {
-  #all = new Durations();
-  #waits = new Durations();
-  #operations = new Map();
-  #second = 0;
-  #rates = [];
-  #levels = [];
-  #gap = 0;
+/** What is measured of a list of calls. */
+export class Measures {
+  all = new Durations();
+  waits = new Durations();
+  operations = new Map();
+  rates = [];  // Calls in each of the newest seconds.
+  levels = [];
+  gap = 0;
+  process = null;
+  #recorded;
+  #second = null;
   #block = null;
-  #process = null;
+
+  /** Of a recording: its seconds are those that it tells of. Those of others are counted with tick(). */
+  constructor(recorded = false) {
+    this.#recorded = recorded;
+    if (!recorded) this.rates.push(0);
+  }
+
+  tick() {
+    if (!this.#recorded) this.#seconds(1);
+  }
+
+  #seconds(count) {
+    for (let n = 0; n < Math.min(count, kMoments); ++n) this.rates.push(0);
+    this.rates.splice(0, this.rates.length - kMoments);
+  }
+
+  /** A line of a recording, or of the stream, that is none of a call. */
+  note({ process, sound, level, gap }) {
+    if (process) this.process = { memory: Number(process.memory) || 0, descriptors: Number(process.descriptors) || 0, threads: Number(process.threads) || 0 };
+    if (sound) this.#heard(Number(level) || 0, Number(gap) || 0);  // One a second in recordings, in place of the blocks.
+  }
+
+  #heard(level, gap) {
+    this.levels.push(level);
+    if (this.levels.length > 1200) this.levels.splice(0, 200);
+    this.gap = Math.max(this.gap, gap);
+  }
+
+  add(call) {
+    if (call.running) return;
+    if (this.#recorded) {
+      const second = Math.floor(call.time / 1e6);
+      this.#seconds(this.#second === null ? 1 : second - this.#second);
+      this.#second = Math.max(this.#second ?? second, second);
+    }
+    ++this.rates[this.rates.length - 1];
+    this.all.add(call.duration);
+    const name = nameOf(call);
+    if (!this.operations.has(name) && this.operations.size < kMostOperations)
+      this.operations.set(name, { down: 0, up: 0, durations: new Durations(), waited: null });
+    const of = this.operations.get(name);
+    if (of) {
+      ++of[call.direction === 'up' ? 'up' : 'down'];
+      of.durations.add(call.duration);
+      if (call.waited !== null) of.waited = Math.max(of.waited ?? 0, call.waited);
+    }
+    if (call.waited !== null) this.waits.add(call.waited);
+    if (call.level !== undefined) {
+      this.#heard(Number(call.level) || 0, this.#block === null ? 0 : call.time - this.#block);
+      this.#block = call.time;
+    } else if (name.startsWith('VornAudioIn.st')) {
+      this.#block = null;  // Between streams there is no gap.
+    }
+  }
+}
+
+/** Shows measures, anew each second. */
+export class Figures {
+  #measures = new Measures();
+  #title = byId('figures').querySelector('h2');
   #numbers = make('dl', { class: 'numbers' });
-  #rate = chart('Calls a second, the last two minutes');
-  #histogram = chart('Durations of all calls, short to long');
-  #level = chart('Level of the sound that went up');
+  #rate = new Chart('Calls a second, the last two minutes');
+  #histogram = new Chart('Durations of all calls');
+  #level = new Chart('Level of the sound that went up');
   #rows = make('tbody');
 
   constructor() {
@@ -65,85 +160,42 @@ export class Figures {
       make('div', { class: 'table', tabindex: '0', role: 'region', 'aria-label': 'Calls by operation' },
         make('table', {}, make('caption', {}, 'Calls that arrived'),
           make('thead', {}, make('tr', {}, ...heads.map((head) => make('th', { scope: 'col' }, head)))), this.#rows)));
-    setInterval(() => {
-      this.#rates.push(this.#second);
-      if (this.#rates.length > kMoments) this.#rates.shift();
-      this.#second = 0;
-      this.#render();
-    }, 1000);
+    setInterval(() => this.#render(), 1000);
   }
 
-  restart() {
-    this.#all = new Durations();
-    this.#waits = new Durations();
-    this.#operations.clear();
-    this.#levels = [];
-    this.#gap = 0;
-    this.#block = null;
-  }
-
-  process(process) {
-    this.#process = process;
-  }
-
-  /** One a second in recordings, in place of the blocks. */
-  sound({ level, gap }) {
-    this.#heard(Number(level) || 0, Number(gap) || 0);
-  }
-
-  #heard(level, gap) {
-    this.#levels.push(level);
-    if (this.#levels.length > 1200) this.#levels.splice(0, 200);
-    this.#gap = Math.max(this.#gap, gap);
-  }
-
-  add(call) {
-    if (call.running) return;
-    ++this.#second;
-    this.#all.add(call.duration);
-    const name = nameOf(call);
-    if (!this.#operations.has(name) && this.#operations.size < kMostOperations)
-      this.#operations.set(name, { down: 0, up: 0, durations: new Durations(), waited: null });
-    const of = this.#operations.get(name);
-    if (of) {
-      ++of[call.direction === 'up' ? 'up' : 'down'];
-      of.durations.add(call.duration);
-      if (call.waited !== null) of.waited = Math.max(of.waited ?? 0, call.waited);
-    }
-    if (call.waited !== null) this.#waits.add(call.waited);
-    if (call.level !== undefined) {
-      this.#heard(Number(call.level), this.#block === null ? 0 : call.time - this.#block);
-      this.#block = call.time;
-    } else if (name.startsWith('VornAudioIn.st')) {
-      this.#block = null;  // Between streams there is no gap.
-    }
-  }
-
-  #line({ drawing }, values, most = Math.max(1, ...values)) {
-    const points = values.map((value, n) => `${(n * 240) / Math.max(1, values.length - 1)},${68 - (64 * value) / most}`);
-    drawing.replaceChildren(svg('polyline', { points: points.join(' ') }));
+  show(measures, title) {
+    this.#measures = measures;
+    this.#title.textContent = title;
+    this.#render();
   }
 
   #render() {
     const number = (name, value) => make('div', {}, make('dt', {}, name), make('dd', { 'data-figure': name }, value));
-    const part = this.#process;
+    const { all, waits, operations, rates, gap, process } = this.#measures;
     this.#numbers.replaceChildren(
-      number('Calls', String(this.#all.count)),
-      number('Calls a second', String(this.#rates[this.#rates.length - 1] ?? 0)),
-      number('Median', time(this.#all.percentile(0.5))),
-      number('99 % within', time(this.#all.percentile(0.99))),
-      number('Longest wait for a lock', this.#waits.count ? time(this.#waits.most) : kNotMeasured),
-      number('Longest gap in the sound', time(this.#gap)),
-      number('Memory', part ? `${(part.memory / 1048576).toFixed(1)} MiB` : '—'),
-      number('Open files', part ? String(part.descriptors) : '—'),
-      number('Threads', part ? String(part.threads) : '—'));
-    this.#line(this.#rate, this.#rates);
-    this.#line(this.#level, this.#levels.slice(-240), 32768);
-    const buckets = [...this.#all.buckets];
-    const most = Math.max(1, ...buckets);
-    this.#histogram.drawing.replaceChildren(...buckets.flatMap((count, n) => (count === 0 ? []
-      : [svg('rect', { x: (n * 240) / kBuckets, y: 68 - (64 * count) / most, width: 240 / kBuckets, height: (64 * count) / most })])));
-    this.#rows.replaceChildren(...[...this.#operations].sort(([one], [other]) => (one < other ? -1 : 1))
+      number('Calls', String(all.count)),
+      number('Calls a second', String(rates[rates.length - 2] ?? rates[0] ?? 0)),
+      number('Median', time(all.percentile(0.5))),
+      number('99 % within', time(all.percentile(0.99))),
+      number('Longest wait for a lock', waits.count ? time(waits.most) : kNotMeasured),
+      number('Longest gap in the sound', time(gap)),
+      number('Memory', process ? `${(process.memory / 1048576).toFixed(1)} MiB` : '—'),
+      number('Open files', process ? String(process.descriptors) : '—'),
+      number('Threads', process ? String(process.threads) : '—'));
+    this.#rate.line(rates, `${Math.max(0, ...rates)} at most`);
+    const levels = this.#measures.levels.slice(-240);
+    if (levels.length === 0) this.#level.clear();
+    else this.#level.line(levels, `${Math.max(...levels)} of 32767 at most`, 32768);
+    const buckets = [...all.buckets];
+    const first = buckets.findIndex((count) => count > 0);
+    const last = buckets.findLastIndex((count) => count > 0);
+    if (first < 0) {
+      this.#histogram.clear();
+    } else {
+      const from = first === 0 ? 0 : endOf(first - 1) + 1;
+      this.#histogram.bars(buckets.slice(first, last + 1), `${time(from)} to ${time(Math.min(all.most, endOf(last)))}`);
+    }
+    this.#rows.replaceChildren(...[...operations].sort(([one], [other]) => (one < other ? -1 : 1))
       .map(([name, { down, up, durations, waited }]) => make('tr', {},
         ...[oneLine(name), down || '', up || '', time(durations.percentile(0.5)), time(durations.percentile(0.9)),
           time(durations.percentile(0.99)), time(durations.most), waited === null ? kNotMeasured : time(waited)]

@@ -1,15 +1,19 @@
 // The calls as lines with arrows between lanes. However many there are, only the lines that can be seen exist.
 
 import { answerOf, nameOf } from './model.js';
-import { byId, make, oneLine, time } from './texts.js';
+import { byId, counted, make, oneLine, time } from './texts.js';
 
 const kRow = 22;
-const kLanes = 280;  // Pixels for the lanes, left of the texts.
+const kLanes = 280;  // Pixels for the lanes, left of the texts, where there is room.
+const kLeastLanes = 150;
+const kMostArguments = 20;
 
 export function textOf(call) {
   const answer = answerOf(call);
+  const values = call.samples === undefined ? call.arguments.slice(0, kMostArguments).map((value) => value.slice(0, 200)).join(', ')
+    : `${counted(call.samples, 'sample')}, level ${call.level}`;
   return `${String(call.call).padStart(6)}  ${'  '.repeat(call.inside)}${nameOf(call)}` +
-    oneLine(`(${call.arguments.join(', ')})${call.running ? ' …' : answer ? ` = ${answer}` : ''}`, 160) +
+    oneLine(`(${values})${call.running ? ' …' : answer ? ` = ${answer}` : ''}`, 160) +
     (call.running ? '' : `  ${time(call.duration)}`);
 }
 
@@ -19,15 +23,17 @@ export class Lanes {
   #space = make('div', { role: 'presentation' });
   #rows = [];
   #list = [];
-  #end = null;  // While paused, how many are shown.
+  #last = null;  // While paused, the number of the last call that is shown.
   #chosen = null;
   #following = true;
   #asked = false;
   #perThread = false;
   #onChoose;
+  #isLocked;
 
-  constructor(onChoose) {
+  constructor(onChoose, isLocked) {
     this.#onChoose = onChoose;
+    this.#isLocked = isLocked;
     this.#box.append(this.#canvas, this.#space);
     this.#box.addEventListener('scroll', () => {
       this.#following = this.#box.scrollTop + this.#box.clientHeight >= this.#box.scrollHeight - kRow;
@@ -46,10 +52,10 @@ export class Lanes {
     this.draw();
   }
 
-  /** Shows no more than there are now; what comes is kept. */
-  pause(paused) {
-    this.#end = paused ? this.#list.length : null;
-    if (!paused) this.#following = true;
+  /** Shows no call after this one, or with null all of them; what comes is kept. */
+  pause(last) {
+    this.#last = last;
+    if (last === null) this.#following = true;
     this.draw();
   }
 
@@ -59,7 +65,14 @@ export class Lanes {
   }
 
   get length() {
-    return Math.min(this.#end ?? Infinity, this.#list.length);
+    if (this.#last === null) return this.#list.length;
+    let [from, to] = [0, this.#list.length];
+    while (from < to) {
+      const middle = (from + to) >> 1;
+      if (this.#list[middle].call > this.#last) to = middle;
+      else from = middle + 1;
+    }
+    return from;
   }
 
   get chosen() {
@@ -94,15 +107,15 @@ export class Lanes {
     this.#asked = true;
     requestAnimationFrame(() => {
       this.#asked = false;
-      const begin = performance.now();
       this.#render();
-      this.#box.dataset.drawn = (performance.now() - begin).toFixed(1);
     });
   }
 
   #render() {
     const count = this.length;
     const height = this.#box.clientHeight;
+    const width = Math.max(kLeastLanes, Math.min(kLanes, Math.round(this.#box.clientWidth / 3)));
+    this.#box.style.setProperty('--lanes', `${width}px`);
     this.#space.style.height = `${Math.max(0, count * kRow - height)}px`;
     if (this.#following) this.#box.scrollTop = count * kRow;
     const top = this.#box.scrollTop;
@@ -125,7 +138,6 @@ export class Lanes {
       row.id = `call-${index}`;
       row.className = `row ${call.direction}${call.exception === null || call.exception === undefined ? '' : ' threw'}`;
       row.style.transform = `translateY(${index * kRow}px)`;
-      row.style.paddingLeft = `${kLanes}px`;
       row.setAttribute('aria-selected', String(call === this.#chosen));
       row.setAttribute('aria-posinset', index + 1);
       row.setAttribute('aria-setsize', count);
@@ -133,28 +145,30 @@ export class Lanes {
     });
     if (active) this.#box.setAttribute('aria-activedescendant', active);
     else this.#box.removeAttribute('aria-activedescendant');
-    this.#arrows(first, last, top, height);
+    this.#arrows(first, last, top, width, height);
   }
 
-  #arrows(first, last, top, height) {
+  #arrows(first, last, top, width, height) {
     const scale = devicePixelRatio || 1;
     const canvas = this.#canvas;
-    if (canvas.width !== Math.round(kLanes * scale) || canvas.height !== Math.round(height * scale)) {
-      canvas.width = Math.round(kLanes * scale);
+    if (canvas.width !== Math.round(width * scale) || canvas.height !== Math.round(height * scale)) {
+      canvas.width = Math.round(width * scale);
       canvas.height = Math.round(height * scale);
-      canvas.style.width = `${kLanes}px`;
+      canvas.style.width = `${width}px`;
       canvas.style.height = `${height}px`;
     }
     const colours = getComputedStyle(document.documentElement);
     const colour = (name) => colours.getPropertyValue(name);
     const pen = canvas.getContext('2d');
     pen.setTransform(scale, 0, 0, scale, 0, 0);
-    pen.clearRect(0, 0, kLanes, height);
+    pen.clearRect(0, 0, width, height);
     pen.font = '11px sans-serif';
     const seen = this.#list.slice(first, last);
     const names = this.#perThread ? [...new Set(seen.map((call) => call.thread))].slice(0, 8).concat('library')
       : ['assistant', 'library', 'firmware'];
-    const place = (lane) => 30 + (lane * (kLanes - 70)) / Math.max(1, names.length - 1);
+    const edge = Math.max(24, width / 8);
+    const apart = (width - 2 * edge) / Math.max(1, names.length - 1);
+    const place = (lane) => edge + lane * apart;
     pen.strokeStyle = colour('--line');
     pen.fillStyle = colour('--faint');
     pen.textAlign = 'center';
@@ -186,6 +200,8 @@ export class Lanes {
       pen.lineTo(to - turn * 7, y - 4);
       pen.lineTo(to - turn * 7, y + 4);
       pen.fill();
+      const library = this.#perThread ? names.length - 1 : 1;
+      if (this.#isLocked(call)) pen.fillRect(place(library) - 3, y - 3, 6, 6);
       if (call.waited > 0) pen.fillText(`waited ${time(call.waited)}`, (from + to) / 2, y - 2);
       // What it holds inside.
       let inner = n + 1;
@@ -195,8 +211,8 @@ export class Lanes {
       }
     });
     pen.fillStyle = colour('--paper');
-    pen.fillRect(0, 0, kLanes, 14);
+    pen.fillRect(0, 0, width, 14);
     pen.fillStyle = colour('--faint');
-    names.forEach((name, lane) => pen.fillText(oneLine(name, 12), place(lane), 11));
+    names.forEach((name, lane) => pen.fillText(oneLine(name, 12), place(lane), 11, apart - 4));
   }
 }

@@ -1,54 +1,67 @@
-import { offerFaults } from './faults.js';
-import { Figures } from './figures.js';
+import { Faults } from './faults.js';
+import { Figures, Measures } from './figures.js';
 import { Lanes } from './lanes.js';
 import { Calls, answerOf, differences, nameOf, readRecording } from './model.js';
 import { documentation, offer } from './operations.js';
 import { Scenario } from './scenario.js';
 import { Server } from './server.js';
-import { DeviceState, SpeakerView } from './speaker.js';
-import { byId, download, harmless, make, oneLine, time } from './texts.js';
+import { DeviceState, Past, SpeakerView } from './speaker.js';
+import { byId, counted, download, harmless, make, oneLine, time } from './texts.js';
+import { turns } from './turns.js';
 
 const kMostReport = 200000;
 const kLargestRecording = 1 << 28;
+const kMostValue = 5000;
 
 const server = new Server();
 const speaker = new SpeakerView();
 const figures = new Figures();
 let device = new DeviceState();
 let live = new Calls();
-const opened = [];  // Recordings: {name, calls}
+let measures = new Measures();
+const locked = new Set();  // Operations whose calls come one at a time.
+const opened = [];  // Recordings: {name, calls, past, measures}
 let shown = live;
 let watching = '';
+let host = '';  // One's own, in place of the simulated one.
 let connected = false;
 let alive = true;
+let found = false;  // By the doctor.
 
-const lanes = new Lanes((call, index) => {
+const lanes = new Lanes((call) => {
   detail(call);
-  if (shown !== live) room(index);
-});
+  if (shown !== live) room(call);
+}, (call) => locked.has(nameOf(call)));
 
 // ---- One call ------------------------------------------------------------------------------------------------
 
 async function detail(call) {
   const facts = [['Number', call.call], ['Began', time(call.time)], ['Took', call.running ? 'not ended yet' : time(call.duration)],
     ['Thread', call.thread], ['Direction', call.direction], ['Arrived', call.interface ? `${call.interface}, slot ${call.slot}` : 'nowhere'],
-    ['Inside', `${call.inside} calls`], ...call.arguments.map((value, n) => [`Argument ${n + 1}`, value]),
+    ['Inside', `${call.inside} calls`], ...(call.samples === undefined ? call.arguments : []).map((value, n) => [`Argument ${n + 1}`, value]),
     ['Answer', answerOf(call) || '—']];
-  const locked = list.find((operation) => operation.adapter === call.adapter && operation.operation === call.operation)?.locked;
-  if (locked) facts.push(['Lock', `held by this call${call.waited === null ? ', the wait for it was not measured' : `, waited ${time(call.waited)} for it`}`]);
+  if (locked.has(nameOf(call))) facts.push(['Lock', `held by this call${call.waited === null ? ', the wait for it was not measured' : `, waited ${time(call.waited)} for it`}`]);
   if (call.samples !== undefined) facts.push(['Sound', `${call.samples} samples, peak ${call.peak}, level ${call.level}`]);
   for (const line of call.trace ?? []) facts.push(['Trace', line]);
   const words = make('pre', {});
   byId('details').replaceChildren(make('h3', {}, oneLine(nameOf(call))),
-    make('dl', {}, ...facts.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, harmless(value).slice(0, 5000))])), words);
+    make('dl', {}, ...facts.flatMap(([name, value]) => [make('dt', {}, name), make('dd', {}, harmless(value, kMostValue))])), words);
   words.textContent = await documentation(call.adapter, call.operation);
 }
 
-/** The speaker as it was after a call. */
-function room(index) {
-  const then = new DeviceState();
-  for (const call of shown.shown.slice(0, index + 1)) then.take(call);
-  speaker.show(then);
+let asked = 0;
+
+/** The speaker as it was after a call of a recording. */
+async function room(call) {
+  const mine = ++asked;
+  const recording = opened.find(({ calls }) => calls === shown);
+  const then = await recording?.past.after(shown.all.indexOf(call));
+  if (then && mine === asked) speaker.show(then, `Speaker, after call ${call.call} of ${oneLine(recording.name, 60)}`);
+}
+
+function now() {
+  ++asked;
+  speaker.show(device);
 }
 
 // ---- What is shown -------------------------------------------------------------------------------------------
@@ -69,11 +82,11 @@ function count() {
     counting = false;
     options(byId('byAdapter'), shown.adapters, 'all');
     options(byId('byThread'), shown.threads, 'all');
-    const words = [`${lanes.length} calls`];
+    const words = [counted(lanes.length, 'call')];
     if (shown.shown !== shown.all) words.push(`of ${shown.all.length}`);
     if (lanes.length < shown.shown.length) words.push(`(paused, ${shown.shown.length - lanes.length} more)`);
     if (shown.missed > 0) words.push(`(${shown.missed} earlier ones are not kept)`);
-    if (shown.leftOut > 0) words.push(`(${shown.leftOut} lines could not be read and are left out)`);
+    if (shown.leftOut > 0) words.push(`(left out: ${counted(shown.leftOut, 'line')} that could not be read)`);
     byId('count').textContent = words.join(' ');
   });
 }
@@ -89,7 +102,7 @@ function filter() {
 
 function pause(paused) {
   byId('pause').setAttribute('aria-pressed', String(paused));
-  lanes.pause(paused);
+  lanes.pause(paused ? shown.all[shown.all.length - 1]?.call ?? 0 : null);
   count();
 }
 
@@ -102,7 +115,8 @@ function show(n) {
   shown = n < 0 ? live : opened[n].calls;
   byId('shown').value = n;
   byId('stepping').hidden = n < 0;
-  if (n < 0) speaker.show(device);
+  if (n < 0) now();
+  figures.show(n < 0 ? measures : opened[n].measures, n < 0 ? 'Figures' : `Figures of ${oneLine(opened[n].name, 60)}`);
   pause(false);
   filter();
   if (n >= 0) lanes.choose(0);
@@ -114,7 +128,7 @@ byId('byText').addEventListener('input', filter);
 byId('shown').addEventListener('change', (event) => show(Number(event.target.value)));
 byId('pause').addEventListener('click', () => pause(byId('pause').getAttribute('aria-pressed') !== 'true'));
 byId('perThread').addEventListener('change', (event) => { lanes.perThread = event.target.checked; });
-byId('save').addEventListener('click', () => download('calls.jsonl', shown.recording()));
+byId('save').addEventListener('click', async () => download('calls.jsonl', await shown.recording()));
 for (const [name, to] of [['First', () => 0], ['Back', () => lanes.chosen - 1], ['Next', () => lanes.chosen + 1], ['Last', () => Infinity]]) {
   byId('stepping').append(make('button', { type: 'button', click: () => lanes.choose(to()) }, name));
 }
@@ -128,30 +142,42 @@ function tell(text, bad = false) {
 }
 
 async function open(files) {
-  let n = -1;
+  let last = null;
+  if (files.length === 0) tell('What was dropped is no file. Drop a recording.', true);
   for (const file of files) {
     try {
       if (file.size > kLargestRecording) throw new Error(`${file.name} is larger than 256 MiB, which this page does not take.`);
-      const calls = readRecording(file.name, await file.text());
+      tell(`Reading ${oneLine(file.name)} …`);
+      const told = new Measures(true);
+      const calls = await readRecording(file, (line) => told.note(line));
+      const pause = turns();
+      for (const call of calls.all) {
+        told.add(call);
+        await pause();
+      }
+      last = { name: file.name, calls, past: new Past(calls.all), measures: told };
       if (opened.length === 2) opened.shift();
-      n = opened.push({ name: file.name, calls }) - 1;
-      tell(`${oneLine(file.name)}: ${calls.all.length} calls`);
+      opened.push(last);
+      tell(`${oneLine(file.name)}: ${counted(calls.all.length, 'call')}`);
     } catch (error) {
-      tell(harmless(error.message), true);
+      // A browser's own words, as for a folder, do not name the file.
+      tell(oneLine(error.message.includes(file.name) ? error.message : `${file.name} cannot be read: ${error.message}`, 600), true);
     }
   }
-  if (n < 0) return;
+  if (!last) return;
   sources();
-  show(n);
+  show(opened.indexOf(last));
   compare();
 }
 
-function compare() {
+async function compare() {
   const box = byId('comparison');
   box.hidden = opened.length < 2;
   if (box.hidden) return;
   const [one, other] = opened;
-  const found = differences(one.calls.all, other.calls.all);
+  box.replaceChildren(make('p', {}, 'Comparing …'));
+  const found = await differences(one.calls.all, other.calls.all);
+  if (one !== opened[0] || other !== opened[1]) return;
   const words = (call) => (call ? oneLine(`${nameOf(call)}(${call.arguments.join(', ')}) = ${answerOf(call) || 'no result'}`, 160) : 'no call');
   const go = (left, right) => {
     const n = left ? 0 : 1;
@@ -160,7 +186,7 @@ function compare() {
   };
   box.replaceChildren(
     make('h3', {}, found.length === 0 ? `${oneLine(one.name)} and ${oneLine(other.name)} tell the same`
-      : `${oneLine(one.name)} and ${oneLine(other.name)} differ in ${found.length === 200 ? '200 places or more' : `${found.length} places`}`),
+      : `${oneLine(one.name)} and ${oneLine(other.name)} differ in ${found.length === 200 ? '200 places or more' : counted(found.length, 'place')}`),
     make('ol', {}, ...found.map(([left, right]) => make('li', {},
       make('button', { type: 'button', click: () => go(left, right) }, `${words(left)}\n${words(right)}`)))));
 }
@@ -184,21 +210,27 @@ addEventListener('drop', (event) => {
 
 function report(text) {
   byId('reports').hidden = false;
+  byId('toReports').hidden = false;
   const box = byId('report');
+  const end = box.scrollHeight;
   box.textContent = (box.textContent + harmless(text) + '\n').slice(-kMostReport);
-  box.scrollTop = box.scrollHeight;
+  box.scrollTop = end;  // Its beginning says what it is.
 }
 
 function state() {
-  byId('source').textContent = !connected ? 'No connection to vorn-speaker: it has ended, or is not reached.'
-    : watching ? `Watching ${oneLine(watching)}` : alive ? 'The speaker runs.' : 'The speaker has ended.';
+  const runs = `The speaker runs${host ? `, with the host ${oneLine(host)}` : ''}.${found ? ' The doctor found something: see Reports.' : ''}`;
+  const serves = watching ? `Watching ${oneLine(watching)}` : alive ? runs : 'The speaker has ended: see Reports, where it can be started again.';
+  byId('source').textContent = connected ? serves
+    : 'No connection to vorn-speaker: it has ended, or is not reached. Start it again and open the address that it prints.';
 }
 
 function begin() {
   live = new Calls();
   device = new DeviceState();
-  figures.restart();
+  measures = new Measures(watching !== '');
+  faults.restart();
   alive = true;
+  found = false;
   state();
   show(-1);
   compare();
@@ -214,21 +246,27 @@ function line(read) {
     sources();
     for (const id of ['assistant', 'firmware', 'scenario', 'faults']) byId(id).hidden = true;
   } else if (read.device) {
+    host = String(read.device.host ?? '');
     device.begin(read.device);
     speaker.show(device);
+    showVolume(device.facts.get('Volume'));
+    state();
   } else if (read.earlier) {
     if (Array.isArray(read.earlier.arguments)) device.take(read.earlier);
   } else if (read.missed) {
     live.missed += read.missed;
   } else if (read.played) {
     if (read.played.statement) scenario.remember(read.played.statement);
+    if (!read.played.problem) faults.played(read.played.statement);
     server.played(read.played);
-  } else if (read.process) {
-    figures.process(read.process);
-  } else if (read.sound) {
-    figures.sound(read);
-  } else if (read.finding || read.report !== undefined) {
-    report(read.finding ?? read.report);
+  } else if (read.process || read.sound) {
+    measures.note(read);
+  } else if (read.finding) {
+    found = true;
+    report(read.finding);
+    state();
+  } else if (read.report !== undefined) {
+    report(read.report);
   } else if (read.note !== undefined) {
     report(read.note);
   } else if (read.ended !== undefined) {
@@ -240,8 +278,9 @@ function line(read) {
     live.leftOut += read.leftOut;
   } else if (live.add(read)) {
     const call = read.open ?? read;
-    figures.add(call);
+    measures.add(call);
     device.take(call);
+    showVolume(device.facts.get('Volume'));
     if (shown === live) {
       speaker.show(device);
       redraw();
@@ -249,15 +288,20 @@ function line(read) {
   }
 }
 
+/** Whether an operation that answers false says that it did not do what it was to do. */
+const didNot = (statement, result) => /^false\b/.test(result) && !/\.(get|is)/.test(statement);
+
 async function play(statements) {
   for (const statement of statements) {
-    tell(`${oneLine(statement)} …`);
+    const name = statement.split(' ', statement.startsWith('together ') ? 3 : 2).join(' ');  // The rest may be secret.
+    tell(`${oneLine(name)} …`);
     byId('outcome').setAttribute('aria-busy', 'true');
     try {
-      const result = await server.play(statement);
-      tell(`${oneLine(statement)}${result ? ` gave ${oneLine(result)}` : ''}`);
+      const { statement: kept, result } = await server.play(statement);
+      const shown = kept.startsWith('#') ? `${name} ********` : kept;
+      tell(`${oneLine(shown)}${result ? ` gave ${oneLine(result)}` : ''}${didNot(shown, result) ? ': it was not done' : ''}`);
     } catch (error) {
-      tell(`${oneLine(statement)}: ${error.message}`, true);
+      tell(`${oneLine(name)}: ${error.message}`, true);
       return;
     }
   }
@@ -266,12 +310,14 @@ async function play(statements) {
 byId('restart').addEventListener('click', () => server.restart().catch((error) => tell(error.message, true)));
 
 const list = await server.operations();
-offer(list, play);
-offerFaults(list, play);
+for (const operation of list) if (operation.locked) locked.add(nameOf(operation));
+const showVolume = offer(list, play);
+const faults = new Faults(list, play);
 const scenario = new Scenario(server);
 sources();
 server.listen(line, (now) => {
   connected = now;
   state();
 });
+setInterval(() => measures.tick(), 1000);
 document.body.dataset.ready = 'yes';

@@ -31,6 +31,7 @@ const kUsual = {
     ['Answer the call', ['firmware VornCommsManager.notifyCallAction 1']],
     ['Next, on the device', ['firmware VornGUIOutput.notifyPlaybackControllerAction NEXT']],
     ['Muted by hand', ['firmware VornDeviceInfo.notifyMuteChanged true']],
+    ['Unmuted by hand', ['firmware VornDeviceInfo.notifyMuteChanged false']],
   ],
 };
 
@@ -50,6 +51,9 @@ class Side {
   #chosen = null;
   #fields = make('div', { class: 'fields' });
   #inputs = [];
+  #volume;
+  #number = make('output', { 'aria-hidden': 'true' });  // The slider says it itself.
+  #moves = 0;  // Of the slider, that have not been answered.
   #threads = make('input', { type: 'number', min: '1', max: '64', value: '1' });
 
   constructor(caller, operations, play) {
@@ -58,7 +62,13 @@ class Side {
     this.#operations = operations.filter((operation) => operation.caller === caller);
     const form = byId(caller);
     const volume = make('input', { type: 'range', min: '0', max: '100', value: '30', id: `${caller}Volume`,
-      change: () => play([kVolume[caller](volume.value)]) });
+      input: () => { this.#number.textContent = volume.value; },
+      change: async () => {
+        ++this.#moves;
+        await play([kVolume[caller](volume.value)]);
+        --this.#moves;
+      } });
+    this.#volume = volume;
     const select = make('select', { id: `${caller}Operation`, change: () => this.#choose(select.value) });
     const groups = new Map();
     this.#operations.forEach((operation, index) => {
@@ -70,7 +80,7 @@ class Side {
       make('h2', {}, caller === 'assistant' ? 'Assistant' : 'Firmware'),
       make('div', { class: 'bar', role: 'group', 'aria-label': 'The usual' },
         ...kUsual[caller].map(([name, statements]) => make('button', { type: 'button', click: () => play(statements) }, name))),
-      make('label', {}, caller === 'assistant' ? 'Set the volume ' : 'Volume turned by hand ', volume),
+      make('label', {}, caller === 'assistant' ? 'Set the volume ' : 'Volume turned by hand ', volume, this.#number),
       make('h3', {}, 'Every operation'),
       make('label', {}, 'Operation ', select),
       this.#fields,
@@ -82,9 +92,17 @@ class Side {
     this.#choose(0);
   }
 
+  /** Puts the slider where the volume is, unless somebody is moving it. */
+  showVolume(value) {
+    if (this.#moves > 0 || this.#volume.matches(':active') || !/^\d+$/.test(value)) return;
+    this.#volume.value = value;
+    this.#number.textContent = value;
+  }
+
   #choose(index) {
     this.#chosen = this.#operations[index];
-    this.#inputs = this.#chosen.parameters.map((parameter) => make('input', { type: 'text', autocomplete: 'off', spellcheck: 'false', name: parameter.name }));
+    this.#inputs = this.#chosen.parameters.map((parameter) => make('input',
+      { type: parameter.secret ? 'password' : 'text', autocomplete: 'off', spellcheck: 'false', name: parameter.name }));
     this.#fields.replaceChildren(
       ...this.#chosen.parameters.map((parameter, n) => make('label', {}, parameter.name,
         this.#inputs[n], make('small', {}, parameter.type + (parameter.optional ? '; may be left out' : '')))),
@@ -105,8 +123,19 @@ class Side {
   }
 }
 
+/** Both sides; gives what puts their sliders where the volume is. */
 export function offer(operations, play) {
-  for (const caller of ['assistant', 'firmware']) new Side(caller, operations, play);
+  const sides = ['assistant', 'firmware'].map((caller) => new Side(caller, operations, play));
+  let volume = null;
+  return (now) => {
+    if (volume === null) {
+      requestAnimationFrame(() => {
+        sides.forEach((side) => side.showVolume(volume));
+        volume = null;
+      });
+    }
+    volume = now;
+  };
 }
 
 /** What the header says of an operation: the lines of comment above its declaration. */

@@ -1,6 +1,9 @@
 // The way to the speaker: statements go up one by one, all that happens comes down as a stream of lines.
 
 import { harmless } from './texts.js';
+import { turns } from './turns.js';
+
+const kMostUnread = 1 << 24;  // Characters; beyond, the server is to wait.
 
 export class Server {
   #waiting = new Map();  // By the statement's number: who waits for what came of it.
@@ -35,14 +38,14 @@ export class Server {
     return this.#post('restart', '');
   }
 
-  /** Plays a statement, and gives its result when it was played; throws when it could not be, or an expectation was not met. */
+  /** Plays a statement; gives it, with its secrets masked, and its result. Throws when it could not be played, or was not met. */
   async play(line) {
     const { id } = await this.#post('statement', line);
     const early = this.#early.get(id);
     this.#early.delete(id);
     const played = early ?? (await new Promise((resolve) => this.#waiting.set(id, resolve)));
     if (played.problem) throw new Error(harmless(played.problem));
-    return harmless(played.result);
+    return played;
   }
 
   played(played) {
@@ -66,16 +69,35 @@ export class Server {
     const source = new EventSource('events');
     source.addEventListener('open', () => onState(true));
     source.addEventListener('error', () => onState(false));
-    source.addEventListener('message', (event) => {
-      for (const line of event.data.split('\n')) {
-        let read;
-        try {
-          read = JSON.parse(line);
-        } catch {
-          continue;
+    const unread = [];
+    let characters = 0;
+    let reading = false;
+    const read = async () => {
+      reading = true;
+      const pause = turns();
+      for (let text; (text = unread.shift()) !== undefined;) {
+        characters -= text.length;
+        for (const line of text.split('\n')) {
+          if (characters < kMostUnread) await pause();
+          let told;
+          try {
+            told = JSON.parse(line);
+          } catch {
+            continue;
+          }
+          try {
+            onLine(told);
+          } catch (error) {
+            reportError(error);  // The lines after it are shown all the same.
+          }
         }
-        onLine(read);
       }
+      reading = false;
+    };
+    source.addEventListener('message', (event) => {
+      unread.push(event.data);
+      characters += event.data.length;
+      if (!reading) read();
     });
   }
 }

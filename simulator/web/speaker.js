@@ -2,8 +2,11 @@
 
 import { nameOf } from './model.js';
 import { byId, harmless, items, make, oneLine, plain } from './texts.js';
+import { turns } from './turns.js';
 
 const kLights = 12;
+const kThousand = 1000;
+const kMostCard = 5000;
 const kNamespace = 'http://www.w3.org/2000/svg';
 
 /** A colour and a pattern for each animation, the same in every run. */
@@ -36,6 +39,13 @@ const kPlaying = { Play: 'playing', Pause: 'paused', Stop: 'stopped', StartOver:
 export class DeviceState {
   facts = new Map([['Display', ''], ['Volume', '?'], ['Muted', '?'], ['Playback', '—'], ['Call', '—'], ['Setup', '—'], ['Dialog', '—'], ['Network', '?'], ['Audio focus', '—']]);
   animations = [];
+
+  copy() {
+    const copy = new DeviceState();
+    copy.facts = new Map(this.facts);
+    copy.animations = this.animations;
+    return copy;
+  }
 
   begin(device) {
     if (device.volume !== undefined) this.facts.set('Volume', String(device.volume));
@@ -98,9 +108,34 @@ export class DeviceState {
   }
 }
 
+/** What a recording tells of a device, after any of its calls. */
+export class Past {
+  #calls;
+  #kept = [new DeviceState()];  // Before the first of each thousand calls.
+
+  constructor(calls) {
+    this.#calls = calls;
+  }
+
+  async after(index) {
+    const pause = turns();
+    const nearest = Math.min(Math.floor(index / kThousand), this.#kept.length - 1);
+    const state = this.#kept[nearest].copy();
+    for (let at = nearest * kThousand; at <= index; ++at) {
+      if (at === this.#kept.length * kThousand) {
+        this.#kept.push(state.copy());
+        await pause();
+      }
+      state.take(this.#calls[at]);
+    }
+    return state;
+  }
+}
+
 export class SpeakerView {
   #lights = [];
   #ring;
+  #title = make('h2', {}, 'Speaker');
   #name = make('p', { id: 'animation' });
   #card = make('div', { id: 'card', role: 'img', tabindex: '0', 'aria-label': 'Display' });
   #facts = make('dl', { id: 'facts' });
@@ -125,7 +160,7 @@ export class SpeakerView {
       this.#lights.push(dot);
     }
     this.#ring.append(group);
-    byId('speaker').append(make('h2', {}, 'Speaker'), this.#ring, this.#name, this.#card, this.#facts);
+    byId('speaker').append(this.#title, this.#ring, this.#name, this.#card, this.#facts);
     // The animations one after the other.
     setInterval(() => {
       if (!this.#state || this.#state.animations.length < 2) return;
@@ -134,7 +169,8 @@ export class SpeakerView {
     }, 1200);
   }
 
-  show(state) {
+  show(state, title = 'Speaker') {
+    this.#title.textContent = title;
     if (this.#state !== state) this.#frame = 0;
     this.#state = state;
     if (this.#asked) return;
@@ -162,7 +198,7 @@ export class SpeakerView {
   #render() {
     this.#light();
     const card = this.#state.facts.get('Display');
-    this.#card.textContent = harmless(card).slice(0, 5000);
+    this.#card.textContent = harmless(card, kMostCard);
     this.#card.setAttribute('aria-label', card ? `Display: ${oneLine(card)}` : 'Display: empty');
     this.#facts.replaceChildren(...[...this.#state.facts].filter(([name]) => name !== 'Display')
       .flatMap(([name, value]) => [make('dt', {}, name), make('dd', { 'data-fact': name }, oneLine(value))]));

@@ -1,15 +1,15 @@
 // Texts come from outside and may hold anything: they are shown, never obeyed.
 
-/** Control characters, and those that turn the direction of writing, made visible. */
-export function harmless(text) {
-  return String(text).replace(/[\u0000-\u0009\u000b-\u001f\u007f-\u009f\u200e\u200f\u2028-\u202e\u2066-\u2069]/g,
+/** Control characters, and those that turn the direction of writing, made visible; of a long text only the beginning. */
+export function harmless(text, most = Infinity) {
+  const all = String(text);
+  return (all.length > most ? `${all.slice(0, most)} …` : all).replace(/[\u0000-\u0009\u000b-\u001f\u007f-\u009f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]/g,
     (character) => '\\x' + character.charCodeAt(0).toString(16).padStart(2, '0'));
 }
 
 /** The same, on one line and not longer than people read. */
 export function oneLine(text, most = 300) {
-  const line = harmless(text).replace(/\n/g, '\\n');
-  return line.length > most ? line.slice(0, most) + ' …' : line;
+  return harmless(text, most).replace(/\n/g, '\\n');
 }
 
 /** An element; texts become text, functions listeners, null is left out. */
@@ -45,13 +45,16 @@ export function items(value) {
   return (value.slice(1, -1).match(/"(?:\\.|[^"\\])*"|[^,\s][^,]*/g) ?? []).map((item) => plain(item.trim()));
 }
 
-/** Hands a text to the person as a file. */
-export function download(name, text) {
-  const address = URL.createObjectURL(new Blob([text], { type: 'application/octet-stream' }));
+/** Hands a text, or what a file holds, to the person as a file. */
+export function download(name, content) {
+  const address = URL.createObjectURL(new Blob([content], { type: 'application/octet-stream' }));
   const link = make('a', { href: address, download: name });
   link.click();
   setTimeout(() => URL.revokeObjectURL(address), 1000);
 }
+
+/** "1 call", "2 calls". */
+export const counted = (count, name) => `${count} ${name}${count === 1 ? '' : 's'}`;
 
 /** "1.2 ms" of microseconds. */
 export function time(microseconds) {

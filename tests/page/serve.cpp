@@ -1,13 +1,16 @@
 // vorn-speaker serve, asked as a browser asks it.
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "http.h"
@@ -216,7 +219,9 @@ TEST_F(Serving, PlaysAHostOfOnesOwn) {
   Program program({"--host", VORN_BAD_HOST});
   const Address address(program.address());
   post(address, "statement", "assistant VornDeviceInfo.getVolume");
-  EXPECT_TRUE(has(told(address, "\"played\""), "\"result\":\"7\""));
+  const std::string all = told(address, "\"played\"");
+  EXPECT_TRUE(has(all, "\"result\":\"7\""));
+  EXPECT_TRUE(has(all, "{\"device\":{\"host\":\"" VORN_BAD_HOST "\"}}")) << all;  // no more is known of it
 }
 
 TEST_F(Serving, MasksSecrets) {
@@ -286,6 +291,22 @@ TEST_F(Serving, RefusesWithAReasonWhatCannotBe) {
     EXPECT_EQ(program.wait(), 2);
     EXPECT_TRUE(has(Program::errors(), refusal.words)) << refusal.words << " in " << Program::errors();
   }
+}
+
+TEST_F(Serving, RefusesAPortThatItMayNotTake) {
+  int first = 1024;
+  std::ifstream("/proc/sys/net/ipv4/ip_unprivileged_port_start") >> first;
+  if (first <= 80) GTEST_SKIP() << "here everybody may take port 80";
+  // Who may, gives that up: this thread alone, and what it starts.
+  std::thread([] {
+    prctl(PR_CAPBSET_DROP, CAP_NET_BIND_SERVICE);
+    Program program({"--port", "80"});
+    EXPECT_EQ(program.address(), "");
+    EXPECT_EQ(program.wait(), 2);
+  }).join();
+  EXPECT_EQ(Program::errors(),
+            "vorn-speaker: port 80 of 127.0.0.1: Permission denied; name another with --port, or none for a "
+            "free one\n");
 }
 
 }  // namespace
