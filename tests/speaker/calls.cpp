@@ -14,9 +14,9 @@
 
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
+#include "calls/Tally.h"
 #include "recordings/Recording.h"
 #include "recordings/Report.h"
-#include "calls/Tally.h"
 
 namespace {
 

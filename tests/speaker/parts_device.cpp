@@ -58,6 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{"[config]\nclientID = 3", ":2:12: 'clientID' must be a text"}, Bad{"a = = b", ":1:5: "},
         Bad{"locale = \"\xC3\xBC\" # \xC3\xBC\nvol\xC3\xBCme = 3", ":2:4: letters beyond ASCII"},
         Bad{"a = '' b\xC3\xBC", ":1:9: letters beyond ASCII"},
+        Bad{"a = '\xC3\xBC\xE2\x82\xAC' b\xC3\xBC", ":1:11: letters beyond ASCII"},
         Bad{"a = \"\"\"x\"\"\"\"\" \xC3\xBC", ":1:15: letters beyond ASCII"},
         Bad{"\xC3\xBC = \"\xC3\xBC \xC3\xBC", ":1:1: letters beyond ASCII"},
         Bad{"\xff\xfe", "/tmp/device.toml:1:"},

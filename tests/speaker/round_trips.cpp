@@ -8,8 +8,8 @@
 
 #include <sstream>
 
-#include "recordings/Recording.h"
 #include "language/Operations.h"
+#include "recordings/Recording.h"
 #include "text/Spelling.h"
 
 namespace {

@@ -45,6 +45,10 @@ TEST_F(Console, ReplacesNoFileThatItDidNotSave) {
   EXPECT_EQ(content(mine + "2"), "section a\nsection b\n");
 }
 
+TEST_F(Console, ShowsWhatWentWrongAsItShowsWhatItDidNotUnderstand) {
+  EXPECT_TRUE(has(type("section a\nsave /nowhere/x\n"), "\n  /nowhere/x cannot be written: No such file"));
+}
+
 TEST_F(Console, ShowsNothingOfALineThatItDidNotUnderstand) {
   const std::string output = type(
       "assistant VornDeviceInfo.notifyVolume x\nasistant y\nfirmware VornDeviceInfo.notifyVolumeChanged \x1b[2J\n");

@@ -90,7 +90,9 @@ class TraceLeftAway : public Scenario {
 
 TEST_F(TraceLeftAway, IsPutBackByTheNextRun) {
   const std::string output = play("firmware VornAppMessaging.SendMessageToxApp a b c\n");
-  EXPECT_TRUE(has(output, "xAppLog.txt: put back; an earlier run had taken it away and ended early\n"));
+  EXPECT_TRUE(
+      has(output,
+          "vorn-speaker: /tmp/xAppLog.txt: put back; an earlier run had taken it away and ended early\n"));
   EXPECT_TRUE(matches(content(kTrace), "^ Time: earlier\n.*receiveAppMessage"));
   EXPECT_FALSE(std::filesystem::exists(kAside));
 }
@@ -110,6 +112,16 @@ TEST_F(TraceLeftAway, StaysAwayWhileARunNeedsItThere) {
   close(folder);
   EXPECT_EQ(m_status, 2);
   EXPECT_TRUE(has(content(kAside), " Time: earlier\n"));
+}
+
+TEST_F(Scenario, TakesOneObjectOfTheAssistantSideAwayAndNoOther) {
+  play(
+      "remove DeviceInfo\nfirmware VornDeviceInfo.notifyVolumeChanged 40\nexpect no call\n"
+      "firmware VornAppMessaging.SendMessageToxApp a b c\nexpect call VornAppMessaging.SendMessageToxApp a b c\n"
+      "remove all\ncreate DeviceInfo\nfirmware VornDeviceInfo.notifyVolumeChanged 41\n"
+      "expect call VornDeviceInfo.notifyVolumeChanged 41\n"
+      "firmware VornAppMessaging.SendMessageToxApp a b c\nexpect no call\n");
+  EXPECT_EQ(m_status, 0);
 }
 
 TEST_F(Scenario, ReadsEveryKindOfValue) {

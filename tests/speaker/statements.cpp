@@ -7,9 +7,9 @@
 #include <iterator>
 #include <map>
 
-#include "recordings/Recording.h"
 #include "language/Console.h"
 #include "language/Scenario.h"
+#include "recordings/Recording.h"
 #include "speaker/script.h"
 
 namespace {
