@@ -5,6 +5,7 @@ set(VORN_ASSISTANT_DIR "" CACHE PATH
     "A product's own assistant side: a folder with include/DeviceAbstractionLayer/ and lib/libDALIMPL.so; empty builds the stand-in")
 
 if(NOT VORN_ASSISTANT_DIR)
+  message(STATUS "Assistant side: the stand-in, no product's")
   set(VORN_INCLUDE_DIRS ${PROJECT_SOURCE_DIR}/include)
   add_subdirectory(${PROJECT_SOURCE_DIR}/testing/assistant)
   return()
@@ -16,6 +17,7 @@ set(VORN_BUILD_KIT OFF)
 get_filename_component(VORN_ASSISTANT_DIR ${VORN_ASSISTANT_DIR} ABSOLUTE)  # without a slash at its end
 include(VornAssistantCheck)
 vorn_check_assistant()
+message(STATUS "Assistant side: ${VORN_ASSISTANT_DIR}")
 
 # By name where the product's file has no soname: the needed entry must read libDALIMPL.so all the same.
 add_library(VornAssistant INTERFACE)

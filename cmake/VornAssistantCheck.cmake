@@ -193,7 +193,7 @@ extern const Place<void (Known::*)()> known __attribute__((used)) = {"VornProbe:
     endif()
   else()
     _vorn_check_places()
-    _vorn_check_type_information()
+    _vorn_check_visibility()
   endif()
   string(REGEX MATCHALL "\n\\.+ [^\n]*" read "\n${said}")
   set(VORN_ASSISTANT_HEADERS)
@@ -259,12 +259,17 @@ macro(_vorn_check_places)
   endforeach()
 endmacro()
 
-# What the library exports of the one class that it implements.
-macro(_vorn_check_type_information)
+# What the linker looks for in libDALIMPL.so, and what the library exports of the one class that it implements.
+macro(_vorn_check_visibility)
   if(NOT CMAKE_READELF)
     message(FATAL_ERROR "readelf is not there; install the package binutils (for a cross build, the toolchain's).")
   endif()
   execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C ${CMAKE_READELF} -sW ${folder}/probe.a OUTPUT_VARIABLE symbols ERROR_QUIET)
+  string(REGEX MATCHALL "HIDDEN +UND +[A-Za-z0-9_]+11getInstanceEv" hidden "${symbols}")
+  foreach(symbol ${hidden})
+    string(REGEX REPLACE ".*Layer[0-9]+|11getInstanceEv" "" class "${symbol}")
+    _vorn_missing("include/DeviceAbstractionLayer/${class}.h: ${class}::getInstance is marked hidden")
+  endforeach()
   if(NOT symbols MATCHES "(WEAK|GLOBAL) +DEFAULT +[0-9]+ _ZTIN22DeviceAbstractionLayer34AttachmentReaderContainerInterfaceE")
     _vorn_missing("include/DeviceAbstractionLayer/AttachmentReaderContainerInterface.h: the library must export the class's type "
       "information, which is marked hidden, defined in another file (by a destructor that is not inline) or switched off (-fno-rtti)")

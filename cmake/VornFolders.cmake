@@ -1,14 +1,16 @@
 # The folders below the prefix that things are installed into, by the names of GNUInstallDirs.
 
 # The library is where devices look for it, unless told otherwise; the package files then where every CMake and pkg-config look.
-if(DEFINED CMAKE_INSTALL_LIBDIR)
-  set(packagedir ${CMAKE_INSTALL_LIBDIR})
-else()
+string(COMPARE EQUAL "${CMAKE_INSTALL_LIBDIR}" "" for_devices)
+if(for_devices)
   set(CMAKE_INSTALL_LIBDIR lib64)
-  set(packagedir lib)
 endif()
 include(GNUInstallDirs)
 set(libdir ${CMAKE_INSTALL_LIBDIR})
+set(packagedir ${libdir})
+if(for_devices)
+  string(REGEX REPLACE "64$" "" packagedir ${libdir})
+endif()
 set(includedir ${CMAKE_INSTALL_INCLUDEDIR}/vorn-dal)
 set(datadir ${CMAKE_INSTALL_DATADIR}/vorn-dal)
 set(standindir ${libdir}/vorn-testing)  # not on the library's runtime path: must never shadow a product's

@@ -120,6 +120,28 @@ TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
   EXPECT_EQ(files, 2);
 }
 
+TEST_F(Ended, WithoutACallSaySo) {
+  EXPECT_TRUE(
+      has(run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path + " false"),
+          "libvorn-capture.so: nothing is recorded: the program made no call of libVornDALImpl.so\n"));
+  EXPECT_EQ(m_status, 1);
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
+TEST_F(Ended, WithoutACallOfTheirOwnSayNothingWhenTheyStartedWhatMakesThem) {
+  EXPECT_EQ(run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path +
+                " bash -c '" VORN_CALLER " plain; :'"),
+            "");
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+}
+
+TEST_F(Ended, WithoutACallWhileRecordingSaySo) {
+  EXPECT_TRUE(
+      has(capture("plain 7", "--paused"), "made no call of libVornDALImpl.so while it was recorded\n"));
+  EXPECT_EQ(m_status, 7);
+  EXPECT_EQ(linesWith("operation").size(), 0U);
+}
+
 TEST_F(Ended, SignalsStopAndGoOn) {
   capture("toggled " + std::to_string(SIGUSR2), "--toggle USR2");
   const std::vector<Json> found = calls("getSystemSetting");

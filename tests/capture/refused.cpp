@@ -93,6 +93,24 @@ TEST_F(Refused, SoundIsWrittenOverNothing) {
   EXPECT_EQ(content(wave), "song");
 }
 
+TEST_F(Refused, AProgramThatLacksALibraryIsLeftToTheLoader) {
+  const std::string other = std::string(kFolder) + "/other";
+  run("sed 's/libDALIMPL[.]so/libDALIMPX.so/g' " VORN_CALLER " >" + other + " && chmod +x " + other);
+  const std::string said = arguments("-o " + m_path + " " + other + " plain");
+  EXPECT_TRUE(has(said, "libDALIMPX.so: cannot open shared object file"));
+  EXPECT_EQ(said.find("does not load"), std::string::npos) << said;
+  EXPECT_EQ(m_status, 127);
+}
+
+TEST_F(Refused, LibrariesAreFoundInAFolderWithABlank) {
+  const std::string folder = std::string(kFolder) + "/of the product";
+  std::filesystem::create_directory(folder);
+  std::filesystem::create_symlink(VORN_LIBRARY, folder + "/libVornDALImpl.so");
+  EXPECT_EQ(run("LD_LIBRARY_PATH='" + folder + "' " VORN_CAPTURE_PROGRAM " -o " + m_path +
+                " " VORN_CALLER " plain"),
+            "");
+}
+
 TEST_F(Refused, OtherProgramsRunAllTheSame) {
   EXPECT_TRUE(has(arguments("-o " + m_path + " echo it runs"), "it runs"));
   EXPECT_EQ(m_status, 0);

@@ -128,9 +128,10 @@ class Object {
   std::string m_bytes;
 };
 
-/// What the program's loader says that it would load: name and path. The program itself does not run.
-std::vector<std::pair<std::string, std::string>> loaded(const std::string& loader,
-                                                        const std::string& program) {
+/// What the program's loader says that it would load: name and path. The program itself does not run. `starts`: whether it
+/// could; the loader tells what is missing when it is started in earnest.
+std::vector<std::pair<std::string, std::string>> loaded(const std::string& loader, const std::string& program,
+                                                        bool& starts) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Unfit(std::string("no pipe can be made: ") + std::strerror(errno));
   posix_spawn_file_actions_t actions;
@@ -150,15 +151,17 @@ std::vector<std::pair<std::string, std::string>> loaded(const std::string& loade
     if (size < 0 && errno != EINTR) break;
   }
   close(ends[0]);
-  if (wrong == 0) waitpid(process, nullptr, 0);
+  int status = 0;
+  if (wrong == 0) waitpid(process, &status, 0);
+  starts = status == 0;
 
   std::vector<std::pair<std::string, std::string>> all;
   std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
-    std::istringstream words(line);
-    std::string name, arrow, path;
-    words >> name >> arrow >> path;
-    if (arrow == "=>" && isFile(path)) all.emplace_back(name, path);
+    const std::size_t name = line.find_first_not_of('\t'), arrow = line.find(" => "), end = line.rfind(" (");
+    if (arrow == std::string::npos || end == std::string::npos || end < arrow + 4) continue;
+    const std::string path = line.substr(arrow + 4, end - arrow - 4);
+    if (isFile(path)) all.emplace_back(line.substr(name, arrow - name), path);
   }
   return all;
 }
@@ -204,6 +207,7 @@ Program lookAt(const std::string& name, const std::string& library) {
                                                                                  : "is no program"));
   refuseOtherRights(program.path);
   const Object object(program.path);
+  bool starts = true;
   if (!library.empty()) {
     program.library = library;
     program.abi = abiOf(library);
@@ -216,7 +220,7 @@ Program lookAt(const std::string& name, const std::string& library) {
       throw Unfit(
           program.path +
           ": is linked statically, so that nothing can be preloaded into it; link libVornDALImpl.so as a shared library");
-    const auto all = loaded(loader, program.path);
+    const auto all = loaded(loader, program.path, starts);
     for (const auto& [needed, path] : all) {
       if (needed != kLibrary || !program.library.empty()) continue;
       program.library = path;
@@ -238,10 +242,11 @@ Program lookAt(const std::string& name, const std::string& library) {
   if (program.abi == StringAbi::kUnknown) {
     const std::string guess = guessed();
     if (!guess.empty()) program.abi = abiOf(guess);
-    program.remarks.push_back(
-        program.path + ": does not load " + kLibrary + " at its start; " +
-        (guess.empty() ? "should it load one later whose strings are old, name that with --library"
-                       : "taken as one that loads " + guess + " later"));
+    if (starts)
+      program.remarks.push_back(
+          program.path + ": does not load " + kLibrary + " at its start; " +
+          (guess.empty() ? "should it load one later whose strings are old, name that with --library"
+                         : "taken as one that loads " + guess + " later"));
   }
   return program;
 }

@@ -24,8 +24,6 @@ constexpr std::size_t kPage = 4096;
 #endif
 thread_local Thread* t_thread = nullptr;
 
-std::atomic<std::uint32_t> threadCount{0};
-
 /// The bytes of a ring: a power of two.
 std::size_t ringSize() {
   static const std::size_t size = [] {
@@ -56,7 +54,7 @@ Thread* addThread() {
       mmap(nullptr, room + ringSize(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
   Thread* const made = new (memory) Thread(static_cast<char*>(memory) + room, ringSize());
-  made->number = threadCount.fetch_add(1) + 1;
+  made->number = state.threadCount.fetch_add(1) + 1;
   made->id = static_cast<int>(syscall(SYS_gettid));
   prctl(PR_GET_NAME, made->name);
   t_thread = made;
@@ -81,7 +79,7 @@ void forgetThreads() {
   }
   t_thread = nullptr;
   pthread_setspecific(key(), nullptr);
-  threadCount = 0;
+  state.threadCount = 0;
   state.calls = 0;
 }
 

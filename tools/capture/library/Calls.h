@@ -60,7 +60,8 @@ struct State {
   std::atomic<bool> keepsSamples{false};
   std::atomic<std::uint64_t> calls{0};
   std::atomic<Thread*> threads{nullptr};
-  std::atomic<std::uint32_t> wake{0};  ///< A futex on which the writer sleeps.
+  std::atomic<std::uint32_t> threadCount{0};  ///< Of those that have called, gone ones too.
+  std::atomic<std::uint32_t> wake{0};         ///< A futex on which the writer sleeps.
 };
 extern State state;
 

@@ -32,6 +32,7 @@ struct Request {
   std::string program;
   std::string run;
   std::uint64_t keep = 0;
+  bool paused = false;  ///< At its beginning.
 };
 
 Request* request = nullptr;
@@ -473,15 +474,30 @@ void begin() {
   if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(std::atoi(toggle), onToggle, nullptr);
   for (const int signal : kCrashes) handle(signal, nullptr, onCrash);
   pthread_atfork(nullptr, nullptr, onFork);
-  state.recording = !asks("VORN_CAPTURE_PAUSED");
+  request->paused = asks("VORN_CAPTURE_PAUSED");
+  state.recording = !request->paused;
   // Where the library is not there yet, and in a shell that only starts the program, no file is made before the first call.
   if (dlsym(RTLD_NEXT, "_ZN26VornDeviceAbstractionLayer10FileLogger8ShutdownEv")) startWriter();
 }
 
+/// Whether it is the program that vorn-capture became, and none that this one started has recorded in its place.
+bool isAlone() {
+  if (request->run.compare(0, request->run.find('.'), std::to_string(getpid())) != 0) return false;
+  char first[4096];
+  const int file = started ? -1 : open(request->path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  const ssize_t size = file < 0 ? 0 : read(file, first, sizeof first);
+  if (file >= 0) close(file);
+  return std::string(first, size > 0 ? static_cast<std::size_t>(size) : 0).find(request->run) ==
+         std::string::npos;
+}
+
 __attribute__((destructor)) void end() {
-  if (!request || !started) return;
+  if (!request) return;
   ending = true;
   flush();
+  if (state.threadCount == 0 && !hasFailed && isAlone())
+    complain(std::string("nothing is recorded: the program made no call of libVornDALImpl.so") +
+             (request->paused ? " while it was recorded" : ""));
 }
 
 }  // namespace
