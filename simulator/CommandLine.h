@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "recordings/Export.h"
 #include "page/Serve.h"
+#include "recordings/Export.h"
 #include "run/Replay.h"
 #include "run/Speaker.h"
 

@@ -12,9 +12,9 @@
 #include <memory>
 #include <sstream>
 
+#include "text/Files.h"
 #include "text/Lines.h"
 #include "text/Secrets.h"
-#include "text/Files.h"
 
 namespace vorn_speaker {
 

@@ -18,8 +18,8 @@
 #include "Watch.h"
 #include "device/DataFolder.h"
 #include "language/Scenario.h"
-#include "text/Files.h"
 #include "recordings/Json.h"
+#include "text/Files.h"
 #include "text/Secrets.h"
 
 namespace vorn_speaker {

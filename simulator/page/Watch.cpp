@@ -10,8 +10,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "text/Files.h"
 #include "recordings/Json.h"
+#include "text/Files.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {

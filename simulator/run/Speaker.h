@@ -19,7 +19,6 @@
 #include "Worker.h"
 #include "calls/Crossings.h"
 #include "calls/Printer.h"
-#include "recordings/Recording.h"
 #include "calls/Tally.h"
 #include "device/Adapters.h"
 #include "device/Attachments.h"
@@ -27,6 +26,7 @@
 #include "device/sound/Microphone.h"
 #include "device/sound/Sink.h"
 #include "language/Scenario.h"
+#include "recordings/Recording.h"
 
 namespace vorn_speaker {
 

@@ -12,14 +12,14 @@
 #include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
-#include "recordings/Recording.h"
-#include "recordings/Report.h"
 #include "device/parts/DeviceFile.h"
 #include "device/sound/Sound.h"
 #include "language/Console.h"
 #include "language/Operations.h"
 #include "log/Records.h"
 #include "log/Report.h"
+#include "recordings/Recording.h"
+#include "recordings/Report.h"
 #include "run/Replay.h"
 #include "speaker/script.h"
 #include "text/Lines.h"
