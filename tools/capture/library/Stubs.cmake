@@ -1,7 +1,10 @@
 # Writes the stubs: exported functions that jump to where their entries in a table point. Their names are those that an
 # object of ours refers to and does not have.
 #   cmake -DNM=... -DOBJECT=... -DPROCESSOR=... -DOUTPUT=... -P Stubs.cmake
-execute_process(COMMAND ${NM} --undefined-only --format=posix ${OBJECT} OUTPUT_VARIABLE undefined COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${NM} --undefined-only --format=posix ${OBJECT} OUTPUT_VARIABLE undefined RESULT_VARIABLE failed)
+if(failed)
+  message(FATAL_ERROR "${NM} cannot read ${OBJECT}: ${failed}")
+endif()
 string(REGEX MATCHALL "_ZN26VornDeviceAbstractionLayer[A-Za-z0-9_]+|_ZN22DeviceAbstractionLayer[0-9]+[A-Za-z]+11getInstanceEv" names "${undefined}")
 list(FILTER names EXCLUDE REGEX "D[012]Ev$")
 # The same constructor as a base class's; nothing here derives from an adapter.
