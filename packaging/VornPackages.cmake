@@ -59,7 +59,10 @@ if(VORN_PACKAGING)
     install(FILES packaging/lintian/${package} DESTINATION /usr/share/lintian/overrides COMPONENT ${component})
     execute_process(
       COMMAND sh -c "sed 's/@PACKAGE@/${package}/' packaging/changelog | gzip -9n > ${PROJECT_BINARY_DIR}/${package}.changelog.gz"
-      WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} COMMAND_ERROR_IS_FATAL ANY)
+      WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} RESULT_VARIABLE failed)
+    if(failed)
+      message(FATAL_ERROR "packaging/changelog cannot be packed: ${failed}")
+    endif()
     install(FILES ${PROJECT_BINARY_DIR}/${package}.changelog.gz DESTINATION /usr/share/doc/${package}
             RENAME changelog.Debian.gz COMPONENT ${component})
   endforeach()
