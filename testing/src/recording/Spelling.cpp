@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 #include "vorn_testing/Call.h"
 #include "vorn_testing/Text.h"
@@ -57,8 +59,20 @@ std::string spell(std::int64_t value) { return text(value); }
 
 std::string spell(double value) {
   // Shortest, and with a point whatever locale a host has set.
+#if defined(__cpp_lib_to_chars)
   char digits[32];
   return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+#else
+  for (int digits = 1;; ++digits) {  // as good as that of a newer library, if not always as short
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    out << std::setprecision(digits) << value;
+    std::istringstream in(out.str());
+    in.imbue(std::locale::classic());
+    double back = 0;
+    if (digits == 17 || (in >> back && back == value)) return out.str();
+  }
+#endif
 }
 
 std::string spell(std::chrono::milliseconds value) { return text(value); }
