@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace vorn_capture {
@@ -48,7 +47,9 @@ class Object {
   explicit Object(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) throw Unfit(path + ": " + std::strerror(errno));
-    m_bytes.assign(std::istreambuf_iterator<char>(in), {});
+    std::ostringstream bytes;
+    bytes << in.rdbuf();  // block by block
+    m_bytes = bytes.str();
   }
 
   bool isScript() const { return m_bytes.compare(0, 2, "#!") == 0; }
