@@ -142,6 +142,14 @@ TEST_F(Ended, WithoutACallWhileRecordingSaySo) {
   EXPECT_EQ(linesWith("operation").size(), 0U);
 }
 
+TEST_F(Ended, SignalsThatMayStopItAreThoseThatTheMessageNames) {
+  for (const char* signal :
+       {"USR1", "USR2", "HUP", "WINCH", "URG", "CONT", "ALRM", "IO", "PWR", "SIGIO", "12"}) {
+    capture("plain 3", std::string("--toggle ") + signal);
+    EXPECT_EQ(m_status, 3) << signal;
+  }
+}
+
 TEST_F(Ended, SignalsStopAndGoOn) {
   capture("toggled " + std::to_string(SIGUSR2), "--toggle USR2");
   const std::vector<Json> found = calls("getSystemSetting");

@@ -63,9 +63,12 @@ std::uint64_t sizeOf(const std::string& option, const std::string& text) {
 
 std::string signalOf(const std::string& text) {
   const std::string name = text.compare(0, 3, "SIG") == 0 ? text.substr(3) : text;
-  for (const int signal : {SIGHUP, SIGUSR1, SIGUSR2, SIGWINCH, SIGURG, SIGCONT, SIGALRM, SIGIO, SIGPWR}) {
-    const char* const known = sigabbrev_np(signal);
-    if ((known && name == known) || name == std::to_string(signal)) return std::to_string(signal);
+  static const std::pair<const char*, int> kSignals[] = {
+      {"USR1", SIGUSR1}, {"USR2", SIGUSR2}, {"HUP", SIGHUP}, {"WINCH", SIGWINCH}, {"URG", SIGURG},
+      {"CONT", SIGCONT}, {"ALRM", SIGALRM}, {"IO", SIGIO},   {"PWR", SIGPWR}};
+  for (const auto& [known, signal] : kSignals) {
+    const std::string number = std::to_string(signal);
+    if (name == known || name == number) return number;
   }
   throw Unfit(
       "--toggle " + text +
