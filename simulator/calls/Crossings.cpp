@@ -13,7 +13,13 @@ namespace vorn_speaker {
 namespace {
 
 thread_local const char* t_name = "main";
-thread_local std::vector<Crossing> t_open;
+/// A call that has arrived.
+struct Open {
+  Crossing crossing;
+  std::chrono::microseconds arrived;
+};
+thread_local std::vector<Open> t_open;
+thread_local Asked* t_asked = nullptr;
 thread_local const Crossing* t_innermost =
     nullptr;  // For signal handlers, which must not be the first to touch t_open.
 
@@ -132,6 +138,34 @@ Crossings::~Crossings() {
   m_recorder->onReturn(nullptr);
 }
 
+Crossings::Asking::Asking(Crossings& crossings, const std::string& operation)
+    : m_crossings(crossings), m_asked(crossings.m_asked.end()) {
+  const Operation* const known = operationNamed(operation);
+  if (!known || known->guard != Guard::kMutex) return;
+  const std::lock_guard<std::mutex> lock(crossings.m_mutex);
+  m_asked = crossings.m_asked.insert(m_asked, {operation, t_name, crossings.now(), std::nullopt});
+  t_asked = &*m_asked;
+}
+
+Crossings::Asking::~Asking() {
+  if (m_asked == m_crossings.m_asked.end()) return;
+  t_asked = nullptr;
+  const std::lock_guard<std::mutex> lock(m_crossings.m_mutex);
+  m_crossings.m_asked.erase(m_asked);
+}
+
+std::vector<Asked> Crossings::waiting() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  std::vector<Asked> all;
+  std::copy_if(m_asked.begin(), m_asked.end(), std::back_inserter(all),
+               [](const Asked& asked) { return !asked.waited; });
+  return all;
+}
+
+std::chrono::microseconds Crossings::now() const {
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_start);
+}
+
 Crossing Crossings::describe(const vorn_testing::Call& call) {
   Crossing made{};
   const Operation* const operation = operationAt(call.target, call.slot);
@@ -144,35 +178,48 @@ Crossing Crossings::describe(const vorn_testing::Call& call) {
   made.samples = samplesOf(call);
   made.arguments = call.arguments;
   made.thread = t_name;
-  made.began =
-      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - m_start);
   made.depth = static_cast<int>(t_open.size());
   made.clear.spelled = made.spelled = spelled(operation, call);
   if (!m_secrets) m_masker.maskArguments(made);
   return made;
 }
 
+/// What is known of how long it waited for its adapter's lock; with that, when it began.
+void Crossings::arrived(Crossing& crossing, std::chrono::microseconds now) {
+  crossing.began = now;
+  const Operation* const operation = operationAt(crossing.target, crossing.slot);
+  if (operation && (operation->guard == Guard::kUnlocked || operation->guard == Guard::kOneThread))
+    crossing.waited = std::chrono::microseconds(0);
+  if (!t_asked) return;
+  if (!t_asked->waited) t_asked->waited = now - t_asked->began;
+  if (t_asked->operation != crossing.fullName() || crossing.depth > 0) return;
+  crossing.waited = t_asked->waited;
+  crossing.began = t_asked->began;
+}
+
 void Crossings::began(const vorn_testing::Call& call) {
+  const std::chrono::microseconds now = this->now();
   Crossing crossing = describe(call);
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     crossing.number = ++m_calls;
     crossing.threadNumber = threadNumber();
+    arrived(crossing, now);
     t_innermost = nullptr;  // The others may move.
-    t_open.push_back(crossing);
-    t_innermost = &t_open.back();
+    t_open.push_back({crossing, now});
+    t_innermost = &t_open.back().crossing;
     for (Listener* listener : m_listeners) listener->began(crossing);
   }
   if (m_disturbance) m_disturbance(crossing);
 }
 
 void Crossings::ended(const vorn_testing::Call& call) {
-  t_innermost = t_open.size() > 1 ? &t_open[t_open.size() - 2] : nullptr;
-  Crossing crossing = std::move(t_open.back());
+  t_innermost = t_open.size() > 1 ? &t_open[t_open.size() - 2].crossing : nullptr;
+  const std::chrono::microseconds since = t_open.back().arrived, now = this->now();
+  Crossing crossing = std::move(t_open.back().crossing);
   t_open.pop_back();
-  const auto now = std::chrono::steady_clock::now() - m_start;
-  crossing.took = std::chrono::duration_cast<std::chrono::microseconds>(now) - crossing.began;
-  crossing.host = crossing.took;  // the doubles stand where the other side begins
+  crossing.took = now - crossing.began;
+  crossing.host = now - since;  // the doubles stand where the other side begins
   crossing.reached = true;
   crossing.result = call.result;
   crossing.threw = call.threw;

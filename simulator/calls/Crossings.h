@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,6 +19,7 @@
 namespace vorn_speaker {
 
 using vorn_testing::Direction;
+using vorn_testing::Guard;
 
 /// Calls deeper inside each other than this are not indented further.
 constexpr int kDeepest = 40;
@@ -101,9 +103,31 @@ class Masker {
   KnownSecrets m_known;
 };
 
+/// What a thread asks of an adapter under its lock.
+struct Asked {
+  std::string operation;                            ///< "VornDeviceInfo.getVolume"
+  std::string thread;                               ///< Its name.
+  std::chrono::microseconds began;                  ///< Since the log was made.
+  std::optional<std::chrono::microseconds> waited;  ///< Until its first call arrived; empty before.
+};
+
 /// Turns what the kit's doubles record into crossings and tells its listeners of each, one at a time.
 class Crossings {
  public:
+  /// While it lives, its thread asks an adapter for an operation. The doubles see a call when the lock is held already: only
+  /// so is known how long it was waited for.
+  class Asking {
+   public:
+    Asking(Crossings& crossings, const std::string& operation);
+    ~Asking();
+    Asking(const Asking&) = delete;
+    Asking& operator=(const Asking&) = delete;
+
+   private:
+    Crossings& m_crossings;
+    std::list<Asked>::iterator m_asked;
+  };
+
   struct Listener {
     virtual ~Listener() = default;
     virtual void began(const Crossing& crossing) = 0;
@@ -124,6 +148,12 @@ class Crossings {
   /// Before the first call.
   void disturb(std::function<void(const Crossing&)> disturbance) { m_disturbance = std::move(disturbance); }
 
+  /// Who has asked for a lock and waits still.
+  std::vector<Asked> waiting() const;
+
+  /// Since it was made.
+  std::chrono::microseconds now() const;
+
   bool isKnown(const std::string& text) const { return !m_secrets && m_masker.isKnown(text); }
   bool isSecret(const std::string& text) const { return !m_secrets && m_masker.isSecret(text); }
 
@@ -131,6 +161,7 @@ class Crossings {
   void began(const vorn_testing::Call& call);
   void ended(const vorn_testing::Call& call);
   Crossing describe(const vorn_testing::Call& call);
+  static void arrived(Crossing& crossing, std::chrono::microseconds now);
 
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
   const bool m_secrets;
@@ -138,7 +169,8 @@ class Crossings {
   std::vector<Listener*> m_listeners;
   std::function<void(const Crossing&)> m_disturbance;
   Masker m_masker;
-  std::mutex m_mutex;
+  mutable std::mutex m_mutex;
+  std::list<Asked> m_asked;
   unsigned long m_calls = 0;
 };
 

@@ -101,7 +101,7 @@ template <class Adapter, class Result, class... P>
 Operation member(const vorn_testing::Operation& listed, Result (Adapter::*function)(P...)) {
   const Caller caller =
       listed.direction == vorn_testing::Direction::kUp ? Caller::kFirmware : Caller::kAssistant;
-  Operation made{listed.adapter, listed.name, caller, {}, {}, listed.target, listed.slot};
+  Operation made{listed.adapter, listed.name, caller, {}, {}, listed.target, listed.slot, listed.guard};
   const std::vector<std::string> names = parameterNames(listed);
   [[maybe_unused]] std::size_t index = 0;
   (made.parameters.push_back(

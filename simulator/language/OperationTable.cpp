@@ -38,6 +38,7 @@ struct Table : vorn_testing::OperationVisitor {
     if (row == m_attachments.end())
       throw std::logic_error(std::string("Attachments has no row for ") + listed.adapter + "." + listed.name);
     operations.push_back(*row);
+    operations.back().guard = listed.guard;
   }
 
  private:

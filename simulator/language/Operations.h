@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vorn_testing/Operations.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -39,6 +41,7 @@ struct Operation {
 
   std::string target;  ///< The interface on which the call arrives; empty when it arrives nowhere.
   int slot;            ///< Its place there.
+  vorn_testing::Guard guard = {};  ///< What keeps its calls apart.
 
   /// Spells the arguments that a double found at their addresses; none for rows that are not members.
   std::function<std::vector<std::string>(const std::vector<const void*>&, bool secrets)> spell = {};

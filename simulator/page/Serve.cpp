@@ -58,29 +58,7 @@ std::map<std::string, Reply> pageFiles() {
   return files;
 }
 
-/// Which operations keep their calls apart by a mutex, by class and name.
-struct Locked : vorn_testing::OperationVisitor {
-  std::map<std::string, bool> locked;
-
-  Locked() { vorn_testing::visitOperations(*this); }
-
-  template <class OfHost, class OfAdapter>
-  void down(const vorn_testing::Operation& listed, OfHost, OfAdapter) {
-    add(listed);
-  }
-  template <class OfAdapter>
-  void up(const vorn_testing::Operation& listed, OfAdapter) {
-    add(listed);
-  }
-  void add(const vorn_testing::Operation& listed) {
-    const bool mutex =
-        listed.guard == vorn_testing::Guard::kMutex || listed.guard == vorn_testing::Guard::kDalMutex;
-    locked[std::string(listed.adapter) + "." + listed.name] = mutex;
-  }
-};
-
 Json operationList() {
-  Locked guards;
   Json list = Json::array();
   for (const Operation& operation : operations()) {
     Json parameters = Json::array();
@@ -92,7 +70,7 @@ Json operationList() {
     list.push_back({{"caller", operation.caller == Caller::kAssistant ? "assistant" : "firmware"},
                     {"adapter", operation.adapter},
                     {"operation", operation.name},
-                    {"locked", guards.locked[operation.fullName()]},
+                    {"locked", operation.guard == Guard::kMutex || operation.guard == Guard::kDalMutex},
                     {"parameters", parameters}});
   }
   return list;

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "device/parts/DeviceFile.h"
-#include "recordings/Json.h"
 #include "recordings/Loudness.h"
 #include "recordings/Recording.h"
 #include "run/Postmortem.h"
@@ -134,8 +133,19 @@ void Teller::tellFigures() {
                 {"threads", count("/proc/self/task")}}}}));
 }
 
+/// Of threads that wait for an adapter's lock, when they are not the same as before.
+void Teller::tellWaits(const Speaker& speaker) {
+  Json waits = Json::array();
+  for (const Asked& asked : speaker.waiting())
+    waits.push_back(
+        {{"operation", asked.operation}, {"thread", asked.thread}, {"since", asked.began.count()}});
+  if (waits == m_waits) return;
+  m_waits = waits;
+  say(dumped({{"waiting", waits}}));
+}
+
 /// Tells of calls that take long, and once a second what the process takes.
-void Teller::watch() {
+void Teller::watch(const Speaker& speaker) {
   int moments = 0;
   std::unique_lock<std::mutex> lock(m_mutex);
   std::set<unsigned long> before;
@@ -151,6 +161,7 @@ void Teller::watch() {
     before = std::move(now);
     lock.unlock();
     for (const std::string& line : lines) say(line);
+    tellWaits(speaker);
     if (++moments % kMomentsAFigure == 0) tellFigures();
     lock.lock();
   }
@@ -198,7 +209,7 @@ void Teller::run(Speaker& speaker, const Settings& settings, std::istream& in) {
   say(Recording::header());
   say(dumped({{"device", deviceOf(settings)}}));
   std::thread player([&] { playInOrder(speaker); });
-  std::thread watcher([this] { watch(); });
+  std::thread watcher([&] { watch(speaker); });
   for (std::string line; endRequested() == 0 && std::getline(in, line);) {
     const std::size_t space = line.find(' ');
     Order order{std::strtoul(line.c_str(), nullptr, 10),

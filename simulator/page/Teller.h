@@ -13,6 +13,7 @@
 
 #include "calls/Crossings.h"
 #include "language/Console.h"
+#include "recordings/Json.h"
 #include "run/Speaker.h"
 
 namespace vorn_speaker {
@@ -64,7 +65,8 @@ class Teller : public Crossings::Listener {
   void say(const std::string& line);
   void tellFigures();
   void playInOrder(Speaker& speaker);
-  void watch();
+  void tellWaits(const Speaker& speaker);
+  void watch(const Speaker& speaker);
   void play(Speaker& speaker, const Order& order);
 
   std::ostream& m_out;
@@ -77,6 +79,7 @@ class Teller : public Crossings::Listener {
   std::deque<Order> m_orders;
   std::set<std::string> m_disturbed;         ///< Operations that wait or throw.
   std::map<unsigned long, Crossing> m_open;  ///< Calls that run, those that were told excepted.
+  Json m_waits = Json::array();              ///< Who waits for locks, as it was told last.
   TraceTail m_trace;
   const Speaker* m_speaker = nullptr;  ///< Who knows the secrets.
   Discretion m_discretion;

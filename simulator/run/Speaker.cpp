@@ -39,16 +39,6 @@ const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
   return all;
 }
 
-std::string resultOf(const BoundCall& call, Adapters& adapters) {
-  try {
-    return call(adapters);
-  } catch (const std::exception& error) {
-    return std::string("threw ") + error.what();
-  } catch (...) {
-    return "threw what is no std::exception";
-  }
-}
-
 }  // namespace
 
 Speaker::Speaker(const Settings& settings, std::ostream& out)
@@ -207,10 +197,21 @@ std::vector<Crossing> Speaker::recent() const {
 
 void Speaker::section(const std::string& title) { m_printer.say("\n" + shown(title)); }
 
-std::string Speaker::callTogether(const BoundCall& call, int threads) {
+std::string Speaker::resultOf(const std::string& name, const BoundCall& call) {
+  const Crossings::Asking asking(m_crossings, name);
+  try {
+    return call(m_adapters);
+  } catch (const std::exception& error) {
+    return std::string("threw ") + error.what();
+  } catch (...) {
+    return "threw what is no std::exception";
+  }
+}
+
+std::string Speaker::callTogether(const std::string& name, const BoundCall& call, int threads) {
   while (m_moreAssistants.size() < static_cast<std::size_t>(threads)) {
-    const std::string name = "assistant " + std::to_string(m_moreAssistants.size() + 1);
-    m_moreAssistants.push_back(std::make_unique<Worker>(name.c_str(), m_limit));
+    const std::string thread = "assistant " + std::to_string(m_moreAssistants.size() + 1);
+    m_moreAssistants.push_back(std::make_unique<Worker>(thread.c_str(), m_limit));
   }
   // Nobody calls before everybody can.
   std::mutex mutex;
@@ -227,7 +228,7 @@ std::string Speaker::callTogether(const BoundCall& call, int threads) {
     answers.push_back(std::async(std::launch::async, [&] {
       return worker.run([&] {
         meet();
-        return resultOf(call, m_adapters);
+        return resultOf(name, call);
       });
     }));
   }
@@ -247,7 +248,7 @@ void Speaker::call(Caller caller, const std::string& name, const BoundCall& call
   }
   Worker& worker = caller == Caller::kAssistant ? *m_assistant : *m_firmware;
   m_result =
-      threads > 1 ? callTogether(call, threads) : worker.run([&] { return resultOf(call, m_adapters); });
+      threads > 1 ? callTogether(name, call, threads) : worker.run([&] { return resultOf(name, call); });
   // A result that no printed call shows: a default, or what was written through a reference.
   const std::vector<Crossing> calls = recent();
   const auto shows = [&](const Crossing& crossing) {

@@ -85,6 +85,9 @@ class Speaker : public Stage, private Crossings::Listener {
   /// The calls that arrived since the last call of a scenario began.
   std::vector<Crossing> recent() const;
 
+  /// Who has asked an adapter and waits for its lock.
+  std::vector<Asked> waiting() const { return m_crossings.waiting(); }
+
   void section(const std::string& title) override;
   void call(Caller caller, const std::string& name, const BoundCall& call, int threads) override;
   void expectResult(const std::string& expected) override;
@@ -107,7 +110,8 @@ class Speaker : public Stage, private Crossings::Listener {
   void began(const Crossing&) override {}
   void ended(const Crossing& crossing) override;
   void disturb(const Crossing& crossing);
-  std::string callTogether(const BoundCall& call, int threads);
+  std::string resultOf(const std::string& name, const BoundCall& call);
+  std::string callTogether(const std::string& name, const BoundCall& call, int threads);
   std::string shown(const std::string& text) const;
   std::string shownCall(const std::string& name, const std::vector<Token>& arguments) const;
   std::string shownTrace(const std::string& record) const;

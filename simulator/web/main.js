@@ -229,6 +229,7 @@ function begin() {
   device = new DeviceState();
   measures = new Measures(watching !== '');
   faults.restart();
+  waits([]);
   alive = true;
   found = false;
   state();
@@ -259,6 +260,8 @@ function line(read) {
     if (read.played.statement) scenario.remember(read.played.statement);
     if (!read.played.problem) faults.played(read.played.statement);
     server.played(read.played);
+  } else if (read.waiting) {
+    waits(read.waiting);
   } else if (read.process || read.sound) {
     measures.note(read);
   } else if (read.finding) {
@@ -286,6 +289,13 @@ function line(read) {
       redraw();
     }
   }
+}
+
+/** Threads that have asked an adapter and are not let in yet. */
+function waits(all) {
+  const list = Array.isArray(all) ? all : [];
+  byId('waits').textContent = list.map(({ operation, thread }) =>
+    `${oneLine(String(operation))} waits for its adapter's lock, ${oneLine(String(thread))}`).join('; ');
 }
 
 /** Whether an operation that answers false says that it did not do what it was to do. */

@@ -302,8 +302,8 @@ class CallList(Page):
             self.assertIn(part, details)
 
     def test_waits_that_nobody_measured_are_no_figures(self):
-        self.press("Mute", "#assistant")
-        self.until(lambda: "onMute" in self.text("#figures tbody"))
+        self.open(file("unknown.jsonl", HEADER + line(1, waited=None)))
+        self.until(lambda: self.text("#figures h2") == "Figures of unknown.jsonl")
         self.assertEqual(self.fact_of_figures("Longest wait for a lock"), "not measured here")
         self.assertTrue(self.text("#figures tbody tr").endswith("not measured here"))
 
@@ -529,6 +529,14 @@ class Scenarios(Page):
         self.press("Step", "#scenario")
         self.until(lambda: self.fact("Volume") == "12")
         self.until(lambda: self.text("#progress") == "played to the end, 2 statements")
+
+    def test_who_waits_for_a_lock_is_seen_and_measured(self):
+        self.write("delay VornDeviceInfo.getVolume 1000s\ntogether 2 VornDeviceInfo.getVolume\n")
+        self.press("Start", "#scenario")
+        self.until(lambda: "VornDeviceInfo.getVolume waits for its adapter's lock, assistant" in self.text("#waits"))
+        self.script("fetch('statement', { method: 'POST', body: 'restore VornDeviceInfo.getVolume' })")
+        self.until(lambda: self.text("#waits") == "" and self.text("#figures tbody tr").endswith("s"))
+        self.assertRegex(self.fact_of_figures("Longest wait for a lock"), "^[0-9.]+ m?s$")
 
     def test_pauses_and_goes_on(self):
         self.write("delay VornDeviceInfo.getVolume 1s\nassistant VornDeviceInfo.getVolume\nassistant VornDeviceCapabilities.onSetVolume 13\n")

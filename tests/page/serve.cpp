@@ -167,6 +167,19 @@ TEST_F(Serving, TellsACallThatTakesLongWhileItRunsAndEndsItWhenAsked) {
   EXPECT_TRUE(has(told(address, "\"id\":2"), "\"result\":\"30\""));
 }
 
+TEST_F(Serving, TellsWhoWaitsForALockUntilItIsHad) {
+  Program program({"--watchdog", "0"});
+  const Address address(program.address());
+  post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+  post(address, "statement", "together 2 VornDeviceInfo.getVolume");
+  const std::string waiting = told(address, "\"waiting\"");
+  EXPECT_TRUE(has(waiting, "\"operation\":\"VornDeviceInfo.getVolume\"") &&
+              has(waiting, "\"thread\":\"assistant "))
+      << waiting;
+  post(address, "statement", "restore VornDeviceInfo.getVolume");
+  told(address, "{\"waiting\":[]}");
+}
+
 TEST_F(Serving, EndsWhileACallIsUnderWay) {
   Program program({"--watchdog", "0"});
   const Address address(program.address());

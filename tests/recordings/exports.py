@@ -228,7 +228,7 @@ class Exports(unittest.TestCase):
         lines = self.recording.read_text().splitlines()
         for line in lines:
             check.validate(json.loads(line))
-        self.assertEqual(sum(event["ph"] == "X" for event in self.events()), len(lines) - 1)
+        self.assertEqual(sum("call" in event.get("args", {}) for event in self.events() if event["ph"] == "X"), len(lines) - 1)
         self.assertEqual(len(list(csv.reader(io.StringIO(self.export("csv"), newline="")))), len(lines))
         self.diagram()
 

@@ -84,6 +84,57 @@ TEST_F(Calls, OfThreadsThatFollowEachOtherHaveNumbersOfTheirOwn) {
   EXPECT_EQ(numbers.size(), 3U);
 }
 
+TEST_F(Calls, WaitedFromWhenTheyWereAskedForUntilTheyArrived) {
+  const Crossings::Asking asking(crossings, "VornDeviceInfo.setSystemSetting");
+  const auto before = std::chrono::steady_clock::now();
+  while (std::chrono::steady_clock::now() - before < std::chrono::milliseconds(2)) continue;
+  called("setSystemSetting", 23, true, std::string("mode"), std::string("on"));
+  const Crossing& call = listener.all.back();
+  EXPECT_GE(call.waited.value(), std::chrono::milliseconds(2));
+  EXPECT_LE(call.waited.value() + call.host.value(), call.took);
+  EXPECT_LE(call.began + call.took, crossings.now());
+}
+
+TEST_F(Calls, WaitForNothingWithoutALock) {
+  EXPECT_EQ(called("isMicrophoneAvailable", 10, true).waited, std::chrono::microseconds(0));
+  const Crossings::Asking asking(crossings, "VornAudioIn.isMicrophoneAvailable");
+  EXPECT_TRUE(crossings.waiting().empty());
+}
+
+TEST_F(Calls, WaitedForATimeThatNobodyKnowsUnlessTheyWereAskedFor) {
+  const auto set = [&] {
+    return called("setSystemSetting", 23, true, std::string("mode"), std::string("on")).waited;
+  };
+  EXPECT_EQ(set(), std::nullopt);
+  const Crossings::Asking asking(crossings, "VornDeviceInfo.getSystemSetting");
+  EXPECT_EQ(set(), std::nullopt);
+  std::optional<std::chrono::microseconds> elsewhere = std::chrono::microseconds(0);
+  std::thread([&] { elsewhere = set(); }).join();
+  EXPECT_EQ(elsewhere, std::nullopt);
+}
+
+TEST_F(Calls, InsideAnotherWereNotAskedForWithIt) {
+  const Crossings::Asking asking(crossings, "VornDeviceInfo.setSystemSetting");
+  const auto set = [&] {
+    return called("setSystemSetting", 23, true, std::string("mode"), std::string("on")).waited;
+  };
+  recorder->run(makeCall("VornDALImplIF", "onSetVolume", 61, this, 3), [&] { set(); });
+  EXPECT_EQ(listener.all[0].waited, std::nullopt);
+}
+
+TEST_F(Calls, AreWaitedForUntilTheyArriveOrNobodyAsks) {
+  {
+    const Crossings::Asking asking(crossings, "VornDeviceInfo.setSystemSetting");
+    const Asked asked = crossings.waiting().at(0);
+    EXPECT_EQ(asked.operation, "VornDeviceInfo.setSystemSetting");
+    EXPECT_EQ(asked.thread, "assistant");
+    called("setSystemSetting", 23, true, std::string("mode"), std::string("on"));
+    EXPECT_TRUE(crossings.waiting().empty());
+  }
+  { const Crossings::Asking dropped(crossings, "VornDeviceInfo.setSystemSetting"); }
+  EXPECT_TRUE(crossings.waiting().empty());
+}
+
 TEST_F(Calls, TellTheirDirectionByWhoCalls) {
   recorder->run(makeCall("DeviceInfo", "notifyVolumeChanged", 41, this, 3), [] {});
   EXPECT_FALSE(listener.all.back().isDown());
