@@ -56,7 +56,7 @@ void addOptions(CLI::App& app, Request& request) {
          "--watchdog", request.watchdog,
          "Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for\n"
          "ever; 10 with --host, with serve and in replays")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Range(0, 1000000));
   app.add_option("--color", request.colour,
                  "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
       ->check(CLI::IsMember({"auto", "always", "never"}));

@@ -52,7 +52,8 @@ class Words {
   Token nextOf(const std::vector<std::string>& choices) {
     const Token token = next(oneOf(choices));
     if (std::find(choices.begin(), choices.end(), token.text) == choices.end()) {
-      throw Unreadable(token.column, "expected " + oneOf(choices), token.text);
+      const Unreadable error(token.column, "expected " + oneOf(choices), token.text);
+      throw error.with(vorn_testing::didYouMean(token.text, choices));
     }
     return token;
   }
@@ -156,9 +157,15 @@ Play readHeard(Words& words) {
   const auto within = words.within();
   std::optional<std::int64_t> samples;
   if (!words.take("some")) {
-    const Token amount = words.next("a number of samples, or some");
-    samples = read<std::int64_t>(amount);
-    if (*samples < 0) throw Unreadable(amount.column, "expected a number of samples, or some", amount.text);
+    const std::string expected = "a number of samples, or some";
+    const Token amount = words.next(expected);
+    const Unreadable unfit(amount.column, "expected " + expected, amount.text);
+    try {
+      samples = read<std::int64_t>(amount);
+    } catch (const Unreadable&) {
+      throw unfit;
+    }
+    if (*samples < 0) throw unfit;
   }
   words.finish();
   return [=](Stage& stage) { stage.expectHeard(samples, within); };

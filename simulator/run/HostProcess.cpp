@@ -192,12 +192,27 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
   return judge(ended, finished);
 }
 
+namespace {
+
+std::shared_ptr<VornDALImplIF> make(const vorn_testing::HostLibrary& library) {
+  std::string why = "what is no std::exception";
+  try {
+    return library.makeHost();
+  } catch (const std::exception& error) {
+    why = error.what();
+  } catch (...) {
+  }
+  giveUp("The host threw while it was made: " + why);
+}
+
+}  // namespace
+
 std::shared_ptr<VornDALImplIF> ownHost(const std::string& path) {
   refuseUnlessFile(path);
   enter(kLoaded);
   const vorn_testing::HostLibrary library(path);
   enter(kMade);
-  auto host = library.makeHost();
+  auto host = make(library);
   enter(kCalled);
   if (!host) throw std::runtime_error(path + ": vornCreateHost() made no host");
   VornDALImplIF* const made = host.get();

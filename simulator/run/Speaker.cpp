@@ -288,7 +288,7 @@ void Speaker::expectResult(const std::string& expected) {
   if (m_result == expected) return;
   const bool secret = m_shownResult.find(kMask) != std::string::npos;
   throw Unmet("expected the result " + (secret ? kMask : shown(expected)) + ", saw " +
-              oneLine(m_shownResult));
+              (m_shownResult.empty() ? "none" : oneLine(m_shownResult)));
 }
 
 void Speaker::expectCall(const ExpectedCall& expected) {

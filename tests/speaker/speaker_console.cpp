@@ -175,6 +175,10 @@ class Terminal : public Session {
  protected:
   void SetUp() override {
     SpeakerProgram::SetUp();
+    start();
+  }
+
+  void start() {
     m_child = forkpty(&m_typed, nullptr, nullptr, nullptr);
     ASSERT_GE(m_child, 0);
     if (m_child == 0) {
@@ -234,6 +238,29 @@ TEST_F(Terminal, RemembersOnlyWhatItUnderstoodAndHoldsNoSecret) {
   EXPECT_EQ(content(history), "assistant VornDeviceInfo.getVolume\nexpect 31\n");
   EXPECT_EQ(std::filesystem::status(history).permissions(),
             std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+/// A person at a terminal who was there before.
+class Again : public Terminal {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    file(
+        "console-history",
+        "assistant VornDeviceInfo.getTimezone\nnonsense\nassistant VornEMPAdapterControl.login KEEP-THIS a true 1s x\n");
+    std::filesystem::permissions(kFolder, std::filesystem::perms::owner_all);
+    std::filesystem::permissions(std::string(kFolder) + "/console-history",
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    start();
+  }
+};
+
+TEST_F(Again, FindsItsLinesAndNothingElse) {
+  type("\x1b[A\n");  // the arrow up
+  EXPECT_TRUE(shows("getTimezone() ="));
+  EXPECT_EQ(quit(), 0);
+  EXPECT_EQ(content(std::string(kFolder) + "/console-history"),
+            "assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getTimezone\n");
 }
 
 }  // namespace

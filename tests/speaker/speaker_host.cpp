@@ -190,9 +190,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 class QuietBadHost : public BadHost {};
 
-TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeIsRefusedWithWhatItSays) {
-  EXPECT_TRUE(has(playOnIt("make throw"), "nothing for it"));
-  EXPECT_EQ(m_status, 2);
+TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeFailsWithWhatItSays) {
+  EXPECT_TRUE(has(playOnIt("make throw"), "The host threw while it was made: nothing for it"));
+  EXPECT_EQ(m_status, 3);
 }
 
 TEST_F(QuietBadHost, PrintsBesideTheCallsAndNotAmongThem) {

@@ -1,0 +1,403 @@
+What vorn-conformance and vorn-capture make of wrong options.
+
+  $ vorn-conformance
+  vorn-conformance: name one library that makes a host; see --help
+  [2]
+  $ vorn-conformance none.so
+  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
+  [3]
+  $ vorn-conformance "$SOURCE/README.md" 2>&1 | sed "s|$SOURCE|SOURCE|g"
+  vorn-conformance: SOURCE/README.md: SOURCE/README.md cannot be loaded: SOURCE/README.md: invalid ELF header
+  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
+  $ vorn-conformance --onl x none.so
+  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
+  [3]
+  $ vorn-conformance --only none "$GOOD_HOST"
+  vorn-conformance: no check is named so (--list names them all)
+  [2]
+  $ vorn-conformance --shard 0/3 none.so
+  vorn-conformance: --shard 0/3: give a part and how many there are, as in --shard 2/4
+  [2]
+  $ vorn-conformance --shard 4/3 none.so
+  vorn-conformance: --shard 4/3: give a part and how many there are, as in --shard 2/4
+  [2]
+  $ vorn-conformance --shard three none.so
+  vorn-conformance: --shard three: give a part and how many there are, as in --shard 2/4
+  [2]
+  $ vorn-conformance --without storage,players none.so
+  vorn-conformance: --without players: there is no such area; did you mean player? (--list names them all)
+  [2]
+  $ vorn-conformance --require volum none.so
+  vorn-conformance: --require volum: there is no such area; did you mean volume? (--list names them all)
+  [2]
+  $ vorn-conformance --bound 0 none.so
+  vorn-conformance: --bound 0: give seconds, from 0.001 to 86400
+  [2]
+  $ vorn-conformance --bound soon none.so
+  vorn-conformance: --bound soon: give seconds, from 0.001 to 86400
+  [2]
+  $ vorn-conformance --setting mode none.so
+  vorn-conformance: --setting mode: give a name and two values or more, as in --setting mode=day,night
+  [2]
+  $ vorn-conformance --setting mode=a none.so
+  vorn-conformance: --setting mode=a: give a name and two values or more, as in --setting mode=day,night
+  [2]
+  $ vorn-conformance --mode =a,b none.so
+  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
+  [3]
+  $ vorn-conformance --channel "" none.so
+  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
+  [3]
+  $ vorn-conformance --resume none.so
+  vorn-conformance: --resume needs --json FILE, from which it goes on
+  [2]
+  $ vorn-conformance --junit x --json x none.so
+  vorn-conformance: --junit and --json name one file: x; name two
+  [2]
+  $ vorn-conformance --version | sed 's/[0-9.]*$/N/'
+  vorn-conformance N
+  $ vorn-conformance --help
+  Usage: vorn-conformance [OPTION...] ./libMyHost.so
+  
+  Checks whether a host keeps what VornDALImplIF.h and VornEMPAdapterIF.h promise to the library. The shared library
+  defines vornCreateHost() and vornDestroyHost(), see vorn_testing/HostEntry.h. Every check loads it and makes a host of
+  its own in a process of its own. The checks write, remove and clear: give the host a store that may be lost.
+  
+  What to check
+    --only TEXT           the checks whose name contains TEXT; may be given several times
+    --shard I/N           the I-th of N parts, for several machines
+    --without A,B         areas that the host does not offer; they are not asked
+    --require A,B         areas that it claims: one that could not be asked is broken
+    --durable             ask that the store survives its process, also one that is killed
+    --strict              a remark counts as broken
+    --list                name the checks, their rules and remedies, and the areas, and run none
+  
+  What the host accepts, used wherever an argument is needed; each may be given several times
+    --setting NAME=A,B    a setting that may be changed to A and to B
+    --mode NAME=A,B       a mode and its values
+    --channel NAME        a channel
+    --input NAME          an input
+    --locale NAME         a locale
+  
+  How
+    --bound SECONDS       how long one call may take before it counts as not answering (30)
+    --junit FILE          write the results as JUnit XML too
+    --json FILE           write the results as lines of JSON too
+    --resume              take over what stands in the file of --json and run the rest
+    --version             name this program's version
+    --help                this text
+  
+  Reports are written check by check and are whole at any moment.
+  
+  Exit status: 0 all promises are kept, 1 one is broken, 2 nothing was checked, 3 the host failed outside a check: it
+  could not be loaded or made.
+  $ vorn-conformance --list | sed 's|\(Vorn[^/]*\)/[^/]*/[^/]*/|\1/.../|' | LC_ALL=C sort | uniq -c
+        1   remedy: Add to the store, do not start it anew.
+        1   remedy: Answer an empty map for what you do not have.
+        1   remedy: Answer an entry with the key asked for; answer false in writeKeyValue() when you do not store.
+        1   remedy: Answer false when you do not clear.
+        1   remedy: Answer false when you do not remove.
+        1   remedy: Answer true at once when the store is open.
+        1   remedy: Assign instead of inserting.
+        1   remedy: Assign to the text, and only then answer true.
+        3   remedy: Change what the getter reports before you answer true, or answer false.
+        1   remedy: Check first, change then.
+        1   remedy: Compare keys byte by byte: no folding of case, no trimming, no patterns.
+       36   remedy: Convert where the text comes from, and shorten texts between characters.
+        1   remedy: Copy what you hand to another thread.
+       51   remedy: Copy what you need for later; keep no reference, pointer or c_str().
+        2   remedy: Decide for each state of the device what a call means there.
+       80   remedy: Decide for each state of the device what the call means there; what makes no sense is refused by an answer.
+        1   remedy: Do not take an empty list for all.
+        3   remedy: Give back what a call took before it returns.
+        1   remedy: Give back what a change takes.
+        1   remedy: Go on in the file that is in place, not in one that was replaced.
+        1   remedy: Go on to the end of the list.
+        3   remedy: Go through the whole list.
+        1   remedy: Guard the settings with one mutex for both: getSystemSetting() comes without the adapter's.
+        1   remedy: Guard the store with one mutex, open() included.
+        1   remedy: Guard the store with one mutex, readKeyValue() included.
+       65   remedy: Guard what it uses with a mutex of yours. A build with -fsanitize=thread finds the place.
+       12   remedy: Guard what operations share with one mutex, take several always in the same order, and hold none while you call an adapter. A build with -fsanitize=thread finds the place.
+        1   remedy: Hand out one player that lives as long as the host, not one for each call.
+        3   remedy: Hand the change to the medium, as by fsync(), before you answer true.
+        1   remedy: Hold one mutex from reading the store to writing it back.
+        1   remedy: Keep nothing back from clear().
+        1   remedy: Keep settings and the assistant client's store apart.
+        1   remedy: Keep settings by their whole name.
+       57   remedy: Keep texts in std::string, not in buffers of a fixed size; look for overflow before you calculate.
+        1   remedy: Keep the entry; removing is removeKeyValue().
+        1   remedy: Keep the store by host, not by thread.
+        1   remedy: Keep the store in a file, and find it again when a host is made or opened.
+        1   remedy: Keep the value as it is, or answer false.
+        1   remedy: Keep the value where getSystemSetting() looks, or answer false.
+        1   remedy: Leave it to the program: a host is one part of it.
+        1   remedy: Leave no mark that only an orderly end takes away.
+        1   remedy: Leave the entry in the store.
+        1   remedy: Leave the store open.
+       80   remedy: Let nothing grow with the calls; give back what a call took.
+       51   remedy: Look whether there is a first element before you use it.
+       57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
+        4   remedy: Own one player as long as the host lives, one that answers false if there is none.
+        1   remedy: Release in the destructor what the constructor took.
+        1   remedy: Release only what was taken.
+        1   remedy: Remove what equals the key, no more.
+        1   remedy: Remove what equals the key: no pattern, no cut, no folding.
+        1   remedy: Replace the value before you answer.
+        1   remedy: Stop and join what the calls started.
+        1   remedy: Store all of it, or answer false.
+        1   remedy: Store all of them, or answer false.
+        1   remedy: Store by length, not as a C string or as lines; answer false to what you cannot store.
+        1   remedy: Store bytes, do not convert.
+        1   remedy: Store bytes: no lines, escapes, entities, numbers or names of files.
+        1   remedy: Store keys and values by length, not as lines or C strings.
+        1   remedy: Store what comes, even when it is nothing.
+       80   remedy: Tie no state to a thread; catch what you call throws, and answer with a result instead.
+        1   remedy: Tie nothing to the thread of the constructor.
+       15   remedy: Use your own state instead of asking the adapter, or ask on another thread and do not wait for it.
+        1   remedy: Write a new file aside, hand it to the medium, and rename it over the old one.
+        1   remedy: Write to the text only when you are going to answer true.
+        1   rule:   A host can be destroyed on another thread than the one that made it.
+        1   rule:   A host that was called can be destroyed.
+        1   rule:   A host that was never called can be destroyed.
+        1   rule:   A key is removed whatever stands in it, and no other with it.
+        1   rule:   A key may stand in the list more than once.
+        1   rule:   A key that is not there does not keep the next ones from being removed.
+        1   rule:   A key that was never written is not among the answer.
+        1   rule:   A key that was removed is not read any more.
+        1   rule:   A setting does not change another one.
+        1   rule:   A setting is accepted and reported however often it was changed.
+        1   rule:   A setting is read while it is changed.
+        1   rule:   A setting stays when the store is written or emptied.
+        1   rule:   A setting that was accepted is what getSystemSetting() reports.
+        1   rule:   A store that was cleared can be used at once.
+        1   rule:   A store whose process was killed can be opened again.
+        1   rule:   A value in any script is read as it was written.
+        1   rule:   A value is read as it was written, whatever some format takes it for.
+        1   rule:   A value may hold every byte, NUL included, and is read as it was written.
+        1   rule:   A value of a mebibyte is read as it was written.
+        1   rule:   A value that was refused is not taken.
+        1   rule:   After clearing nothing is left.
+        1   rule:   An empty value is a value.
+       57   rule:   Any bytes and any number can arrive and are answered: NUL, what is not UTF-8, format directives, the smallest number, not-a-number.
+        1   rule:   Arguments are the caller's and end with the call, also for a worker.
+        1   rule:   Calls leave no descriptor open.
+        1   rule:   Calls leave no memory behind.
+        1   rule:   Calls leave no thread behind.
+       51   rule:   Empty texts, lists and maps can arrive and are answered.
+        1   rule:   Every key of the list is removed.
+        1   rule:   Every one of a thousand entries is stored.
+        1   rule:   Every one of six hundred keys is removed.
+        1   rule:   Every operation answers in any order.
+        1   rule:   Every operation answers in the order of a device's day.
+        1   rule:   Every value that was accepted is reported as it was, long ones and those in any script too.
+        1   rule:   However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.
+        1   rule:   It answers null to no thread.
+       80   rule:   It answers on any thread, again and again, without an exception.
+       80   rule:   It answers the three-hundredth time as it did the first.
+       80   rule:   It answers whatever was called before, and twice in a row.
+       65   rule:   It comes without a lock: several threads may be inside at once.
+        1   rule:   It never answers null, however often it is asked.
+        1   rule:   It never answers null, whatever was called before.
+        1   rule:   It never answers null.
+        1   rule:   It runs under the mutex of VornAppMessaging, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
+        1   rule:   It runs under the mutex of VornCommsManager, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
+       10   rule:   It runs under the mutex of VornDeviceInfo, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
+        2   rule:   It runs under the mutex of VornGUIOutput, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
+        1   rule:   It runs under the mutex of VornLEDController, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
+       51   rule:   Its arguments are the caller's and end with the call.
+        1   rule:   Keys that differ in a single byte are different keys.
+        1   rule:   Mutexes are taken in one order, those of the adapters among them.
+        1   rule:   Nothing is left, whatever a key begins with.
+        1   rule:   Opening a store that is open changes nothing in it.
+        1   rule:   Opening comes without a lock, also while others write, and loses nothing of theirs.
+        1   rule:   Operations of different adapters may overlap, also locked ones.
+        1   rule:   Reading takes nothing away.
+        1   rule:   Removing an empty list changes nothing.
+        1   rule:   Removing leaves other keys alone, also those that begin the same.
+       36   rule:   Texts in an answer are valid UTF-8.
+       57   rule:   Texts of a mebibyte, ten thousand entries and the largest numbers can arrive and are answered.
+        1   rule:   The value accepted last is the one reported.
+        1   rule:   The volume moves the way that was asked, and getVolume() reports it.
+        1   rule:   What VornAlexaState calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornAudioFocus calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornAudioIn calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornDeviceCapabilities calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornDeviceInfo calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornEMPAdapterControl calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornGUIOutput calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornOOBE calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What VornStorage calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What belongs to the process stays as it was.
+        1   rule:   What is read while others write and remove is what somebody wrote.
+        1   rule:   What it hands out is valid while a command runs, also when another thread asks.
+        1   rule:   What one thread wrote every other reads.
+        1   rule:   What operations share, no two of them touch at once when one of them writes.
+        1   rule:   What several threads write at once is all stored.
+        1   rule:   What was cleared is gone after the process was killed.
+        1   rule:   What was removed is gone after the process was killed.
+        1   rule:   What was stored after a removal or clearing is there for the next process too.
+        1   rule:   What was stored is there after the process was killed.
+        1   rule:   What was stored is there for the host of the next process.
+        1   rule:   What was stored is there for the next process, whatever bytes, sizes and numbers.
+        1   rule:   What writeKeyValue() answered true to can be read under its key.
+        1   rule:   When a host is destroyed the next one can be made and used.
+        1   rule:   When it answers false the caller's text is as it was.
+        1   rule:   When it answers true the caller's text is the setting, whatever it was before.
+        1   rule:   Writing a key that exists replaces its value.
+        1   rule:   Writing an empty map changes nothing.
+        1   rule:   Writing leaves other keys alone.
+        1   rule:   getMuteStatus() reports what was set.
+        1   rule:   getVolume() follows what is set, on its own scale, steps and limits.
+        1 Areas: calls cards channels focus inputs lights logs messages microphone modes mute playback player recording settings setup storage volume
+        1 VornDALImplIF/.../after-others
+        1 VornDALImplIF/.../after-use
+       65 VornDALImplIF/.../again
+       64 VornDALImplIF/.../answers
+        1 VornDALImplIF/.../any-order
+        2 VornDALImplIF/.../any-thread
+        1 VornDALImplIF/.../apart
+        1 VornDALImplIF/.../as-written
+        1 VornDALImplIF/.../clears
+       49 VornDALImplIF/.../concurrent
+        1 VornDALImplIF/.../day
+        1 VornDALImplIF/.../descriptors
+        1 VornDALImplIF/.../difficult
+       35 VornDALImplIF/.../empty-arguments
+        1 VornDALImplIF/.../empty-list
+        1 VornDALImplIF/.../empty-map
+        1 VornDALImplIF/.../empty-value
+        1 VornDALImplIF/.../every-byte
+       41 VornDALImplIF/.../hostile-arguments
+       64 VornDALImplIF/.../in-sequence
+        1 VornDALImplIF/.../in-use
+        1 VornDALImplIF/.../invents-nothing
+        1 VornDALImplIF/.../keeps
+        1 VornDALImplIF/.../keys-apart
+        4 VornDALImplIF/.../killed
+        1 VornDALImplIF/.../killed-writing
+       41 VornDALImplIF/.../large-arguments
+        1 VornDALImplIF/.../last-reported
+        2 VornDALImplIF/.../leaves-others
+        1 VornDALImplIF/.../leaves-text
+       36 VornDALImplIF/.../lets-go
+        1 VornDALImplIF/.../lock-order
+        1 VornDALImplIF/.../long-value
+        2 VornDALImplIF/.../many
+        1 VornDALImplIF/.../memory
+        1 VornDALImplIF/.../never-null
+        1 VornDALImplIF/.../never-null-after-many
+        1 VornDALImplIF/.../never-null-after-use
+        1 VornDALImplIF/.../never-null-any-thread
+        1 VornDALImplIF/.../new-host
+        2 VornDALImplIF/.../odd-keys
+        1 VornDALImplIF/.../often
+        1 VornDALImplIF/.../past-absent
+        1 VornDALImplIF/.../races
+        1 VornDALImplIF/.../reads-again
+        1 VornDALImplIF/.../reads-written
+        1 VornDALImplIF/.../refused
+        1 VornDALImplIF/.../removes
+        1 VornDALImplIF/.../removes-all
+        1 VornDALImplIF/.../replaces
+        1 VornDALImplIF/.../replaces-text
+        4 VornDALImplIF/.../reported
+        1 VornDALImplIF/.../stays
+       15 VornDALImplIF/.../stays-out
+        1 VornDALImplIF/.../store-apart
+        1 VornDALImplIF/.../surroundings
+        3 VornDALImplIF/.../threads
+        1 VornDALImplIF/.../together
+        1 VornDALImplIF/.../together-VornAlexaState
+        1 VornDALImplIF/.../together-VornAudioFocus
+        1 VornDALImplIF/.../together-VornAudioIn
+        1 VornDALImplIF/.../together-VornDeviceCapabilities
+        1 VornDALImplIF/.../together-VornDeviceInfo
+        1 VornDALImplIF/.../together-VornEMPAdapterControl
+        1 VornDALImplIF/.../together-VornGUIOutput
+        1 VornDALImplIF/.../together-VornOOBE
+        1 VornDALImplIF/.../together-VornStorage
+        1 VornDALImplIF/.../twice
+        1 VornDALImplIF/.../unused
+        1 VornDALImplIF/.../usable
+       35 VornDALImplIF/.../utf8
+        1 VornDALImplIF/.../utf8-value
+        1 VornDALImplIF/.../while-written
+        1 VornDALImplIF/.../whole
+       16 VornEMPAdapterIF/.../again
+       16 VornEMPAdapterIF/.../answers
+       16 VornEMPAdapterIF/.../concurrent
+       16 VornEMPAdapterIF/.../empty-arguments
+       16 VornEMPAdapterIF/.../hostile-arguments
+       16 VornEMPAdapterIF/.../in-sequence
+       16 VornEMPAdapterIF/.../large-arguments
+       16 VornEMPAdapterIF/.../lets-go
+        1 VornEMPAdapterIF/.../utf8
+  $ vorn-capture
+  vorn-capture: where to? Name a file with -o
+  [2]
+  $ vorn-capture -o
+  vorn-capture: -o: expected a value after it
+  [2]
+  $ vorn-capture -o x
+  vorn-capture: what to run? Name a program after the options
+  [2]
+  $ vorn-capture -o x none
+  vorn-capture: none: no such program in PATH
+  [2]
+  $ vorn-capture -o x "$SOURCE/README.md" 2>&1 | sed "s|$SOURCE|SOURCE|g"
+  vorn-capture: SOURCE/README.md: Permission denied
+  $ vorn-capture -o none/x true 2>&1 | sed "s|$PWD|.|"
+  vorn-capture: ./none/: No such file or directory
+  $ vorn-capture -o "$SOURCE/README.md" true 2>&1 | sed "s|$SOURCE|SOURCE|"
+  vorn-capture: SOURCE/README.md: is there already and is no recording; choose another name
+  $ vorn-capture -o x --keep lots true
+  vorn-capture: --keep lots: expected a size from 64K, such as 500K, 64M or 2G
+  [2]
+  $ vorn-capture -o x --keep 1 true
+  vorn-capture: --keep 1: expected a size from 64K, such as 500K, 64M or 2G
+  [2]
+  $ vorn-capture -o x --toggle NONE true
+  vorn-capture: --toggle NONE: expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR
+  [2]
+  $ vorn-capture -o x --toggle KILL true
+  vorn-capture: --toggle KILL: expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR
+  [2]
+  $ vorn-capture -o x --ring 1 true
+  vorn-capture: --ring 1: expected a size from 64K, such as 500K, 64M or 2G
+  [2]
+  $ vorn-capture -o x --library none true
+  vorn-capture: none: No such file or directory
+  [2]
+  $ vorn-capture -o x --no-such true
+  vorn-capture: --no-such: is not known (vorn-capture --help names the options)
+  [2]
+  $ vorn-capture -o x true
+  vorn-capture: /usr/bin/true: does not load libVornDALImpl.so at its start; should it load one later whose strings are old, name that with --library
+  libvorn-capture.so: nothing is recorded: the program made no call of libVornDALImpl.so
+  $ vorn-capture -o x false
+  vorn-capture: /usr/bin/false: does not load libVornDALImpl.so at its start; should it load one later whose strings are old, name that with --library
+  libvorn-capture.so: nothing is recorded: the program made no call of libVornDALImpl.so
+  [1]
+  $ vorn-capture --version | sed 's/[0-9.]*$/N/'
+  vorn-capture N
+  $ vorn-capture --help
+  Runs a program and records every call that crosses libVornDALImpl.so in it, in a file that vorn-speaker reads.
+  Usage: vorn-capture -o FILE [OPTION]... PROGRAM [ARGUMENT]...
+  
+    -o, --output FILE   where to; an earlier recording is replaced, any other file is not
+    --keep SIZE         keep at most so much, the newest: 500K, 64M, 2G
+    --toggle SIGNAL     stop and go on at this signal, such as USR2
+    --paused            begin without recording
+    --audio FILE        keep the sound too, as a WAV file; without it, one line a second tells of it
+    --ring SIZE         what a thread may be ahead of the file, 256K
+    --library FILE      the libVornDALImpl.so that the program loads later by itself
+    -h, --help          print this
+    --version           print the version
+  
+  Without vorn-capture: LD_PRELOAD=libvorn-capture.so VORN_CAPTURE=FILE PROGRAM; the man page names the other variables.
+  Exit status: the program's; 2 when it was not started.
