@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vorn_testing/HostLibrary.h>
+#include <vorn_testing/Stack.h>
 #include <vorn_testing/StandardFiles.h>
 #include <vorn_testing/Text.h>
 #include <ext/stdio_filebuf.h>
@@ -51,6 +52,8 @@ struct Shared {
   std::atomic<bool> told;
   std::atomic<int> result;  ///< What the work returned; negative before.
   Call calls[16];
+  std::atomic<std::size_t> length;  ///< Of the report.
+  char report[1 << 17];             ///< How it ended, in its own words.
 };
 
 Shared* g_shared = nullptr;
@@ -115,6 +118,7 @@ void endLeftovers() {
 int judge(int ended, int finished) {
   const bool whole = WIFEXITED(ended) && WEXITSTATUS(ended) == finished && g_shared->result >= 0;
   if (whole) return g_shared->result;
+  for (const std::string& line : vorn_testing::demangledLines(g_shared->report)) say(line);
   if (g_shared->told) return kHostFailed;
   if (WIFSIGNALED(ended) && WTERMSIG(ended) == g_requested) return 128 + g_requested;
   // The reader of our output went away, which ends any program.
@@ -240,10 +244,14 @@ void OpenCalls::ended(const Crossing& crossing) {
     if (call.number == crossing.number) call.number = 0;
 }
 
-void sayHostPhase() {
-  if (!g_shared) return;
-  const char* const text = words(g_shared->phase);
-  if (write(STDERR_FILENO, text, std::strlen(text)) < 0) return;
+const char* hostPhase() { return g_shared ? words(g_shared->phase) : ""; }
+
+bool tellAbove(const char* text) {
+  if (!g_shared) return false;
+  std::size_t end = g_shared->length;
+  for (; *text && end + 1 < sizeof g_shared->report; ++text) g_shared->report[end++] = *text;
+  g_shared->length = end;
+  return true;
 }
 
 void hostTold() {

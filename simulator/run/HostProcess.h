@@ -37,10 +37,14 @@ class OpenCalls : public Crossings::Listener {
   void ended(const Crossing& crossing) override;
 };
 
-/// For signal handlers: says on standard error what is being done with the host, " while it is loaded".
-void sayHostPhase();
+/// For signal handlers: what is being done with the host, " while it is loaded"; empty for what is called.
+const char* hostPhase();
 
-/// For signal handlers: the process above has nothing more to tell.
+/// For signal handlers: has the process above tell it when this one has ended, with the names of functions in words.
+/// Returns whether there is one.
+bool tellAbove(const char* text);
+
+/// For signal handlers: the process above has nothing to tell but that.
 void hostTold();
 
 }  // namespace vorn_speaker

@@ -3,12 +3,12 @@
 #include "Postmortem.h"
 
 #include <dirent.h>
-#include <execinfo.h>
 #include <fcntl.h>
 #include <semaphore.h>
 #include <signal.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <vorn_testing/Stack.h>
 
 #include <atomic>
 #include <cerrno>
@@ -21,6 +21,8 @@
 
 namespace vorn_speaker {
 
+using vorn_testing::Stack;
+
 namespace {
 
 constexpr int kTell = SIGUSR2;
@@ -31,6 +33,7 @@ sem_t g_told;
 volatile sig_atomic_t g_ending = 0;
 
 void say(const char* text) {
+  if (tellAbove(text)) return;
   if (write(STDERR_FILENO, text, std::strlen(text)) < 0) return;
 }
 
@@ -67,8 +70,9 @@ void tellThisThread() {
     sayHarmless(call->operation.c_str());
   }
   say("\n");
-  void* frames[48];
-  backtrace_symbols_fd(frames, backtrace(frames, 48), STDERR_FILENO);
+  char frames[8192];
+  Stack::here().spell(frames, sizeof frames, 2);
+  say(frames);
 }
 
 void tellOnSignal(int) {
@@ -98,7 +102,7 @@ void tellOtherThreads() {
 void crashed(int signal) {
   tellAlone();
   say("\nThe host crashed");
-  sayHostPhase();
+  say(hostPhase());
   say(": ");
   say(sigdescr_np(signal));
   say("\n");
@@ -112,7 +116,7 @@ void crashed(int signal) {
 void overdue(int) {
   tellAlone();
   say("\nThe host does not return");
-  sayHostPhase();
+  say(hostPhase());
   say(".\n");
   tellThisThread();
   tellOtherThreads();
@@ -130,8 +134,7 @@ void handle(int signal, void (*handler)(int), int flags) {
 }  // namespace
 
 void tellCrashes() {
-  void* frame = nullptr;
-  backtrace(&frame, 1);  // loads what it needs while that still can be loaded
+  Stack::here();  // loads what it needs while that still can be loaded
   sem_init(&g_told, 0, 0);
   static const SignalStack stack;
   handle(kTell, tellOnSignal, SA_RESTART | SA_ONSTACK);

@@ -153,3 +153,13 @@ The same in vorn-speaker.
   == finish abort: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7
   The host crashed while it was unloaded: Aborted
+The report names functions as they are written.
+
+  $ VORN_BAD='call abort' vorn-speaker --state state --no-trace --host "$BAD_HOST" volume.scenario > out 2>&1
+  [3]
+  $ grep -x 'Thread.*\|VornDevice.*\|abort' out | sort
+  Thread assistant, inside VornDeviceInfo.getVolume
+  Thread firmware
+  Thread main
+  VornDeviceAbstractionLayer::VornDeviceInfo::getVolume()
+  abort

@@ -3,7 +3,6 @@
 #include "Trial.h"
 
 #include <dlfcn.h>
-#include <execinfo.h>
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <pthread.h>
@@ -25,7 +24,7 @@
 #include <typeinfo>
 #include <vector>
 
-#include "../doctor/Stack.h"
+#include <vorn_testing/Stack.h>
 #include "../text/Spelling.h"
 #include "Operations.h"
 #include "load/LockOrder.h"
@@ -161,29 +160,6 @@ void append(char (&text)[sizeof(Report::stack)], std::size_t& length, const char
   text[length] = '\0';
 }
 
-/// Adds the stack of this thread, a line for each frame.
-void appendStack(char (&text)[sizeof(Report::stack)], std::size_t& length, int from, int to) {
-  void* frames[24];
-  const int depth = std::min(backtrace(frames, 24), to);
-  for (int i = from; i < depth; ++i) {
-    Dl_info where;
-    if (dladdr(frames[i], &where) == 0) continue;
-    append(text, length, where.dli_sname ? where.dli_sname : where.dli_fname);
-    if (!where.dli_sname) {
-      // For addr2line: the place in that file.
-      const auto offset =
-          reinterpret_cast<std::uintptr_t>(frames[i]) - reinterpret_cast<std::uintptr_t>(where.dli_fbase);
-      char digits[2] = {};
-      append(text, length, "+0x");
-      for (int shift = 28; shift >= 0; shift -= 4) {
-        digits[0] = "0123456789abcdef"[(offset >> shift) & 0xf];
-        append(text, length, digits);
-      }
-    }
-    append(text, length, "\n");
-  }
-}
-
 /// Tells where this thread is, when the watching process asks; one at a time, since that asks one after the other.
 void onQuestion(int) {
   if (!g_report) return;
@@ -191,7 +167,7 @@ void onQuestion(int) {
   std::size_t length = std::strlen(g_report->waiting);
   append(g_report->waiting, length, t_call ? t_call->call : "a thread of the host");
   append(g_report->waiting, length, " waits:\n");
-  appendStack(g_report->waiting, length, 2, 12);
+  Stack::here().spell(g_report->waiting + length, sizeof g_report->waiting - length, 2, 12);
   ++g_report->told;
   errno = error;
 }
@@ -203,8 +179,7 @@ void onCrash(int signal, siginfo_t* info, void*) {
       if (const char* const operation = ownerOfRevoked(info->si_addr))
         std::strncpy(g_report->touched, operation, sizeof g_report->touched - 1);
     }
-    std::size_t length = 0;
-    appendStack(g_report->stack, length, 1, 24);
+    Stack::here().spell(g_report->stack, sizeof g_report->stack, 1, 24);
   }
   ::signal(signal, SIG_DFL);
   raise(signal);
@@ -285,8 +260,7 @@ void noteCrashes(Report& report) {
   asked.sa_handler = onQuestion;
   asked.sa_flags = SA_RESTART;
   sigaction(question(), &asked, nullptr);
-  void* frame[1];
-  backtrace(frame, 1);  // loads what it needs now, not in the handler
+  Stack::here();  // loads what it needs now, not in the handler
   constexpr std::size_t kStack = 1 << 16;
   stack_t own = {};
   static char* const stack = new char[kStack];

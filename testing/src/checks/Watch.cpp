@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "../doctor/Stack.h"
+#include <vorn_testing/Stack.h>
 #include "Operations.h"
 #include "Trial.h"
 
@@ -327,8 +327,7 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
       meanwhile += (meanwhile.empty() ? "" : ", ") + std::string(other.call);
   }
   if (!meanwhile.empty()) verdict.detail += ", while these were on their way: " + meanwhile;
-  std::istringstream frames(*report.stack ? report.stack : report.waiting);
-  for (std::string frame; std::getline(frames, frame);) verdict.stack.push_back(demangled(frame.c_str()));
+  verdict.stack = demangledLines(*report.stack ? report.stack : report.waiting);
   return verdict;
 }
 

@@ -4,7 +4,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "Stack.h"
+#include <vorn_testing/Stack.h>
 
 namespace vorn_testing {
 

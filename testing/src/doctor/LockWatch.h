@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "Stack.h"
+#include <vorn_testing/Stack.h>
 
 namespace vorn_testing {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "Stack.h"
+#include <vorn_testing/Stack.h>
 
 namespace vorn_testing {
 

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <memory>
 
-#include "../../doctor/Stack.h"
+#include <vorn_testing/Stack.h>
 #include "../Trial.h"
 #include "LockOrder.h"
 #include "Operand.h"
