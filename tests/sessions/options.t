@@ -66,10 +66,8 @@ Options that are wrong, alone and together.
   $ vorn-speaker --state state --out none/x.wav
   vorn-speaker: none/x.wav: cannot be written: No such file or directory; name another file with --out
   [2]
-  $ vorn-speaker --state state --alsa none > out
-  ALSA lib pcm.c:2666:(snd_pcm_open_noupdate) Unknown PCM none
+  $ vorn-speaker --state state --alsa none 2>&1 > out | grep -v '^ALSA'
   vorn-speaker: sound device 'none': No such file or directory; aplay -L lists the devices, --out plays into a file
-  [1]
   $ vorn-speaker --state state --scenario none.scenario record x
   vorn-speaker: none.scenario: cannot be read: No such file or directory
   [2]
