@@ -3,7 +3,6 @@
 import { nameOf } from './model.js';
 import { byId, make, oneLine, time } from './texts.js';
 
-const kNamespace = 'http://www.w3.org/2000/svg';
 const kBuckets = 100;  // Durations by their logarithm.
 const kBucketsOfTen = 12;  // From one power of ten to the next.
 const kMostOperations = 500;
@@ -34,44 +33,35 @@ class Durations {
   }
 }
 
-function svg(tag, attributes) {
-  const element = document.createElementNS(kNamespace, tag);
-  for (const [name, value] of Object.entries(attributes)) element.setAttribute(name, value);
-  return element;
-}
+// A worker: to begin with, the library takes longer than a frame.
+const charts = new Worker('charts.js', { type: 'module' });
+let made = 0;
 
 class Chart {
   #title;
-  #drawing = svg('svg', { viewBox: '0 0 240 70', preserveAspectRatio: 'none', role: 'img' });
+  #number = ++made;
+  #canvas = make('canvas', { role: 'img' });
   #caption = make('figcaption');
-  figure = make('figure', {}, this.#caption, this.#drawing);
+  figure = make('figure', {}, this.#caption, this.#canvas);
 
-  constructor(title) {
+  constructor(title, type) {
     this.#title = title;
-    this.clear();
+    const canvas = this.#canvas.transferControlToOffscreen();
+    charts.postMessage({ number: this.#number, canvas, type }, [canvas]);
   }
 
-  clear() {
-    this.#show([], 'nothing yet');
-  }
-
-  line(values, scale, most = Math.max(1, ...values)) {
-    const points = values.map((value, n) => `${(n * 240) / Math.max(1, values.length - 1)},${68 - (64 * value) / most}`);
-    this.#show([svg('polyline', { points: points.join(' ') })], scale);
-  }
-
-  bars(values, scale) {
-    const most = Math.max(1, ...values);
-    const width = 240 / values.length;
-    this.#show(values.map((value, n) => svg('rect', { x: n * width, y: 68 - (64 * value) / most, width, height: (64 * value) / most })), scale);
-  }
-
-  #show(shapes, scale) {
-    this.#drawing.replaceChildren(...shapes);
+  show(labels, values, scale) {
     const words = `${this.#title}: ${scale}`;
-    if (this.#caption.textContent === words) return;
-    this.#caption.textContent = words;
-    this.#drawing.setAttribute('aria-label', words);
+    if (this.#caption.textContent !== words) {
+      this.#caption.textContent = words;
+      this.#canvas.setAttribute('aria-label', words);
+    }
+    const colours = getComputedStyle(document.documentElement);
+    const colour = (name) => colours.getPropertyValue(name).trim();
+    charts.postMessage({
+      number: this.#number, labels, values, width: this.#canvas.clientWidth, height: this.#canvas.clientHeight,
+      ratio: devicePixelRatio, accent: colour('--accent'), faint: colour('--faint'), line: colour('--line'),
+    });
   }
 }
 
@@ -148,9 +138,9 @@ export class Figures {
   #measures = new Measures();
   #title = byId('figures').querySelector('h2');
   #numbers = make('dl', { class: 'numbers' });
-  #rate = new Chart('Calls a second, the last two minutes');
-  #histogram = new Chart('Durations of all calls');
-  #level = new Chart('Level of the sound that went up');
+  #rate = new Chart('Calls a second, the last two minutes', 'line');
+  #histogram = new Chart('Durations of all calls', 'bar');
+  #level = new Chart('Level of the sound that went up', 'line');
   #rows = make('tbody');
 
   constructor() {
@@ -182,19 +172,16 @@ export class Figures {
       number('Memory', process ? `${(process.memory / 1048576).toFixed(1)} MiB` : '—'),
       number('Open files', process ? String(process.descriptors) : '—'),
       number('Threads', process ? String(process.threads) : '—'));
-    this.#rate.line(rates, `${Math.max(0, ...rates)} at most`);
+    const ago = (values) => values.map((_, n) => `${values.length - 1 - n} s ago`);
+    this.#rate.show(ago(rates), rates, `${Math.max(0, ...rates)} at most`);
     const levels = this.#measures.levels.slice(-240);
-    if (levels.length === 0) this.#level.clear();
-    else this.#level.line(levels, `${Math.max(...levels)} of 32767 at most`, 32768);
+    this.#level.show(levels.map((_, n) => n + 1), levels, levels.length === 0 ? 'nothing yet' : `${Math.max(...levels)} of 32767 at most`);
     const buckets = [...all.buckets];
     const first = buckets.findIndex((count) => count > 0);
     const last = buckets.findLastIndex((count) => count > 0);
-    if (first < 0) {
-      this.#histogram.clear();
-    } else {
-      const from = first === 0 ? 0 : endOf(first - 1) + 1;
-      this.#histogram.bars(buckets.slice(first, last + 1), `${time(from)} to ${time(Math.min(all.most, endOf(last)))}`);
-    }
+    const seen = buckets.slice(first, last + 1);
+    this.#histogram.show(seen.map((_, n) => `to ${time(endOf(first + n))}`), first < 0 ? [] : seen,
+      first < 0 ? 'nothing yet' : `${time(first === 0 ? 0 : endOf(first - 1) + 1)} to ${time(Math.min(all.most, endOf(last)))}`);
     this.#rows.replaceChildren(...[...operations].sort(([one], [other]) => (one < other ? -1 : 1))
       .map(([name, { down, up, durations, waited }]) => make('tr', {},
         ...[oneLine(name), down || '', up || '', time(durations.percentile(0.5)), time(durations.percentile(0.9)),

@@ -512,6 +512,19 @@ class Scenarios(Page):
         self.until(lambda: int(self.fact_of_figures("Calls")) > 200)
         self.assertIn("VornDeviceInfo.getVolume", self.text("#figures tbody"))
         self.assertIn("MiB", self.fact_of_figures("Memory"))
+        charts = self.browser.find_elements("css selector", "#figures canvas")
+        self.assertEqual([chart.get_attribute("aria-label").split(":")[0] for chart in charts],
+                         ["Calls a second, the last two minutes", "Durations of all calls", "Level of the sound that went up"])
+        painted = """return [...document.querySelectorAll('#figures canvas')].map((chart) => {
+          const pen = new OffscreenCanvas(chart.width, chart.height).getContext('2d');
+          pen.drawImage(chart, 0, 0);
+          const accent = [11, 92, 173];
+          const { data } = pen.getImageData(0, 0, chart.width, chart.height);
+          let count = 0;
+          for (let at = 0; at < data.length; at += 4) count += accent.every((part, n) => data[at + n] === part) && data[at + 3] === 255;
+          return count;
+        })"""
+        self.until(lambda: min(self.script(painted)) > 20)
         picture = os.environ.get("VORN_PICTURE")
         if picture:
             self.browser.set_window_size(1400, 1560)
