@@ -85,6 +85,7 @@ void forgetThreads() {
 
 void dropThread(Thread* thread) {
   const std::size_t room = (sizeof(Thread) + kPage - 1) / kPage * kPage;
+  thread->~Thread();
   munmap(thread, room + ringSize());
 }
 

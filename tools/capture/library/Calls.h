@@ -7,6 +7,7 @@
 #include <ctime>
 #include <exception>
 
+#include "Bytes.h"
 #include "Ring.h"
 #include "Values.h"
 
@@ -50,7 +51,7 @@ struct Thread {
   std::atomic<std::uint64_t> leftOut{0};
   std::atomic<bool> gone{false};
   Thread* next = nullptr;
-  void* ofWriter = nullptr;  ///< The writer's alone, as what follows.
+  Pending pending;  ///< The writer's alone, as what follows.
   std::uint64_t told = 0;
 };
 

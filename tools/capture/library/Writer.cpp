@@ -113,39 +113,6 @@ void complain(const std::string& text) {
   static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
 }
 
-/// Begins of calls that have not returned, one behind the other, each with its size behind it.
-class Pending {
- public:
-  void push(const char* begin, std::uint32_t size) {
-    m_bytes.add(std::string_view(begin, size));
-    m_bytes.add(std::string_view(reinterpret_cast<const char*>(&size), sizeof size));
-    m_bytes.fill(0, 4);
-  }
-
-  /// The last, or null.
-  const char* last() {
-    if (m_bytes.size() == 0) return nullptr;
-    std::uint32_t size;
-    std::memcpy(&size, m_bytes.data() + m_bytes.size() - 8, sizeof size);
-    return m_bytes.data() + m_bytes.size() - 8 - size;
-  }
-
-  void pop() { m_bytes.cut(static_cast<std::size_t>(last() - m_bytes.data())); }
-
-  template <class Do>
-  void each(Do each) {
-    for (std::size_t end = m_bytes.size(); end > 0;) {
-      std::uint32_t size;
-      std::memcpy(&size, m_bytes.data() + end - 8, sizeof size);
-      end -= 8 + size;
-      each(m_bytes.data() + end);
-    }
-  }
-
- private:
-  Bytes m_bytes;
-};
-
 class Writer {
  public:
   /// @returns  Whether there is a file to write to.
@@ -218,7 +185,6 @@ class Writer {
       Thread* expected = thread;
       if (gone &&
           (before ? (before->next = next, true) : state.threads.compare_exchange_strong(expected, next))) {
-        delete static_cast<Pending*>(thread->ofWriter);
         dropThread(thread);
       } else {
         before = thread;
@@ -238,7 +204,7 @@ class Writer {
       std::memcpy(&head, record, sizeof head);
       if (head.kind != Kind::kSkip && head.kind != Kind::kSound && !named) name(thread);
       named = true;
-      if (head.kind == Kind::kBegin) pending(thread).push(record, head.size);
+      if (head.kind == Kind::kBegin) thread.pending.push(record, head.size);
       if (head.kind == Kind::kEnd) ended(thread, record);
       if (head.kind == Kind::kSound) heard(record);
       thread.ring.pass(head.size);
@@ -246,11 +212,6 @@ class Writer {
     const std::uint64_t leftOut = thread.leftOut.load(std::memory_order_relaxed);
     m_leftOut += leftOut - thread.told;
     thread.told = leftOut;
-  }
-
-  static Pending& pending(Thread& thread) {
-    if (!thread.ofWriter) thread.ofWriter = new Pending;
-    return *static_cast<Pending*>(thread.ofWriter);
   }
 
   /// A thread may be named after its first call.
@@ -273,7 +234,7 @@ class Writer {
   void ended(Thread& thread, const char* record) {
     End end;
     std::memcpy(&end, record, sizeof end);
-    Pending& open = pending(thread);
+    Pending& open = thread.pending;
     while (const char* const begin = open.last()) {
       Begin head;
       std::memcpy(&head, begin, sizeof head);
@@ -343,8 +304,7 @@ class Writer {
     if (signal) note("signal " + std::to_string(signal));
     if (signal || ending) {
       for (Thread* thread = state.threads.load(); thread; thread = thread->next) {
-        if (!thread->ofWriter) continue;
-        pending(*thread).each([&](const char* begin) {
+        thread->pending.each([&](const char* begin) {
           m_line.cut(0);
           renderOpen(m_line, about(*thread, begin), begin);
           m_output.add(m_line.text(), 0);
@@ -374,6 +334,7 @@ void* writerMain(void*) {
   pthread_setname_np(pthread_self(), "vorn-capture");
   auto* const writer = new Writer;  // As long as the process.
   if (!writer->open()) {
+    delete writer;
     state.recording = false;
     hasFailed = true;
     return nullptr;
