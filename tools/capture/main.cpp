@@ -44,6 +44,7 @@ Exit status: the program's; 2 when it was not started.
 
 struct Options {
   std::string output, audio, library, toggle;
+  std::string shown;  ///< "--help" or what else is printed instead.
   std::uint64_t keep = 0, ring = 0;
   bool paused = false;
   std::vector<std::string> program;
@@ -102,6 +103,9 @@ Options optionsOf(int count, char** arguments) {
       options.library = value();
     } else if (argument == "--paused") {
       options.paused = true;
+    } else if (argument == "-h" || argument == "--help" || argument == "--version") {
+      options.shown = argument;
+      return options;
     } else {
       throw Unfit(argument + ": is not known" +
                   vorn_testing::didYouMean(option, {"--output", "--keep", "--ring", "--toggle", "--audio",
@@ -195,12 +199,12 @@ void start(Options options) {
 
 int main(int count, char** arguments) {
   try {
-    const std::string first = count > 1 ? arguments[1] : "";
-    if (first == "-h" || first == "--help" || first == "--version") {
-      std::cout << (first == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
+    const Options options = optionsOf(count, arguments);
+    if (!options.shown.empty()) {
+      std::cout << (options.shown == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
       return std::cout ? 0 : 1;
     }
-    start(optionsOf(count, arguments));
+    start(options);
   } catch (const std::exception& error) {
     complain(error.what());
   }
