@@ -9,6 +9,7 @@
 #include <VornStorage.h>
 #include <vorn_testing/NullHost.h>
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -183,6 +185,22 @@ struct Caller {
     return 0;
   }
 
+  /// Closes every descriptor that it did not open, as daemons do, and has files of its own there: ARGUMENT 1, when
+  /// ARGUMENT 0 is written.
+  int closes() {
+    ask("first");
+    for (std::string all; all.find("first") == std::string::npos;) {
+      std::ifstream in(argument(0));
+      all.assign(std::istreambuf_iterator<char>(in), {});
+    }
+    for (int i = 3; i < 1000; ++i) close(i);
+    const int own = open(argument(1).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (write(own, "precious", 8) != 8) return 1;
+    for (int i = 3; i < 1000; ++i) dup2(own, i);
+    ask("second");
+    return 0;
+  }
+
   /// More in one call than a thread's ring holds.
   int big() {
     ask(std::string(static_cast<std::size_t>(number(0)), 'a'));
@@ -242,11 +260,12 @@ int main(int count, char** arguments) {
   VornAudioIn::CreateInstance(caller.host);
   const std::string way = count > 1 ? arguments[1] : "";
   const std::pair<const char*, int (Caller::*)()> ways[] = {
-      {"plain", &Caller::plain},         {"many", &Caller::many},       {"endless", &Caller::endless},
-      {"still", &Caller::still},         {"crash", &Caller::crash},     {"handled", &Caller::handled},
-      {"throws", &Caller::throws},       {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
-      {"toggled", &Caller::toggled},     {"audio", &Caller::audio},     {"big", &Caller::big},
-      {"container", &Caller::container}, {"waits", &Caller::waits},     {"late", &Caller::late}};
+      {"plain", &Caller::plain},     {"many", &Caller::many},           {"endless", &Caller::endless},
+      {"still", &Caller::still},     {"crash", &Caller::crash},         {"handled", &Caller::handled},
+      {"throws", &Caller::throws},   {"secrets", &Caller::secrets},     {"forks", &Caller::forks},
+      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},         {"big", &Caller::big},
+      {"closes", &Caller::closes},   {"container", &Caller::container}, {"waits", &Caller::waits},
+      {"late", &Caller::late}};
   for (const auto& [name, run] : ways) {
     if (way == name) return (caller.*run)();
   }

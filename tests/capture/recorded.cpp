@@ -106,6 +106,13 @@ TEST_F(Recorded, MaskSecretsAndKnowThemAgain) {
   EXPECT_EQ(calls("removeKeyValue").at(0)["arguments"], Json::parse(R"(["********"])"));
 }
 
+TEST_F(Recorded, GoOnWhenTheProgramClosesEveryDescriptor) {
+  const std::string precious = std::string(kFolder) + "/precious";
+  EXPECT_EQ(capture("closes " + m_path + " " + precious), "");
+  EXPECT_EQ(content(precious), "precious");
+  EXPECT_EQ(calls("getSystemSetting").size(), 2U);
+}
+
 TEST_F(Recorded, CountWhatIsTooLongForARing) {
   capture("big 400000");
   EXPECT_EQ(calls("getSystemSetting").size(), 1U);

@@ -58,26 +58,26 @@ struct Second {
 /// A file of sound, which nothing is written over.
 class WaveFile {
  public:
-  ~WaveFile() {
-    if (m_file >= 0) close(m_file);
-  }
-
   bool create(const std::string& path) {
-    m_file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    return m_file >= 0 && head();
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (file < 0) return false;
+    m_file.hold(file, path);
+    return head();
   }
 
   void add(const char* samples, std::size_t bytes) {
-    if (m_file < 0 || m_failed) return;
-    m_failed = ::pwrite(m_file, samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) !=
+    if (m_failed) return;
+    m_failed = ::pwrite(m_file.descriptor(), samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) !=
                static_cast<ssize_t>(bytes);
     if (!m_failed) m_bytes += static_cast<std::uint32_t>(bytes);
     m_changed = true;
   }
 
-  void finish() {
-    if (m_file >= 0 && m_changed) m_failed = !head() || m_failed;
+  /// @returns  Whether all of it is there.
+  bool finish() {
+    if (m_changed) m_failed = !head() || m_failed;
     m_changed = false;
+    return !m_failed;
   }
 
  private:
@@ -95,14 +95,14 @@ class WaveFile {
     std::uint32_t bytes = 0;
   };
 
-  bool head() const {
+  bool head() {
     Head made;
     made.size = m_bytes + static_cast<std::uint32_t>(sizeof made) - 8;
     made.bytes = m_bytes;
-    return pwrite(m_file, &made, sizeof made, 0) == static_cast<ssize_t>(sizeof made);
+    return pwrite(m_file.descriptor(), &made, sizeof made, 0) == static_cast<ssize_t>(sizeof made);
   }
 
-  int m_file = -1;
+  OwnFile m_file;
   std::uint32_t m_bytes = 0;
   bool m_failed = false;
   bool m_changed = false;
@@ -194,7 +194,8 @@ class Writer {
     if (m_second.blocks > 0 && now() - m_second.from > kSecond + kSecond / 4) tellSecond();
     tellLeftOut();
     if (!m_output.flush(microseconds())) failed();
-    m_wave.finish();
+    if (!m_wave.finish() && state.keepsSamples.exchange(false))
+      complain(request->audio + ": " + std::strerror(errno) + "; the sound is kept no longer");
   }
 
   void drain(Thread& thread) {
