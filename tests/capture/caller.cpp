@@ -11,6 +11,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,6 +66,15 @@ struct Caller {
   void ask(const std::string& key) {
     std::string value;
     VornDeviceInfo::getInstance()->getSystemSetting(key, value);
+  }
+
+  /// Until ARGUMENT 0 holds the text. @returns  How long it is then.
+  std::size_t awaitInFile(const std::string& text) {
+    for (;;) {
+      std::ifstream in(argument(0));
+      const std::string all(std::istreambuf_iterator<char>(in), {});
+      if (all.find(text) != std::string::npos) return all.size();
+    }
   }
 
   int plain() {
@@ -189,15 +199,32 @@ struct Caller {
   /// ARGUMENT 0 is written.
   int closes() {
     ask("first");
-    for (std::string all; all.find("first") == std::string::npos;) {
-      std::ifstream in(argument(0));
-      all.assign(std::istreambuf_iterator<char>(in), {});
-    }
+    awaitInFile("first");
     for (int i = 3; i < 1000; ++i) close(i);
     const int own = open(argument(1).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (write(own, "precious", 8) != 8) return 1;
     for (int i = 3; i < 1000; ++i) dup2(own, i);
     ask("second");
+    return 0;
+  }
+
+  /// Has no room for its files for a while, until that is complained of.
+  int full() {
+    const std::string page(1500, 'a');
+    ask(page + "first");
+    rlimit room{};
+    getrlimit(RLIMIT_FSIZE, &room);
+    const rlim_t most = room.rlim_cur;
+    room.rlim_cur = awaitInFile("first") + 1000;
+    int ends[2];
+    if (pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) return 1;
+    setrlimit(RLIMIT_FSIZE, &room);
+    for (int i = 0; i < 50; ++i) ask(page + std::to_string(i));
+    char said;
+    if (read(ends[0], &said, 1) != 1) return 1;
+    room.rlim_cur = most;
+    setrlimit(RLIMIT_FSIZE, &room);
+    ask("last");
     return 0;
   }
 
@@ -260,12 +287,12 @@ int main(int count, char** arguments) {
   VornAudioIn::CreateInstance(caller.host);
   const std::string way = count > 1 ? arguments[1] : "";
   const std::pair<const char*, int (Caller::*)()> ways[] = {
-      {"plain", &Caller::plain},     {"many", &Caller::many},           {"endless", &Caller::endless},
-      {"still", &Caller::still},     {"crash", &Caller::crash},         {"handled", &Caller::handled},
-      {"throws", &Caller::throws},   {"secrets", &Caller::secrets},     {"forks", &Caller::forks},
-      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},         {"big", &Caller::big},
-      {"closes", &Caller::closes},   {"container", &Caller::container}, {"waits", &Caller::waits},
-      {"late", &Caller::late}};
+      {"plain", &Caller::plain},     {"many", &Caller::many},       {"endless", &Caller::endless},
+      {"still", &Caller::still},     {"crash", &Caller::crash},     {"handled", &Caller::handled},
+      {"throws", &Caller::throws},   {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
+      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},     {"big", &Caller::big},
+      {"closes", &Caller::closes},   {"full", &Caller::full},       {"container", &Caller::container},
+      {"waits", &Caller::waits},     {"late", &Caller::late}};
   for (const auto& [name, run] : ways) {
     if (way == name) return (caller.*run)();
   }

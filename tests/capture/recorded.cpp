@@ -6,7 +6,15 @@
 
 namespace {
 
-class Recorded : public CaptureProgram {};
+class Recorded : public CaptureProgram {
+ protected:
+  /// How many calls are counted as left out.
+  long leftOut() {
+    long all = 0;
+    for (const Json& line : linesWith("leftOut")) all += line["leftOut"].get<long>();
+    return all;
+  }
+};
 
 TEST_F(Recorded, BeginWithTheirVersionProgramAndWriter) {
   capture("plain");
@@ -113,6 +121,13 @@ TEST_F(Recorded, GoOnWhenTheProgramClosesEveryDescriptor) {
   EXPECT_EQ(calls("getSystemSetting").size(), 2U);
 }
 
+TEST_F(Recorded, CountWhatADiskHasNoRoomForAndStayWhole) {
+  capture("full " + m_path);
+  EXPECT_EQ(m_status, 0);
+  EXPECT_EQ(calls("getSystemSetting").back()["arguments"][0], "last");
+  EXPECT_EQ(leftOut() + static_cast<long>(linesWith("operation").size()), 5 + 2 * 52);
+}
+
 TEST_F(Recorded, CountWhatIsTooLongForARing) {
   capture("big 400000");
   EXPECT_EQ(calls("getSystemSetting").size(), 1U);
@@ -158,9 +173,7 @@ TEST_F(Recorded, KeepTheNewestWhenTheirSizeIsLimited) {
   const std::vector<Json> found = calls("readKeyValue");
   ASSERT_GT(found.size(), 100U);
   EXPECT_EQ(found.back()["arguments"][0], "0.19999");
-  long leftOut = 0;
-  for (const Json& line : linesWith("leftOut")) leftOut += line["leftOut"].get<long>();
-  EXPECT_EQ(leftOut + static_cast<long>(linesWith("operation").size()), 20006);
+  EXPECT_EQ(leftOut() + static_cast<long>(linesWith("operation").size()), 20006);
 }
 
 }  // namespace
