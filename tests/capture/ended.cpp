@@ -160,6 +160,16 @@ TEST_F(Ended, SignalsStopAndGoOn) {
   EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "second");
 }
 
+TEST_F(Ended, WithoutARecordingWhenTheEnvironmentAsksForWhatCannotBe) {
+  for (const char* wrong : {"VORN_CAPTURE_KEEP=lots", "VORN_CAPTURE_RING=7", "VORN_CAPTURE_TOGGLE=KILL"}) {
+    EXPECT_TRUE(has(run(std::string("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " ") + wrong +
+                        " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain 5"),
+                    std::string("libvorn-capture.so: ") + wrong + ": expected a s"));
+    EXPECT_EQ(m_status, 5);
+  }
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+}
+
 TEST_F(Ended, WithoutVornCaptureTheEnvironmentAsks) {
   run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain");
   EXPECT_EQ(calls("getSystemSetting").size(), 1U);

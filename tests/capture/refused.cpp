@@ -60,6 +60,9 @@ TEST_F(Refused, LinksAreNotFollowed) {
   const std::string target = file("target", "");
   std::filesystem::create_symlink(target, m_path);
   EXPECT_TRUE(has(capture("plain"), "is no recording"));
+  std::filesystem::create_hard_link(target, m_path + ".hard");
+  EXPECT_TRUE(has(arguments("-o " + m_path + ".hard true"), "is no plain file of yours"));
+  EXPECT_EQ(m_status, 2);
   // Nor by the preloaded library, when the link comes later.
   EXPECT_TRUE(
       has(run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain 3"),

@@ -13,6 +13,9 @@
 #include <cmath>
 #include <cstdlib>
 
+#include <vorn_testing/Text.h>
+
+#include "../Settings.h"
 #include "Calls.h"
 #include "Output.h"
 
@@ -109,7 +112,7 @@ class WaveFile {
 };
 
 void complain(const std::string& text) {
-  const std::string line = "libvorn-capture.so: " + text + "\n";
+  const std::string line = "libvorn-capture.so: " + vorn_testing::harmless(text) + "\n";
   static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
 }
 
@@ -397,6 +400,15 @@ const char* asks(const char* name) {
   return value && *value ? value : nullptr;
 }
 
+/// Whether the environment asks for what can be done, as vorn-capture has made sure.
+template <class Read>
+bool isFit(Read read, const char* name, const char* expected) {
+  const char* const value = asks(name);
+  if (!value || read(value)) return true;
+  complain(std::string(name) + "=" + value + expected + "; nothing is recorded");
+  return false;
+}
+
 }  // namespace
 
 void startWriter() {
@@ -422,18 +434,21 @@ namespace {
 void begin() {
   wrap();
   const char* const path = asks("VORN_CAPTURE");
-  if (!path) return;
+  if (!path || !isFit(sizeOf, "VORN_CAPTURE_KEEP", kSizeExpected) ||
+      !isFit(sizeOf, "VORN_CAPTURE_RING", kSizeExpected) ||
+      !isFit(signalOf, "VORN_CAPTURE_TOGGLE", kSignalExpected))
+    return;
   request = new Request;
   request->path = path;
   char folder[PATH_MAX];
   if (path[0] != '/' && getcwd(folder, sizeof folder)) request->path = std::string(folder) + "/" + path;
   if (const char* const audio = asks("VORN_CAPTURE_AUDIO")) request->audio = audio;
   state.keepsSamples = !request->audio.empty();
-  if (const char* const keep = asks("VORN_CAPTURE_KEEP")) request->keep = std::strtoull(keep, nullptr, 10);
+  if (const char* const keep = asks("VORN_CAPTURE_KEEP")) request->keep = sizeOf(keep);
   if (const char* const run = asks("VORN_CAPTURE_RUN")) request->run = run;
   request->program = program_invocation_name;
   startTime = now();
-  if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(std::atoi(toggle), onToggle, nullptr);
+  if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(signalOf(toggle), onToggle, nullptr);
   for (const int signal : kCrashes) handle(signal, nullptr, onCrash);
   pthread_atfork(nullptr, nullptr, onFork);
   request->paused = asks("VORN_CAPTURE_PAUSED");
