@@ -7,7 +7,6 @@
 #include <ctime>
 #include <exception>
 
-#include "Bytes.h"
 #include "Ring.h"
 #include "Values.h"
 
