@@ -1,5 +1,6 @@
 // What a recording of vorn-capture holds.
 
+#include <iostream>
 #include <numeric>
 
 #include "capture/capture_program.h"
@@ -164,6 +165,7 @@ TEST_F(Recorded, CarryEveryCallOfManyThreadsOrCountIt) {
     *place = true;
     ++kept;
   }
+  std::cout << kept << " calls in the recording, " << leftOut << " counted as left out\n";
   EXPECT_EQ(kept + leftOut, threads * each + (6 - others));  // What creates adapters may be left out too.
 }
 
