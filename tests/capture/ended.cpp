@@ -55,6 +55,12 @@ TEST_F(Ended, ProgramsKeepTheirStatus) {
   EXPECT_EQ(m_status, 41);
 }
 
+TEST_F(Ended, InAHurryLeaveEverything) {
+  capture("quick 4");
+  EXPECT_EQ(m_status, 4);
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+}
+
 TEST_F(Ended, ByAFaultLeaveEverythingAndWhatWasOpen) {
   for (const char* way : {"crash fault", "crash abort", "crash 8"}) {
     captureScript(std::string("exec " VORN_CALLER " ") + way);

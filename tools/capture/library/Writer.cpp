@@ -431,6 +431,8 @@ void startWriter() {
 
 namespace {
 
+void end();
+
 void begin() {
   wrap();
   const char* const path = asks("VORN_CAPTURE");
@@ -451,6 +453,7 @@ void begin() {
   if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(signalOf(toggle), onToggle, nullptr);
   for (const int signal : kCrashes) handle(signal, nullptr, onCrash);
   pthread_atfork(nullptr, nullptr, onFork);
+  at_quick_exit(end);
   request->paused = asks("VORN_CAPTURE_PAUSED");
   state.recording = !request->paused;
   // Where the library is not there yet, and in a shell that only starts the program, no file is made before the first call.
@@ -468,6 +471,7 @@ bool isAlone() {
          std::string::npos;
 }
 
+/// Of the process.
 __attribute__((destructor)) void end() {
   if (!request) return;
   ending = true;
