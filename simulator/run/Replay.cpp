@@ -38,8 +38,12 @@ BoundCall bound(const Crossing& call) {
   return bindCall(Caller::kAssistant, name, arguments, 1);
 }
 
-/// Whether a call is answered as recorded. What was masked then is compared with what is masked now.
-bool isSame(const std::string& recorded, Crossing now) {
+/// Whether a call is answered as recorded. What was masked then is compared with what is masked now. Where a host answers
+/// nothing, the adapter may answer by itself: a capture holds that.
+bool isSame(const std::string& recorded, Crossing now, const std::string& byAdapter) {
+  if (!now.threw && now.clear.answer.empty() && !byAdapter.empty() &&
+      Recording::asRead(byAdapter) == recorded)
+    return true;
   if (recorded.find(kMask) != std::string::npos) {
     Masker masker;
     now.masked = now.masked || now.secret;
@@ -162,7 +166,7 @@ bool replay(const Recorded& recording, const Replay& how, Speaker& speaker, std:
       return arrived.target == then.target && arrived.slot == then.slot;
     });
     const std::string seen = now == calls.end() ? "no call" : oneLine(now->outcome());
-    if (now == calls.end() || !isSame(expected, *now)) {
+    if (now == calls.end() || !isSame(expected, *now, speaker.shownResult())) {
       ++different;
       out << place(recording, recorded->line) << "Call " << then.number << " is answered differently:\n";
       for (const std::string& line : before) out << "  before    " << line << '\n';

@@ -9,7 +9,9 @@
 #include <VornStorage.h>
 #include <vorn_testing/NullHost.h>
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +21,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -47,6 +50,12 @@ class Host : public vorn_testing::NullHost {
   std::promise<void> entered, leave;
 };
 
+/// What no sanitizer shall notice first.
+__attribute__((no_sanitize("address", "undefined"))) void fault() {
+  volatile int* volatile nowhere = nullptr;
+  *nowhere = 1;
+}
+
 struct Caller {
   Host host;
   std::vector<std::string> arguments;
@@ -59,9 +68,23 @@ struct Caller {
     VornDeviceInfo::getInstance()->getSystemSetting(key, value);
   }
 
+  /// Until ARGUMENT 0 holds the text. @returns  How long it is then.
+  std::size_t awaitInFile(const std::string& text) {
+    for (;;) {
+      std::ifstream in(argument(0));
+      const std::string all(std::istreambuf_iterator<char>(in), {});
+      if (all.find(text) != std::string::npos) return all.size();
+    }
+  }
+
   int plain() {
     ask("mode");
     return static_cast<int>(number(0));
+  }
+
+  int quick() {
+    ask("mode");
+    std::quick_exit(static_cast<int>(number(0)));
   }
 
   /// Every thread tells its number and the call's, so that no line is like another.
@@ -105,7 +128,7 @@ struct Caller {
     other.detach();
     host.entered.get_future().wait();
     ask("last");
-    if (argument(0) == "fault") *static_cast<volatile int*>(nullptr) = 1;
+    if (argument(0) == "fault") fault();
     if (argument(0) == "abort") std::abort();
     raise(static_cast<int>(number(0)));
     return 0;
@@ -117,7 +140,7 @@ struct Caller {
     action.sa_handler = [](int) { _exit(41); };
     sigaction(SIGSEGV, &action, nullptr);
     ask("last");
-    *static_cast<volatile int*>(nullptr) = 1;
+    fault();
     return 0;
   }
 
@@ -174,6 +197,39 @@ struct Caller {
     std::vector<short> samples(160);
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<short>(i % 2 ? 1000 : -1000);
     for (int block = 0; block < 50; ++block) VornAudioIn::getInstance()->sendAudioData(samples);
+    return 0;
+  }
+
+  /// Closes every descriptor that it did not open, as daemons do, and has files of its own there: ARGUMENT 1, when
+  /// ARGUMENT 0 is written.
+  int closes() {
+    ask("first");
+    awaitInFile("first");
+    for (int i = 3; i < 1000; ++i) close(i);
+    const int own = open(argument(1).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (write(own, "precious", 8) != 8) return 1;
+    for (int i = 3; i < 1000; ++i) dup2(own, i);
+    ask("second");
+    return 0;
+  }
+
+  /// Has no room for its files for a while, until that is complained of.
+  int full() {
+    const std::string page(1500, 'a');
+    ask(page + "first");
+    rlimit room{};
+    getrlimit(RLIMIT_FSIZE, &room);
+    const rlim_t most = room.rlim_cur;
+    room.rlim_cur = awaitInFile("first") + 1000;
+    int ends[2];
+    if (pipe(ends) != 0 || dup2(ends[1], STDERR_FILENO) < 0) return 1;
+    setrlimit(RLIMIT_FSIZE, &room);
+    for (int i = 0; i < 50; ++i) ask(page + std::to_string(i));
+    char said;
+    if (read(ends[0], &said, 1) != 1) return 1;
+    room.rlim_cur = most;
+    setrlimit(RLIMIT_FSIZE, &room);
+    ask("last");
     return 0;
   }
 
@@ -236,11 +292,15 @@ int main(int count, char** arguments) {
   VornAudioIn::CreateInstance(caller.host);
   const std::string way = count > 1 ? arguments[1] : "";
   const std::pair<const char*, int (Caller::*)()> ways[] = {
-      {"plain", &Caller::plain},         {"many", &Caller::many},       {"endless", &Caller::endless},
-      {"still", &Caller::still},         {"crash", &Caller::crash},     {"handled", &Caller::handled},
-      {"throws", &Caller::throws},       {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
-      {"toggled", &Caller::toggled},     {"audio", &Caller::audio},     {"big", &Caller::big},
-      {"container", &Caller::container}, {"waits", &Caller::waits},     {"late", &Caller::late}};
+      {"plain", &Caller::plain},     {"quick", &Caller::quick},
+      {"many", &Caller::many},       {"endless", &Caller::endless},
+      {"still", &Caller::still},     {"crash", &Caller::crash},
+      {"handled", &Caller::handled}, {"throws", &Caller::throws},
+      {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
+      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},
+      {"big", &Caller::big},         {"closes", &Caller::closes},
+      {"full", &Caller::full},       {"container", &Caller::container},
+      {"waits", &Caller::waits},     {"late", &Caller::late}};
   for (const auto& [name, run] : ways) {
     if (way == name) return (caller.*run)();
   }

@@ -55,10 +55,15 @@ TEST_F(Ended, ProgramsKeepTheirStatus) {
   EXPECT_EQ(m_status, 41);
 }
 
+TEST_F(Ended, InAHurryLeaveEverything) {
+  capture("quick 4");
+  EXPECT_EQ(m_status, 4);
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+}
+
 TEST_F(Ended, ByAFaultLeaveEverythingAndWhatWasOpen) {
   for (const char* way : {"crash fault", "crash abort", "crash 8"}) {
-    run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path + " sh -c 'exec " VORN_CALLER " " +
-        way + "'");
+    captureScript(std::string("exec " VORN_CALLER " ") + way);
     EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "last") << way;
     ASSERT_EQ(linesWith("open").size(), 1U) << way;
     EXPECT_EQ(linesWith("open")[0]["open"]["operation"], "renderGUICard");
@@ -87,7 +92,7 @@ TEST_F(Ended, ByAKillAtAnyMomentLeaveWholeLines) {
   for (int i = 0; i < times; ++i) {
     const auto [process, output] = start("endless");
     char dots[64];
-    std::size_t wanted = 1 + random() % 2000;
+    std::size_t wanted = 1 + random() % (kEmulated ? 50 : 2000);
     for (ssize_t size = 1; wanted > 0 && size > 0; wanted -= std::min(wanted, static_cast<std::size_t>(size)))
       size = read(output, dots, std::min(sizeof dots, wanted));
     ASSERT_EQ(kill(process), SIGKILL);
@@ -101,6 +106,10 @@ TEST_F(Ended, ByAKillAtAnyMomentLeaveWholeLines) {
 }
 
 TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
+  if (kEmulated) GTEST_SKIP() << "the emulator ends a forked child that makes a thread";
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the address sanitizer does not free its allocator's locks in a forked child";
+#endif
   const std::string child = capture("forks");
   EXPECT_EQ(m_status, 0);
   const std::string own = m_path + "." + child.substr(0, child.find('\n'));
@@ -110,8 +119,7 @@ TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
 }
 
 TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
-  run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path +
-      " sh -c '" VORN_CALLER " plain; " VORN_CALLER " plain'");
+  captureScript(VORN_CALLER " plain; " VORN_CALLER " plain");
   int files = 0;
   for (const auto& file : std::filesystem::directory_iterator(kFolder)) {
     EXPECT_EQ(calls(file.path(), "getSystemSetting").size(), 1U) << file.path();
@@ -122,16 +130,14 @@ TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
 
 TEST_F(Ended, WithoutACallSaySo) {
   EXPECT_TRUE(
-      has(run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path + " false"),
+      has(run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path + " " VORN_WITHOUT_CALLS),
           "libvorn-capture.so: nothing is recorded: the program made no call of libVornDALImpl.so\n"));
-  EXPECT_EQ(m_status, 1);
+  EXPECT_EQ(m_status, 2);
   EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
 TEST_F(Ended, WithoutACallOfTheirOwnSayNothingWhenTheyStartedWhatMakesThem) {
-  EXPECT_EQ(run(VORN_CAPTURE_PROGRAM " --library " VORN_LIBRARY " -o " + m_path +
-                " bash -c '" VORN_CALLER " plain; :'"),
-            "");
+  EXPECT_EQ(captureScript(VORN_CALLER " plain; :"), "");
   EXPECT_EQ(calls("getSystemSetting").size(), 1U);
 }
 
@@ -158,6 +164,16 @@ TEST_F(Ended, SignalsStopAndGoOn) {
   EXPECT_EQ(found[1]["arguments"][0], "third");
   capture("toggled " + std::to_string(SIGUSR2), "--paused --toggle SIGUSR2");
   EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "second");
+}
+
+TEST_F(Ended, WithoutARecordingWhenTheEnvironmentAsksForWhatCannotBe) {
+  for (const char* wrong : {"VORN_CAPTURE_KEEP=lots", "VORN_CAPTURE_RING=7", "VORN_CAPTURE_TOGGLE=KILL"}) {
+    EXPECT_TRUE(has(run(std::string("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " ") + wrong +
+                        " VORN_CAPTURE=" + m_path + " " VORN_CALLER " plain 5"),
+                    std::string("libvorn-capture.so: ") + wrong + ": expected a s"));
+    EXPECT_EQ(m_status, 5);
+  }
+  EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
 TEST_F(Ended, WithoutVornCaptureTheEnvironmentAsks) {

@@ -57,6 +57,12 @@ TEST_F(Morning, IsRecordedCallByCallAsTheSpeakerDoes) {
   EXPECT_GT(own.at("assistant").size(), 100U);
 }
 
+TEST_F(Morning, IsReplayedWithoutADifference) {
+  EXPECT_TRUE(has(run(std::string(VORN_SPEAKER_PROGRAM " --state ") + kFolder + "/other replay " + m_path),
+                  " calls, all answered as recorded.\n"));
+  EXPECT_EQ(m_status, 0);
+}
+
 TEST_F(Morning, TellsAsManyBlocksOfSoundAsWereDelivered) {
   long blocks = 0;
   for (const Json& line : linesWith("sound")) blocks += line["blocks"].get<long>();

@@ -44,6 +44,21 @@ TEST_F(Replays, GoOnWhenAskedAndTellAllDifferences) {
       has(output, "4 calls, 2 answered differently.\n"));
 }
 
+TEST_F(Replays, HoldForAnsweredWhatTheAdapterAnswersByItself) {
+  const Fields sent = {{"adapter", "\"VornAppMessaging\""},
+                       {"operation", "\"sendAppMessage\""},
+                       {"slot", "34"},
+                       {"arguments", "[\"a\",\"b\",\"c\"]"}};
+  const auto answering = [&sent](const char* result) {
+    Fields fields = sent;
+    fields["result"] = result;
+    return fields;
+  };
+  EXPECT_EQ(replay(call(1, answering("\"true\"")) + call(2, answering("\"\""))),
+            "2 calls, all answered as recorded.\n");
+  EXPECT_TRUE(has(replay(call(1, answering("\"false\""))), "Call 1 is answered differently"));
+}
+
 TEST_F(Replays, PlayOnlyTheCallsThatAreWanted) {
   const std::string lines = call(1, m_other) + call(2) + call(3, m_other);
   EXPECT_EQ(replay(lines, "--calls 2"), "1 calls, all answered as recorded.\n");

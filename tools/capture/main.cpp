@@ -8,21 +8,18 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 
 #include "Program.h"
+#include "Settings.h"
 
 namespace {
 
-using vorn_capture::StringAbi;
-using vorn_capture::Unfit;
+using namespace vorn_capture;
 
 constexpr int kNothingDone = 2;
-constexpr std::uint64_t kLeastKept = std::uint64_t{64} << 10;
 
 constexpr char kHelp[] =
     R"(Runs a program and records every call that crosses libVornDALImpl.so in it, in a file that vorn-speaker reads.
@@ -43,36 +40,17 @@ Exit status: the program's; 2 when it was not started.
 )";
 
 struct Options {
-  std::string output, audio, library, toggle;
-  std::uint64_t keep = 0, ring = 0;
+  std::string output, audio, library, toggle, keep, ring;
+  std::string shown;  ///< "--help" or what else is printed instead.
   bool paused = false;
   std::vector<std::string> program;
 };
 
-std::uint64_t sizeOf(const std::string& option, const std::string& text) {
-  std::uint64_t size = 0;
-  std::size_t at = 0;
-  for (; at < text.size() && text[at] >= '0' && text[at] <= '9' && size < std::uint64_t{1} << 40; ++at)
-    size = size * 10 + static_cast<std::uint64_t>(text[at] - '0');
-  const std::string unit = text.substr(at);
-  const int shift = unit.empty() ? 0 : unit == "K" ? 10 : unit == "M" ? 20 : unit == "G" ? 30 : -1;
-  if (at == 0 || shift < 0 || (size << shift) < kLeastKept || (size << shift) > std::uint64_t{1} << 42)
-    throw Unfit(option + " " + text + ": expected a size from 64K, such as 500K, 64M or 2G");
-  return size << shift;
-}
-
-std::string signalOf(const std::string& text) {
-  const std::string name = text.compare(0, 3, "SIG") == 0 ? text.substr(3) : text;
-  static const std::pair<const char*, int> kSignals[] = {
-      {"USR1", SIGUSR1}, {"USR2", SIGUSR2}, {"HUP", SIGHUP}, {"WINCH", SIGWINCH}, {"URG", SIGURG},
-      {"CONT", SIGCONT}, {"ALRM", SIGALRM}, {"IO", SIGIO},   {"PWR", SIGPWR}};
-  for (const auto& [known, signal] : kSignals) {
-    const std::string number = std::to_string(signal);
-    if (name == known || name == number) return number;
-  }
-  throw Unfit(
-      "--toggle " + text +
-      ": expected a signal that ends nothing by itself when it is handled: USR1, USR2, HUP, WINCH, URG, CONT, ALRM, IO or PWR");
+/// The value of an option, when it is one that may be.
+template <class Read>
+std::string fit(Read read, const std::string& option, const std::string& value, const char* expected) {
+  if (!read(value)) throw Unfit(option + " " + value + expected);
+  return value;
 }
 
 Options optionsOf(int count, char** arguments) {
@@ -91,17 +69,20 @@ Options optionsOf(int count, char** arguments) {
     } else if (option == "-o" || option == "--output") {
       options.output = value();
     } else if (option == "--keep") {
-      options.keep = sizeOf(option, value());
+      options.keep = fit(sizeOf, option, value(), kSizeExpected);
     } else if (option == "--ring") {
-      options.ring = sizeOf(option, value());
+      options.ring = fit(sizeOf, option, value(), kSizeExpected);
     } else if (option == "--toggle") {
-      options.toggle = signalOf(value());
+      options.toggle = fit(signalOf, option, value(), kSignalExpected);
     } else if (option == "--audio") {
       options.audio = value();
     } else if (option == "--library") {
       options.library = value();
     } else if (argument == "--paused") {
       options.paused = true;
+    } else if (argument == "-h" || argument == "--help" || argument == "--version") {
+      options.shown = argument;
+      return options;
     } else {
       throw Unfit(argument + ": is not known" +
                   vorn_testing::didYouMean(option, {"--output", "--keep", "--ring", "--toggle", "--audio",
@@ -131,6 +112,8 @@ void refuseToOverwrite(const std::string& path, bool recordings) {
     return;
   }
   if (!recordings) throw Unfit(path + ": is there already; choose another name");
+  if (S_ISREG(status.st_mode) && (status.st_nlink != 1 || status.st_uid != geteuid()))
+    throw Unfit(path + ": is no plain file of yours; choose another name");
   char first[28] = {};
   const int file = S_ISREG(status.st_mode) ? open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC) : -1;
   const ssize_t size = file < 0 ? -1 : read(file, first, sizeof first - 1);
@@ -158,8 +141,6 @@ void set(const char* name, const std::string& value) {
     throw Unfit(std::string(name) + ": " + std::strerror(errno));
 }
 
-std::string number(std::uint64_t value) { return value ? std::to_string(value) : ""; }
-
 void complain(const std::string& text) {
   std::cerr << "vorn-capture: " << vorn_testing::harmless(text) << '\n';
 }
@@ -168,7 +149,7 @@ void start(Options options) {
   const std::string output = absolute(options.output);
   refuseToOverwrite(output, true);
   if (!options.audio.empty()) refuseToOverwrite(absolute(options.audio), false);
-  const vorn_capture::Program program = vorn_capture::lookAt(options.program[0], options.library);
+  const Program program = lookAt(options.program[0], options.library);
   for (const std::string& remark : program.remarks) complain(remark);
 
   const std::string library = preloaded(program.abi);
@@ -178,8 +159,8 @@ void start(Options options) {
   set("LD_PRELOAD", others && *others ? std::string(others) + ":" + library : library);
   set("VORN_CAPTURE", output);
   set("VORN_CAPTURE_AUDIO", options.audio.empty() ? "" : absolute(options.audio));
-  set("VORN_CAPTURE_KEEP", number(options.keep));
-  set("VORN_CAPTURE_RING", number(options.ring));
+  set("VORN_CAPTURE_KEEP", options.keep);
+  set("VORN_CAPTURE_RING", options.ring);
   set("VORN_CAPTURE_TOGGLE", options.toggle);
   set("VORN_CAPTURE_PAUSED", options.paused ? "1" : "");
   set("VORN_CAPTURE_RUN", std::to_string(getpid()) + "." +
@@ -195,12 +176,12 @@ void start(Options options) {
 
 int main(int count, char** arguments) {
   try {
-    const std::string first = count > 1 ? arguments[1] : "";
-    if (first == "-h" || first == "--help" || first == "--version") {
-      std::cout << (first == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
+    const Options options = optionsOf(count, arguments);
+    if (!options.shown.empty()) {
+      std::cout << (options.shown == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
       return std::cout ? 0 : 1;
     }
-    start(optionsOf(count, arguments));
+    start(options);
   } catch (const std::exception& error) {
     complain(error.what());
   }

@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "../Settings.h"
+
 namespace vorn_capture {
 
 State state;
@@ -28,7 +30,7 @@ thread_local Thread* t_thread = nullptr;
 std::size_t ringSize() {
   static const std::size_t size = [] {
     const char* const text = std::getenv("VORN_CAPTURE_RING");
-    const unsigned long long wanted = text ? std::strtoull(text, nullptr, 10) : 0;
+    const std::uint64_t wanted = text ? sizeOf(text) : 0;
     std::size_t made = std::size_t{256} << 10;
     while (made < wanted && made < std::size_t{1} << 30) made *= 2;
     return made;
@@ -85,6 +87,7 @@ void forgetThreads() {
 
 void dropThread(Thread* thread) {
   const std::size_t room = (sizeof(Thread) + kPage - 1) / kPage * kPage;
+  thread->~Thread();
   munmap(thread, room + ringSize());
 }
 

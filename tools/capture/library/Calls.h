@@ -50,7 +50,7 @@ struct Thread {
   std::atomic<std::uint64_t> leftOut{0};
   std::atomic<bool> gone{false};
   Thread* next = nullptr;
-  void* ofWriter = nullptr;  ///< The writer's alone, as what follows.
+  Pending pending;  ///< The writer's alone, as what follows.
   std::uint64_t told = 0;
 };
 

@@ -22,6 +22,48 @@ std::string because(const std::string& path) { return path + ": " + std::strerro
 
 }  // namespace
 
+void OwnFile::hold(int file, const std::string& path) {
+  release();
+  m_path = path;
+  m_file = file;
+  // The lowest number that is free is the program's to expect, and what it opens next does not come up there.
+  for (int high = 960; high > 30; high /= 2) {
+    const int moved = fcntl(file, F_DUPFD_CLOEXEC, high);
+    if (moved < 0) continue;
+    close(file);
+    m_file = moved;
+    break;
+  }
+  struct stat status {};
+  fstat(m_file, &status);
+  m_device = status.st_dev;
+  m_number = status.st_ino;
+}
+
+bool OwnFile::isOurs(int file) const {
+  struct stat status {};
+  return fstat(file, &status) == 0 && status.st_dev == m_device && status.st_ino == m_number;
+}
+
+int OwnFile::descriptor() {
+  if (isOurs(m_file)) return m_file;
+  m_file = -1;  // Whatever has that number now is the program's.
+  const int again = open(m_path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (again < 0) return -1;
+  if (!isOurs(again) || flock(again, LOCK_EX | LOCK_NB) != 0) {
+    close(again);
+    errno = EBADF;
+    return -1;
+  }
+  hold(again, m_path);
+  return m_file;
+}
+
+void OwnFile::release() {
+  if (m_file >= 0 && isOurs(m_file)) close(m_file);
+  m_file = -1;
+}
+
 std::string Output::take(const std::string& path, const About& about) {
   const int file =
       ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
@@ -49,18 +91,10 @@ std::string Output::take(const std::string& path, const About& about) {
     return wrong;
   }
   m_path = path;
-  begin(file);
-  return "";
-}
-
-void Output::begin(int file) {
-  m_file = file;
-  m_base = 0;
-  m_calls = 0;
-  m_markCount = 0;
-  m_buffer.cut(0);
+  m_file.hold(file, path);
   m_buffer.add(m_header);
   m_buffer.add('\n');
+  return "";
 }
 
 std::string Output::open(const std::string& path, const About& about, std::uint64_t keep) {
@@ -103,15 +137,20 @@ bool Output::write(int file, const char* bytes, std::size_t size, std::uint64_t 
 
 bool Output::flush(std::int64_t microseconds) {
   if (m_buffer.size() <= 1 && m_base > 0) return true;
-  if (!write(m_file, m_buffer.data(), m_buffer.size(), m_base)) {
+  const int file = m_file.descriptor();
+  if (file < 0 || !write(file, m_buffer.data(), m_buffer.size(), m_base)) {
     const int error = errno;
-    // What is there stays whole.
-    const bool kept = m_base > 0;
-    static_cast<void>(!ftruncate(m_file, static_cast<off_t>(kept ? m_base + 1 : 0)));
     m_lost += m_waiting;
     m_waiting = 0;
-    if (kept) m_buffer.cut(1);
-    if (kept) static_cast<void>(!write(m_file, m_buffer.data(), 0, m_base));
+    if (m_base > 0) {
+      // What is there stays whole, also where it should have been filled up.
+      m_buffer.cut(1);
+      m_buffer.data()[0] = '\n';
+      if (file >= 0 && ftruncate(file, static_cast<off_t>(m_base + 1)) == 0)
+        write(file, m_buffer.data(), 1, m_base);
+    } else if (file >= 0) {
+      static_cast<void>(!ftruncate(file, 0));
+    }
     errno = error;
     return false;
   }
@@ -125,12 +164,12 @@ bool Output::flush(std::int64_t microseconds) {
   if (m_markCount < m_marks.size() &&
       (m_markCount == 0 || m_base + 1 - m_marks[m_markCount - 1].offset >= apart))
     m_marks[m_markCount++] = {m_base + 1, m_calls};
-  if (m_base + 1 > m_keep) shorten(microseconds);
+  if (m_base + 1 > m_keep) shorten(file, microseconds);
   return true;
 }
 
 /// Makes a new file of the newest half, which then takes the place of this one.
-void Output::shorten(std::int64_t microseconds) {
+void Output::shorten(int old, std::int64_t microseconds) {
   const std::uint64_t end = m_base + 1;
   const Mark* const from = std::find_if(m_marks.data(), m_marks.data() + m_markCount,
                                         [&](const Mark& mark) { return mark.offset >= end - m_keep / 2; });
@@ -147,7 +186,7 @@ void Output::shorten(std::int64_t microseconds) {
   char part[65536];
   for (std::uint64_t at = mark.offset; copied && at < end;) {
     const ssize_t size =
-        pread(m_file, part, static_cast<std::size_t>(std::min<std::uint64_t>(sizeof part, end - at)),
+        pread(old, part, static_cast<std::size_t>(std::min<std::uint64_t>(sizeof part, end - at)),
               static_cast<off_t>(at));
     copied = size > 0 && write(file, part, static_cast<std::size_t>(size), to);
     if (!copied) break;
@@ -159,8 +198,7 @@ void Output::shorten(std::int64_t microseconds) {
     close(file);
     return;
   }
-  close(m_file);
-  m_file = file;
+  m_file.hold(file, m_path);
   m_base = to - 1;
   m_marks[0] = {head.size(), mark.calls};
   m_marks[1] = {to, m_calls};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -8,6 +10,32 @@
 #include "Render.h"
 
 namespace vorn_capture {
+
+/// A file that stays what it is though the program closes descriptors that it does not know, and opens files of its own in
+/// their place.
+class OwnFile {
+ public:
+  OwnFile() = default;
+  ~OwnFile() { release(); }
+
+  OwnFile(const OwnFile&) = delete;
+  OwnFile& operator=(const OwnFile&) = delete;
+
+  /// Takes an open file over, in the place of the one before.
+  void hold(int file, const std::string& path);
+
+  /// Its descriptor, opened again where it was closed; -1 when it cannot be.
+  int descriptor();
+
+ private:
+  bool isOurs(int file) const;
+  void release();
+
+  std::string m_path;
+  int m_file = -1;
+  dev_t m_device = 0;
+  ino_t m_number = 0;
+};
 
 /// The file of a recording, of which every line is whole at any moment.
 ///
@@ -45,11 +73,10 @@ class Output {
   };
 
   std::string take(const std::string& path, const About& about);
-  void begin(int file);
   bool write(int file, const char* bytes, std::size_t size, std::uint64_t at);
-  void shorten(std::int64_t microseconds);
+  void shorten(int old, std::int64_t microseconds);
 
-  int m_file = -1;
+  OwnFile m_file;
   std::string m_path;
   std::string m_header;
   Bytes m_buffer;            ///< Begins with the last byte of the file, which may have to give way to blanks.

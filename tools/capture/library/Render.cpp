@@ -11,25 +11,6 @@ namespace vorn_capture {
 using vorn_testing::Direction;
 using vorn_testing::Guard;
 
-bool Bytes::hasRoom(std::size_t more) {
-  if (m_size + more <= m_capacity) return true;
-  std::size_t wanted = m_capacity ? m_capacity : 65536;
-  while (wanted < m_size + more) wanted *= 2;
-  void* const memory =
-      m_data ? mremap(m_data, m_capacity, wanted, MREMAP_MAYMOVE)
-             : mmap(nullptr, wanted, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) return false;
-  m_data = static_cast<char*>(memory);
-  m_capacity = wanted;
-  return true;
-}
-
-void Bytes::add(long long number) {
-  char digits[24];
-  add(std::string_view(digits,
-                       static_cast<std::size_t>(std::snprintf(digits, sizeof digits, "%lld", number))));
-}
-
 namespace {
 
 bool isAscii(std::string_view text) {

@@ -13,6 +13,9 @@
 #include <cmath>
 #include <cstdlib>
 
+#include <vorn_testing/Text.h>
+
+#include "../Settings.h"
 #include "Calls.h"
 #include "Output.h"
 
@@ -58,26 +61,26 @@ struct Second {
 /// A file of sound, which nothing is written over.
 class WaveFile {
  public:
-  ~WaveFile() {
-    if (m_file >= 0) close(m_file);
-  }
-
   bool create(const std::string& path) {
-    m_file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    return m_file >= 0 && head();
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (file < 0) return false;
+    m_file.hold(file, path);
+    return head();
   }
 
   void add(const char* samples, std::size_t bytes) {
-    if (m_file < 0 || m_failed) return;
-    m_failed = ::pwrite(m_file, samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) !=
+    if (m_failed) return;
+    m_failed = ::pwrite(m_file.descriptor(), samples, bytes, static_cast<off_t>(sizeof(Head) + m_bytes)) !=
                static_cast<ssize_t>(bytes);
     if (!m_failed) m_bytes += static_cast<std::uint32_t>(bytes);
     m_changed = true;
   }
 
-  void finish() {
-    if (m_file >= 0 && m_changed) m_failed = !head() || m_failed;
+  /// @returns  Whether all of it is there.
+  bool finish() {
+    if (m_changed) m_failed = !head() || m_failed;
     m_changed = false;
+    return !m_failed;
   }
 
  private:
@@ -95,56 +98,23 @@ class WaveFile {
     std::uint32_t bytes = 0;
   };
 
-  bool head() const {
+  bool head() {
     Head made;
     made.size = m_bytes + static_cast<std::uint32_t>(sizeof made) - 8;
     made.bytes = m_bytes;
-    return pwrite(m_file, &made, sizeof made, 0) == static_cast<ssize_t>(sizeof made);
+    return pwrite(m_file.descriptor(), &made, sizeof made, 0) == static_cast<ssize_t>(sizeof made);
   }
 
-  int m_file = -1;
+  OwnFile m_file;
   std::uint32_t m_bytes = 0;
   bool m_failed = false;
   bool m_changed = false;
 };
 
 void complain(const std::string& text) {
-  const std::string line = "libvorn-capture.so: " + text + "\n";
+  const std::string line = "libvorn-capture.so: " + vorn_testing::harmless(text) + "\n";
   static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
 }
-
-/// Begins of calls that have not returned, one behind the other, each with its size behind it.
-class Pending {
- public:
-  void push(const char* begin, std::uint32_t size) {
-    m_bytes.add(std::string_view(begin, size));
-    m_bytes.add(std::string_view(reinterpret_cast<const char*>(&size), sizeof size));
-    m_bytes.fill(0, 4);
-  }
-
-  /// The last, or null.
-  const char* last() {
-    if (m_bytes.size() == 0) return nullptr;
-    std::uint32_t size;
-    std::memcpy(&size, m_bytes.data() + m_bytes.size() - 8, sizeof size);
-    return m_bytes.data() + m_bytes.size() - 8 - size;
-  }
-
-  void pop() { m_bytes.cut(static_cast<std::size_t>(last() - m_bytes.data())); }
-
-  template <class Do>
-  void each(Do each) {
-    for (std::size_t end = m_bytes.size(); end > 0;) {
-      std::uint32_t size;
-      std::memcpy(&size, m_bytes.data() + end - 8, sizeof size);
-      end -= 8 + size;
-      each(m_bytes.data() + end);
-    }
-  }
-
- private:
-  Bytes m_bytes;
-};
 
 class Writer {
  public:
@@ -218,7 +188,6 @@ class Writer {
       Thread* expected = thread;
       if (gone &&
           (before ? (before->next = next, true) : state.threads.compare_exchange_strong(expected, next))) {
-        delete static_cast<Pending*>(thread->ofWriter);
         dropThread(thread);
       } else {
         before = thread;
@@ -228,7 +197,8 @@ class Writer {
     if (m_second.blocks > 0 && now() - m_second.from > kSecond + kSecond / 4) tellSecond();
     tellLeftOut();
     if (!m_output.flush(microseconds())) failed();
-    m_wave.finish();
+    if (!m_wave.finish() && state.keepsSamples.exchange(false))
+      complain(request->audio + ": " + std::strerror(errno) + "; the sound is kept no longer");
   }
 
   void drain(Thread& thread) {
@@ -238,7 +208,7 @@ class Writer {
       std::memcpy(&head, record, sizeof head);
       if (head.kind != Kind::kSkip && head.kind != Kind::kSound && !named) name(thread);
       named = true;
-      if (head.kind == Kind::kBegin) pending(thread).push(record, head.size);
+      if (head.kind == Kind::kBegin) thread.pending.push(record, head.size);
       if (head.kind == Kind::kEnd) ended(thread, record);
       if (head.kind == Kind::kSound) heard(record);
       thread.ring.pass(head.size);
@@ -246,11 +216,6 @@ class Writer {
     const std::uint64_t leftOut = thread.leftOut.load(std::memory_order_relaxed);
     m_leftOut += leftOut - thread.told;
     thread.told = leftOut;
-  }
-
-  static Pending& pending(Thread& thread) {
-    if (!thread.ofWriter) thread.ofWriter = new Pending;
-    return *static_cast<Pending*>(thread.ofWriter);
   }
 
   /// A thread may be named after its first call.
@@ -273,7 +238,7 @@ class Writer {
   void ended(Thread& thread, const char* record) {
     End end;
     std::memcpy(&end, record, sizeof end);
-    Pending& open = pending(thread);
+    Pending& open = thread.pending;
     while (const char* const begin = open.last()) {
       Begin head;
       std::memcpy(&head, begin, sizeof head);
@@ -343,8 +308,7 @@ class Writer {
     if (signal) note("signal " + std::to_string(signal));
     if (signal || ending) {
       for (Thread* thread = state.threads.load(); thread; thread = thread->next) {
-        if (!thread->ofWriter) continue;
-        pending(*thread).each([&](const char* begin) {
+        thread->pending.each([&](const char* begin) {
           m_line.cut(0);
           renderOpen(m_line, about(*thread, begin), begin);
           m_output.add(m_line.text(), 0);
@@ -374,6 +338,7 @@ void* writerMain(void*) {
   pthread_setname_np(pthread_self(), "vorn-capture");
   auto* const writer = new Writer;  // As long as the process.
   if (!writer->open()) {
+    delete writer;
     state.recording = false;
     hasFailed = true;
     return nullptr;
@@ -435,6 +400,15 @@ const char* asks(const char* name) {
   return value && *value ? value : nullptr;
 }
 
+/// Whether the environment asks for what can be done, as vorn-capture has made sure.
+template <class Read>
+bool isFit(Read read, const char* name, const char* expected) {
+  const char* const value = asks(name);
+  if (!value || read(value)) return true;
+  complain(std::string(name) + "=" + value + expected + "; nothing is recorded");
+  return false;
+}
+
 }  // namespace
 
 void startWriter() {
@@ -457,23 +431,29 @@ void startWriter() {
 
 namespace {
 
+void end();
+
 void begin() {
   wrap();
   const char* const path = asks("VORN_CAPTURE");
-  if (!path) return;
+  if (!path || !isFit(sizeOf, "VORN_CAPTURE_KEEP", kSizeExpected) ||
+      !isFit(sizeOf, "VORN_CAPTURE_RING", kSizeExpected) ||
+      !isFit(signalOf, "VORN_CAPTURE_TOGGLE", kSignalExpected))
+    return;
   request = new Request;
   request->path = path;
   char folder[PATH_MAX];
   if (path[0] != '/' && getcwd(folder, sizeof folder)) request->path = std::string(folder) + "/" + path;
   if (const char* const audio = asks("VORN_CAPTURE_AUDIO")) request->audio = audio;
   state.keepsSamples = !request->audio.empty();
-  if (const char* const keep = asks("VORN_CAPTURE_KEEP")) request->keep = std::strtoull(keep, nullptr, 10);
+  if (const char* const keep = asks("VORN_CAPTURE_KEEP")) request->keep = sizeOf(keep);
   if (const char* const run = asks("VORN_CAPTURE_RUN")) request->run = run;
   request->program = program_invocation_name;
   startTime = now();
-  if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(std::atoi(toggle), onToggle, nullptr);
+  if (const char* const toggle = asks("VORN_CAPTURE_TOGGLE")) handle(signalOf(toggle), onToggle, nullptr);
   for (const int signal : kCrashes) handle(signal, nullptr, onCrash);
   pthread_atfork(nullptr, nullptr, onFork);
+  at_quick_exit(end);
   request->paused = asks("VORN_CAPTURE_PAUSED");
   state.recording = !request->paused;
   // Where the library is not there yet, and in a shell that only starts the program, no file is made before the first call.
@@ -491,6 +471,7 @@ bool isAlone() {
          std::string::npos;
 }
 
+/// Of the process.
 __attribute__((destructor)) void end() {
   if (!request) return;
   ending = true;

@@ -1,0 +1,98 @@
+// What the capture masks on every call, beside the rule of all tools, which is easier to read and slower.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "../../tools/capture/library/Masker.h"
+
+namespace {
+
+using namespace vorn_capture;
+
+class Masked : public testing::Test {
+ protected:
+  std::size_t below(std::size_t end) { return m_random() % end; }
+
+  /// Pieces of telling words, whole ones, and what may stand between, in any case.
+  std::string text() {
+    std::string made;
+    for (std::size_t parts = below(6); parts > 0; --parts) {
+      const std::string word = vorn_testing::kSecretWords[below(std::size(vorn_testing::kSecretWords))];
+      const std::size_t from = below(2) ? 0 : below(word.size());
+      std::string part = word.substr(from, below(3) ? std::string::npos : below(word.size()));
+      for (char& c : part) {
+        if (below(3) == 0) c = static_cast<char>(c - 'a' + 'A');
+        if (below(40) == 0) c = static_cast<char>(below(256));
+      }
+      static const char* const kBetween[] = {"",  "",  "_", "-",        " ",   "\n",
+                                             ".", "7", "x", "\xc3\xa4", "***", "********"};
+      made += part.insert(below(part.size() + 1), kBetween[below(std::size(kBetween))]);
+      made += kBetween[below(std::size(kBetween))];
+    }
+    return made;
+  }
+
+  /// In parts, as a list of values is.
+  bool isTelling(const std::string& text) {
+    SecretSearch search;
+    for (std::size_t at = 0; at < text.size();) {
+      const std::size_t size = 1 + below(text.size() - at);
+      search.add(text.data() + at, size);
+      at += size;
+    }
+    return search.found();
+  }
+
+  std::mt19937 m_random{2};
+};
+
+TEST_F(Masked, TextsAreThoseThatTheRuleOfAllToolsMasks) {
+  int telling = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const std::string made = text();
+    const bool wanted = vorn_testing::isSecretText(made);
+    ASSERT_EQ(isTelling(made), wanted) << made;
+    telling += wanted;
+  }
+  EXPECT_GT(telling, 20000);
+  EXPECT_LT(telling, 80000);
+}
+
+TEST_F(Masked, ValuesAreFoundAgainWhereverTheyStand) {
+  std::vector<std::string> values;
+  for (std::size_t i = 0; i < 200; ++i) {
+    std::string value;
+    while (value.size() < known::kShortest + i % 40) value += static_cast<char>('a' + below(3));
+    known::add(value.data(), value.size());
+    values.push_back(value);
+  }
+  int found = 0;
+  for (int i = 0; i < 20000; ++i) {
+    std::string made;
+    for (std::size_t size = below(12); made.size() < size;) made += static_cast<char>('a' + below(3));
+    if (below(4) == 0) made.insert(below(made.size() + 1), values[below(values.size())]);
+    const bool wanted = std::any_of(values.begin(), values.end(), [&](const std::string& value) {
+      return made.find(value) != std::string::npos;
+    });
+    ASSERT_EQ(known::in(made.data(), made.size()), wanted) << made;
+    found += wanted;
+  }
+  EXPECT_GT(found, 5000);
+  EXPECT_LT(found, 15000);
+}
+
+/// Last: from there on it is so for all.
+TEST_F(Masked, TextsAreAllMaskedWhenThereAreTooManySecrets) {
+  for (int i = 0; i < 2100; ++i) {
+    const std::string value = "value " + std::to_string(i);
+    known::add(value.data(), value.size());
+  }
+  EXPECT_TRUE(known::in("harmless", 8));
+  EXPECT_FALSE(known::in("short", 5));
+}
+
+}  // namespace
