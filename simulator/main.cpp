@@ -194,6 +194,7 @@ int fulfil(Request& request, std::ostream& out) {
                : request.task == Task::kServe  ? below(request, out)
                : request.task == Task::kReplay ? replay(request, out)
                                                : play(request, out);
+  if (endRequested() == 0) settings.sink->finish();
   if (!settings.sink->problem().empty()) {
     complain(settings.sink->problem());
     status = std::max(status, kFailed);

@@ -121,6 +121,16 @@ TEST_F(Files, PlayedFromTheCurrentFolderMayBeTheOneThatIsWritten) {
   EXPECT_GT(fs::file_size(path("answer.wav")), 10000U);
 }
 
+TEST_F(Files, StayWhenNothingIsPlayed) {
+  const std::string earlier = file("mine.wav", "my own song");
+  for (const char* wrong : {"/tmp/speaker/none.scenario", "--device /tmp/speaker/none",
+                            "--host /tmp/speaker/none", "--audio /tmp/speaker/none"}) {
+    run(wrong + (" --out " + earlier));
+    EXPECT_EQ(m_status, 2) << wrong;
+    EXPECT_EQ(content(earlier), "my own song") << wrong;
+  }
+}
+
 TEST_F(Files, AreWrittenAsideAndNothingStaysBeside) {
   run(" --out " + path("out/none.wav"));
   EXPECT_EQ(m_status, 2);

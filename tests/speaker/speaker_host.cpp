@@ -195,6 +195,15 @@ TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeIsRefusedWithWhatItSays) {
   EXPECT_EQ(m_status, 2);
 }
 
+TEST_F(QuietBadHost, LeavesNothingBesideTheSpeakersOwnFiles) {
+  for (const char* when : {"none", "load abort", "call kill", "make throw"}) {
+    playOnIt(when);
+    for (const auto& entry : std::filesystem::directory_iterator("/tmp/speaker/state"))
+      EXPECT_TRUE(entry.path().filename() == "lock" || entry.path().filename() == "answer.wav")
+          << when << ": " << entry.path();
+  }
+}
+
 TEST_F(QuietBadHost, PrintsBesideTheCallsAndNotAmongThem) {
   for (const char* when : {"load print", "make print", "call print", "destroy print", "unload print"}) {
     playOnIt(when,
