@@ -112,6 +112,12 @@ void endLeftovers() {
   std::exit(finished);
 }
 
+/// The operations that had not returned.
+void sayCalls() {
+  for (const Shared::Call& call : g_shared->calls)
+    if (call.number != 0) say(call.text);
+}
+
 int judge(int ended, int finished) {
   const bool whole = WIFEXITED(ended) && WEXITSTATUS(ended) == finished && g_shared->result >= 0;
   if (whole) return g_shared->result;
@@ -126,8 +132,7 @@ int judge(int ended, int finished) {
   } else {
     say("\nThe host ended the program" + where + ", with status " + std::to_string(WEXITSTATUS(ended)));
   }
-  for (const Shared::Call& call : g_shared->calls)
-    if (call.number != 0) say(call.text);
+  sayCalls();
   return kHostFailed;
 }
 
@@ -174,7 +179,18 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
     return limit.count() > 0 && g_shared->phase != kCalled &&
            now() - g_shared->since > milliseconds(limit + grace).count();
   };
-  while (waitpid(child, &ended, WNOHANG) == 0) {
+  long long stopped = 0;  // Since when; it can neither go on nor tell.
+  for (;;) {
+    const pid_t changed = waitpid(child, &ended, WNOHANG | WUNTRACED | WCONTINUED);
+    if (changed != 0 && !(changed > 0 && (WIFSTOPPED(ended) || WIFCONTINUED(ended)))) break;
+    if (changed > 0) stopped = WIFSTOPPED(ended) ? now() : 0;
+    if (stopped != 0 && limit.count() > 0 && now() - stopped > milliseconds(limit).count()) {
+      if (!g_shared->told.exchange(true)) {
+        say(std::string("\nThe host stopped its process") + words(g_shared->phase));
+        sayCalls();
+      }
+      kill(child, SIGKILL);
+    }
     if (overdue(std::chrono::seconds(0)) && !asked) {
       asked = true;
       kill(child, kOverdue);

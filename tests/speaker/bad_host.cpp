@@ -56,6 +56,7 @@ void misbehave(const std::string& when) {
   if (what == "system-call") raise(SIGSYS);
   if (what == "recursion") recurse(0);
   if (what == "thread-recursion") std::thread([] { recurse(0); }).join();
+  if (what == "stop") raise(SIGSTOP);
   if (what == "kill") kill(getpid(), SIGKILL);
   if (what == "exit") std::exit(0);
   if (what == "quick-exit") _exit(0);
