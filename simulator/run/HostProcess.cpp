@@ -50,6 +50,7 @@ struct Shared {
   std::atomic<long long> since;  ///< When the phase began, in milliseconds.
   std::atomic<bool> told;
   std::atomic<int> result;  ///< What the work returned; negative before.
+  std::atomic<bool> lost;   ///< Whether what it printed did not arrive.
   Call calls[16];
 };
 
@@ -99,10 +100,7 @@ void endLeftovers() {
     __gnu_cxx::stdio_filebuf<char> buffer(own, std::ios::out);
     std::ostream out(&buffer);
     result = work(out);
-    if (!out.flush() && result == 0) {
-      std::cerr << "vorn-speaker: standard output could not be written; is the disk full, or is it closed?\n";
-      result = 1;
-    }
+    g_shared->lost = !out.flush();
   } else {
     result = work(std::cout);
     if (!vorn_testing::standardOutputArrived("vorn-speaker") && result == 0) result = 1;
@@ -120,7 +118,10 @@ void sayCalls() {
 
 int judge(int ended, int finished) {
   const bool whole = WIFEXITED(ended) && WEXITSTATUS(ended) == finished && g_shared->result >= 0;
-  if (whole) return g_shared->result;
+  // Told from here: the host may have closed the standard error of its process too.
+  if (whole && g_shared->lost)
+    say("vorn-speaker: standard output could not be written; is the disk full, or did the host close it?");
+  if (whole) return g_shared->lost && g_shared->result == 0 ? 1 : g_shared->result.load();
   if (g_shared->told) return kHostFailed;
   if (WIFSIGNALED(ended) && WTERMSIG(ended) == g_requested) return 128 + g_requested;
   // The reader of our output went away, which ends any program.

@@ -207,6 +207,19 @@ TEST_F(QuietBadHost, LeavesNothingBesideTheSpeakersOwnFiles) {
   }
 }
 
+TEST_F(QuietBadHost, ThatClosesEveryFileCannotKeepTheSpeakerSilent) {
+  EXPECT_TRUE(has(playOnIt("call close"), "standard output could not be written"));
+  EXPECT_EQ(m_status, 1);
+}
+
+TEST_F(QuietBadHost, IsQuotedWithoutSecretsAndHarmlesslyWhenItThrowsWhereNoneMay) {
+  EXPECT_TRUE(has(playOnIt("destroy throw"), "An exception left the host: nothing for it\n"));
+  EXPECT_TRUE(has(playOnIt("load throw-secret"), "An exception left the host: ********\n"));
+  const std::string output = playOnIt("destroy throw-raw");
+  EXPECT_TRUE(has(output, "An exception left the host: nothing\\x1b[2J for it\n"));
+  EXPECT_FALSE(has(output, "\x1b"));
+}
+
 TEST_F(QuietBadHost, PrintsBesideTheCallsAndNotAmongThem) {
   for (const char* when : {"load print", "make print", "call print", "destroy print", "unload print"}) {
     playOnIt(when,
