@@ -4,12 +4,14 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 #include <vector>
 
 #include "device/DataFolder.h"
 #include "language/Scenario.h"
 #include "text/Files.h"
+#include "text/Lines.h"
 
 namespace vorn_speaker {
 
@@ -28,19 +30,37 @@ std::string scenarioHelp() {
          "done, 3 the host failed: it crashed, ended the program or did not return; 128 and its number after a signal.";
 }
 
+/// A script's variable that is not set must not pass for a choice.
+std::string refuseNothing(const std::string& text) {
+  return text.empty() ? "expected a name, found nothing" : "";
+}
+
+std::string refuseUnlessDigits(const std::string& text) {
+  const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  return digits && (text.size() == 1 || text[0] != '0') ? ""
+                                                        : "expected a whole number, found " + excerpt(text);
+}
+
 void addOptions(CLI::App& app, Request& request) {
   Settings& settings = request.settings;
   request.stateFolder = userStateFolder();
   settings.device = shipped("device.toml");
   settings.audio = shipped("request.wav");
-  app.add_option("--state", request.stateFolder, "The folder of the key-value store")->capture_default_str();
+  app.add_option("--state", request.stateFolder, "The folder of the key-value store")
+      ->capture_default_str()
+      ->check(refuseNothing);
   app.add_option("--device", settings.device, "The device's facts and settings (TOML)")
-      ->capture_default_str();
+      ->capture_default_str()
+      ->check(refuseNothing);
   app.add_option("--audio", settings.audio, "What the microphone hears (WAV, FLAC or OGG)")
-      ->capture_default_str();
-  app.add_option("--out", request.out,
-                 "The WAV file that the players play to; answer.wav in the state folder");
-  app.add_option("--alsa", request.alsa, "The ALSA device that the players play to instead, such as default");
+      ->capture_default_str()
+      ->check(refuseNothing);
+  const auto out = app.add_option("--out", request.out,
+                                  "The WAV file that the players play to; answer.wav in the state folder")
+                       ->check(refuseNothing);
+  app.add_option("--alsa", request.alsa, "The ALSA device that the players play to instead, such as default")
+      ->check(refuseNothing)
+      ->excludes(out);
   const auto realTime = app.add_flag("--real-time", settings.realTime, "Keep the microphone's real time");
   app.add_flag("--fast", "Go as fast as it goes, as without --real-time")->excludes(realTime);
   app.add_flag_callback(
@@ -51,21 +71,24 @@ void addOptions(CLI::App& app, Request& request) {
   app.add_flag("--all", request.everyOperation, "Count also the operations that were never called");
   app.add_flag("--every-block", settings.everyBlock, "Print every block of sound, not one line a stream");
   app.add_flag("--secrets", settings.secrets, "Print tokens and secrets in clear");
-  app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one");
+  app.add_option("--host", settings.host, "A library with a host of your own, in place of the simulated one")
+      ->check(refuseNothing);
   app.add_option(
          "--watchdog", request.watchdog,
          "Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for\n"
          "ever; 10 with --host, with serve and in replays")
-      ->check(CLI::Range(0, 1000000));
+      ->check(refuseUnlessDigits);
   app.add_option("--color", request.colour,
                  "Colours: auto for terminals only, unless NO_COLOR is set; always; never")
       ->check(CLI::IsMember({"auto", "always", "never"}));
   app.add_option("--port", request.serve.port,
                  "The port of the page that serve shows; a free one unless given")
+      ->check(refuseUnlessDigits)
       ->check(CLI::Range(1, 65535));
   app.add_option(
-      "--watch", request.serve.watch,
-      "A recording that serve shows in place of a speaker; what is added to it is shown as it comes");
+         "--watch", request.serve.watch,
+         "A recording that serve shows in place of a speaker; what is added to it is shown as it comes")
+      ->check(refuseNothing);
   app.add_flag("--below", request.below)->group("");
   app.add_flag("--list", request.list, "List the operations with their arguments, and end");
 }
@@ -110,12 +133,13 @@ void addExport(CLI::App& command, Request& request) {
               names.push_back(format.name);
             }
             if (request.format) return;
-            throw CLI::ValidationError("--format: expected trace-event, mermaid or csv, found " + name +
-                                       vorn_testing::didYouMean(name, names));
+            throw CLI::ValidationError("--format: expected trace-event, mermaid or csv, found " +
+                                       excerpt(name) + vorn_testing::didYouMean(name, names));
           },
           help)
       ->required();
-  command.add_option("-o,--output", request.output, "The file to write; standard output without one");
+  command.add_option("-o,--output", request.output, "The file to write; standard output without one")
+      ->check(refuseNothing);
   addSelection(command, request);
 }
 
@@ -130,13 +154,16 @@ void declare(CLI::App& app, Request& request) {
 
   addOptions(app, request);
   app.add_option("SCENARIO,--scenario", request.scenario,
-                 "The scenario to play; without one, a whole morning");
+                 "The scenario to play; without one, a whole morning")
+      ->check(refuseNothing);
   app.add_subcommand("console", "Type statements and see them played")->callback([&] {
     request.task = Task::kConsole;
   });
   const auto recorded = [&](const char* name, Task task, const char* help) {
     CLI::App* const command = app.add_subcommand(name, help);
-    command->add_option("RECORDING", request.recording, "The file of the recording")->required();
+    command->add_option("RECORDING", request.recording, "The file of the recording")
+        ->required()
+        ->check(refuseNothing);
     command->callback([&request, task] { request.task = task; });
     return command;
   };
@@ -150,7 +177,8 @@ void declare(CLI::App& app, Request& request) {
                     "Wait before each call as long as was waited then; without it they follow at once");
   CLI::App& reported = *recorded("report", Task::kReport,
                                  "Print a recording for people: calls, durations, waits; or how two differ");
-  reported.add_option("OTHER", request.otherRecording, "The recording that it is compared with");
+  reported.add_option("OTHER", request.otherRecording, "The recording that it is compared with")
+      ->check(refuseNothing);
   addSelection(reported, request);
   addExport(*recorded("export", Task::kExport, "Write a recording in a form that other programs read"),
             request);
@@ -158,6 +186,48 @@ void declare(CLI::App& app, Request& request) {
                      "Show the speaker on a page in the browser of this machine, and play with it there")
       ->callback([&] { request.task = Task::kServe; });
   app.require_subcommand(0, 1);
+}
+
+std::vector<std::string> commandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* const command : app.get_subcommands({})) names.push_back(command->get_name());
+  return names;
+}
+
+std::string meant(const CLI::App& app) {
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  std::vector<std::string> names;
+  std::map<std::string, std::string> others;  // Options of commands that were not chosen.
+  const auto add = [&](const CLI::App& one, bool known) {
+    for (const CLI::Option* const option : one.get_options()) {
+      for (const std::string& name : option->get_lnames()) {
+        if (known)
+          names.push_back("--" + name);
+        else
+          others.emplace("--" + name, one.get_name());
+      }
+    }
+  };
+  add(app, true);
+  for (const CLI::App* const command : app.get_subcommands({}))
+    add(*command, std::find(chosen.begin(), chosen.end(), command) != chosen.end());
+  for (const std::string& word : app.remaining(true)) {
+    const std::string name = word.substr(0, word.find('='));
+    if (others.count(name) > 0) return "; it is an option of " + others[name];
+    const std::string hint = vorn_testing::didYouMean(name, names);
+    if (word.compare(0, 2, "--") == 0 && !hint.empty()) return hint;
+  }
+  return "";
+}
+
+void refuseWithoutEffect(const Request& request) {
+  const bool plays =
+      request.task == Task::kPlay || request.task == Task::kRecord || request.task == Task::kList;
+  if (!plays && !request.scenario.empty())
+    throw CLI::ValidationError(oneLine(request.scenario) + ": this command plays no scenario");
+  const bool serves = request.task == Task::kServe || request.task == Task::kList;
+  if (!serves && (request.serve.port != 0 || !request.serve.watch.empty()))
+    throw CLI::ValidationError("--port and --watch are for serve");
 }
 
 }  // namespace vorn_speaker

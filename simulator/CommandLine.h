@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "page/Serve.h"
 #include "recordings/Export.h"
@@ -30,6 +31,7 @@ struct Request {
   std::string colour = "auto";
   Settings settings;
   ServeRequest serve;
+  std::vector<std::string> commands;  ///< The names of all.
   bool below = false;  ///< Whether this is the speaker's own process, below the one that serves.
   bool strict = false;
   bool list = false;
@@ -39,5 +41,13 @@ struct Request {
 
 /// Lays out the options and commands whose values become the request.
 void declare(CLI::App& app, Request& request);
+
+std::vector<std::string> commandNames(const CLI::App& app);
+
+/// "; did you mean --state?" of an option that is not known, or nothing.
+std::string meant(const CLI::App& app);
+
+/// Refuses what the task would pass over in silence. @throws CLI::ValidationError
+void refuseWithoutEffect(const Request& request);
 
 }  // namespace vorn_speaker

@@ -67,6 +67,9 @@ int list(std::ostream& out) {
 
 int play(const Request& request, std::ostream& out) {
   const std::string name = request.scenario.empty() ? "morning" : request.scenario;
+  const std::string command = vorn_testing::didYouMean(name, request.commands);
+  if (!request.scenario.empty() && !command.empty() && access(name.c_str(), F_OK) != 0)
+    throw std::runtime_error(name + ": there is no such scenario" + command);
   const std::vector<Step> steps =
       readScenario(name, request.scenario.empty() ? kMorning : readWhole(name, kLargestScenario));
   Speaker speaker(request.settings, out);
@@ -194,6 +197,7 @@ int fulfil(Request& request, std::ostream& out) {
                : request.task == Task::kServe  ? below(request, out)
                : request.task == Task::kReplay ? replay(request, out)
                                                : play(request, out);
+  if (endRequested() == 0) settings.sink->finish();
   if (!settings.sink->problem().empty()) {
     complain(settings.sink->problem());
     status = std::max(status, kFailed);
@@ -212,6 +216,10 @@ int fulfilOrComplain(Request& request, std::ostream& out) {
     out.flush();
     complain(error.what());
     return kFailed;
+  } catch (const std::bad_alloc&) {
+    out.flush();
+    complain("there is not enough memory");
+    return kNothingDone;
   } catch (const std::exception& error) {
     out.flush();
     complain(error.what());
@@ -278,12 +286,20 @@ int main(int argc, char** argv) {
     request.serve.command.assign(argv, argv + argc);
     app.parse(argc, argv);
     if (request.list) request.task = Task::kList;
+    refuseWithoutEffect(request);
+    request.commands = commandNames(app);
     status = run(request);
   } catch (const CLI::Success& asked) {
     status = app.exit(asked);
+  } catch (const CLI::ExtrasError& error) {
+    complain(error.what() + meant(app));
+    std::cerr << "Run with --help for more information.\n";
   } catch (const CLI::ParseError& error) {
     complain(error.what());
     std::cerr << "Run with --help for more information.\n";
+  } catch (const std::bad_alloc&) {
+    std::cout.flush();
+    complain("there is not enough memory");
   } catch (const std::exception& error) {
     std::cout.flush();
     complain(error.what());

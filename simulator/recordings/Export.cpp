@@ -106,14 +106,15 @@ class TraceEvents {
 
   void slice(const Crossing& call) {
     // Viewers tell by the times alone what lies inside what: an inner call must not stand out by a microsecond.
-    std::vector<std::pair<microseconds, microseconds>>& outer = m_outer[call.threadNumber];
-    outer.resize(static_cast<std::size_t>(call.depth), {microseconds(0), microseconds::max()});
+    std::map<int, std::pair<microseconds, microseconds>>& outer = m_outer[call.threadNumber];
+    outer.erase(outer.lower_bound(call.depth), outer.end());
     microseconds from = call.began, to = call.began + call.took;
     if (!outer.empty()) {
-      from = std::min(std::max(from, outer.back().first), outer.back().second);
-      to = std::max(from, std::min(to, outer.back().second));
+      const auto& [begun, ended] = outer.rbegin()->second;
+      from = std::min(std::max(from, begun), ended);
+      to = std::max(from, std::min(to, ended));
     }
-    outer.emplace_back(from, to);
+    outer[call.depth] = {from, to};
     begin("X", call.fullName(), word(call.direction), call.threadNumber, from);
     m_out << R"(,"dur":)" << (to - from).count() << R"(,"args":{)" << asked(call) << answered(call) << "}}";
     if (call.waited && call.waited->count() > 0) {
@@ -138,8 +139,8 @@ class TraceEvents {
   const Recorded& m_recording;
   std::ostream& m_out;
   bool m_first = true;
-  std::map<int, std::vector<std::pair<microseconds, microseconds>>>
-      m_outer;  ///< The calls around, by thread.
+  std::map<int, std::map<int, std::pair<microseconds, microseconds>>>
+      m_outer;  ///< The calls around, by thread and by how many they ran inside.
 };
 
 /// Writes a sequence diagram: who called whom, in order. A call that another one led to comes from that one's callee.

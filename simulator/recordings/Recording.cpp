@@ -12,9 +12,11 @@
 #include <limits>
 #include <map>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 
 #include "recordings/Json.h"
+#include "text/Files.h"
 #include "text/Lines.h"
 
 namespace vorn_speaker {
@@ -23,6 +25,9 @@ namespace {
 
 constexpr char kFormat[] = "vorn-speaker";
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+constexpr std::size_t kLongestHeader = 1 << 16;
+constexpr std::size_t kMostPiped = std::size_t{1} << 30;
+const std::string kFound = ", found ";  // In messages, before what may be a secret.
 
 /// What a field holds was not expected.
 struct Unfit : std::runtime_error {
@@ -264,16 +269,21 @@ class Reader {
     struct stat there {};
     if (::stat(path.c_str(), &there) != 0) refuse(path, errno);
     if (S_ISDIR(there.st_mode)) refuse(path, EISDIR);
-    std::ifstream file(path, std::ios::binary);
-    if (!file) refuse(path, errno);
+    const bool pipe = S_ISFIFO(there.st_mode);
+    std::istringstream piped(pipe ? readWhole(path, kMostPiped) : "");
+    std::ifstream file;
+    if (!pipe) file.open(path, std::ios::binary);
+    std::istream& in = pipe ? static_cast<std::istream&>(piped) : file;
+    if (!in) refuse(path, errno);
+    refuseUnlessLines(in);
     std::string next, text;
-    if (!std::getline(file, text)) fail(0, "expected a recording, found an empty file");
+    if (!std::getline(in, text)) fail(0, "expected a recording, found an empty file");
     for (bool more = true; more; text.swap(next)) {
-      more = static_cast<bool>(std::getline(file, next));
+      more = static_cast<bool>(std::getline(in, next));
       ++m_line;
       read(text, !more);
     }
-    if (file.bad()) refuse(path, EIO);
+    if (in.bad()) refuse(path, EIO);
     order();
     tellUnknown();
   }
@@ -291,14 +301,26 @@ class Reader {
     throw std::runtime_error(place(line) + why);
   }
 
+  [[noreturn]] void failHead() const {
+    fail(1, "expected a recording of version 1 to " + std::to_string(Recording::kVersion));
+  }
+
+  /// What has no end of a line, such as a device, would be read without an end.
+  void refuseUnlessLines(std::istream& in) const {
+    std::string first(kLongestHeader, '\0');
+    in.read(&first[0], static_cast<std::streamsize>(first.size()));
+    if (in && first.find('\n') == std::string::npos) failHead();
+    in.clear();
+    in.seekg(0);
+  }
+
   void read(const std::string& text, bool last) {
     const std::size_t mark = m_line == 1 && text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0;
     const Json json =
         Json::parse(text.begin() + static_cast<std::ptrdiff_t>(mark), text.end(), nullptr, false);
     if (m_line == 1) {
       m_recorded.version = versionOf(json);
-      if (m_recorded.version == 0)
-        fail(m_line, "expected a recording of version 1 to " + std::to_string(Recording::kVersion));
+      if (m_recorded.version == 0) failHead();
       for (const auto& [name, to] : {std::pair{"program", &m_recorded.program},
                                      {"started", &m_recorded.started},
                                      {"writer", &m_recorded.writer}}) {
@@ -314,7 +336,11 @@ class Reader {
     try {
       read(json);
     } catch (const Unfit& unfit) {
-      fail(m_line, std::string("expected a line of a recording; ") + unfit.what());
+      std::string why = unfit.what();
+      const std::size_t found = why.find(kFound);
+      if (found != std::string::npos && mayHoldSecret(text))
+        why.replace(found, std::string::npos, kFound + kMask);
+      fail(m_line, "expected a line of a recording; " + why);
     }
   }
 
@@ -412,7 +438,7 @@ class Reader {
   using Unknown = std::map<std::string, std::pair<std::size_t, std::size_t>>;
 
   void unknown(Unknown& names, const std::string& name) {
-    ++names.emplace(name, std::pair{m_line, 0}).first->second.second;
+    ++names.emplace(isSecretText(name) ? kMask : name, std::pair{m_line, 0}).first->second.second;
   }
 
   void tellUnknown() {
@@ -430,9 +456,27 @@ class Reader {
   Unknown m_fields, m_kinds;
 };
 
+/// Whether it bears the name of an operation that takes secrets, and another's place: which of its arguments they are is
+/// then not known.
+bool isMisplaced(const Crossing& call) {
+  const Operation* const named = operationNamed(call.fullName());
+  if (!named) return false;
+  const std::vector<std::string> names = parameterNames(*named);
+  const Operation* const there = operationAt(call.target, call.slot);
+  return std::any_of(names.begin(), names.end(), isSecretName) &&
+         (!there || there->fullName() != named->fullName());
+}
+
+void hide(Crossing& call) {
+  for (std::vector<std::string>* const texts : {&call.arguments, &call.spelled, &call.written})
+    std::fill(texts->begin(), texts->end(), kMask);
+  for (std::string* const text : {&call.result, &call.exception}) {
+    if (!text->empty()) *text = kMask;
+  }
+}
+
 /// The path, unless something stands there that is not ours to replace.
 const std::string& replaceable(const std::string& path) {
-  constexpr std::size_t kLongestHeader = 1 << 16;
   refuseToReplace(path, "is no recording", kLongestHeader, [](const std::string& first) {
     const std::vector<std::string> all = lines(first);
     return !all.empty() && versionOf(Json::parse(all[0], nullptr, false)) > 0;
@@ -520,7 +564,14 @@ void Recorded::keep(const Selection& selection) {
 void Recorded::mask() {
   Masker masker;
   for (std::vector<Call>* const some : {&calls, &open}) {
-    for (Call& recorded : *some) masker.mask(recorded.call);
+    for (Call& recorded : *some)
+      isMisplaced(recorded.call) ? hide(recorded.call) : masker.mask(recorded.call);
+  }
+  for (Note& note : notes) {
+    if (masker.isSecret(note.text)) note.text = kMask;
+  }
+  for (Sound& sound : sounds) {
+    if (masker.isSecret(sound.name)) sound.name = kMask;
   }
 }
 

@@ -24,6 +24,7 @@
 
 #include "Postmortem.h"
 #include "text/Files.h"
+#include "text/Secrets.h"
 
 namespace vorn_speaker {
 
@@ -51,6 +52,7 @@ struct Shared {
   std::atomic<long long> since;  ///< When the phase began, in milliseconds.
   std::atomic<bool> told;
   std::atomic<int> result;  ///< What the work returned; negative before.
+  std::atomic<bool> lost;   ///< Whether what it printed did not arrive.
   Call calls[16];
   std::atomic<std::size_t> length;  ///< Of the report.
   char report[1 << 17];             ///< How it ended, in its own words.
@@ -102,10 +104,7 @@ void endLeftovers() {
     __gnu_cxx::stdio_filebuf<char> buffer(own, std::ios::out);
     std::ostream out(&buffer);
     result = work(out);
-    if (!out.flush() && result == 0) {
-      std::cerr << "vorn-speaker: standard output could not be written; is the disk full, or is it closed?\n";
-      result = 1;
-    }
+    g_shared->lost = !out.flush();
   } else {
     result = work(std::cout);
     if (!vorn_testing::standardOutputArrived("vorn-speaker") && result == 0) result = 1;
@@ -115,9 +114,18 @@ void endLeftovers() {
   std::exit(finished);
 }
 
+/// The operations that had not returned.
+void sayCalls() {
+  for (const Shared::Call& call : g_shared->calls)
+    if (call.number != 0) say(call.text);
+}
+
 int judge(int ended, int finished) {
   const bool whole = WIFEXITED(ended) && WEXITSTATUS(ended) == finished && g_shared->result >= 0;
-  if (whole) return g_shared->result;
+  // Told from here: the host may have closed the standard error of its process too.
+  if (whole && g_shared->lost)
+    say("vorn-speaker: standard output could not be written; is the disk full, or did the host close it?");
+  if (whole) return g_shared->lost && g_shared->result == 0 ? 1 : g_shared->result.load();
   for (const std::string& line : vorn_testing::demangledLines(g_shared->report)) say(line);
   if (g_shared->told) return kHostFailed;
   if (WIFSIGNALED(ended) && WTERMSIG(ended) == g_requested) return 128 + g_requested;
@@ -130,8 +138,7 @@ int judge(int ended, int finished) {
   } else {
     say("\nThe host ended the program" + where + ", with status " + std::to_string(WEXITSTATUS(ended)));
   }
-  for (const Shared::Call& call : g_shared->calls)
-    if (call.number != 0) say(call.text);
+  sayCalls();
   return kHostFailed;
 }
 
@@ -178,7 +185,18 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
     return limit.count() > 0 && g_shared->phase != kCalled &&
            now() - g_shared->since > milliseconds(limit + grace).count();
   };
-  while (waitpid(child, &ended, WNOHANG) == 0) {
+  long long stopped = 0;  // Since when; it can neither go on nor tell.
+  for (;;) {
+    const pid_t changed = waitpid(child, &ended, WNOHANG | WUNTRACED | WCONTINUED);
+    if (changed != 0 && !(changed > 0 && (WIFSTOPPED(ended) || WIFCONTINUED(ended)))) break;
+    if (changed > 0) stopped = WIFSTOPPED(ended) ? now() : 0;
+    if (stopped != 0 && limit.count() > 0 && now() - stopped > milliseconds(limit).count()) {
+      if (!g_shared->told.exchange(true)) {
+        say(std::string("\nThe host stopped its process") + words(g_shared->phase));
+        sayCalls();
+      }
+      kill(child, SIGKILL);
+    }
     if (overdue(std::chrono::seconds(0)) && !asked) {
       asked = true;
       kill(child, kOverdue);
@@ -206,7 +224,7 @@ std::shared_ptr<VornDALImplIF> make(const vorn_testing::HostLibrary& library) {
     why = error.what();
   } catch (...) {
   }
-  giveUp("The host threw while it was made: " + why);
+  giveUp("The host threw while it was made: " + (isSecretText(why) ? kMask : why));
 }
 
 }  // namespace

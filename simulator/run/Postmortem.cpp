@@ -15,9 +15,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <exception>
 
 #include "HostProcess.h"
 #include "calls/Crossings.h"
+#include "text/Lines.h"
+#include "text/Secrets.h"
 
 namespace vorn_speaker {
 
@@ -124,6 +127,23 @@ void overdue(int) {
   _exit(kHostFailed);
 }
 
+/// In place of the C++ library's, which prints the text as it is. Here the thread is still its own.
+[[noreturn]] void tellException() {
+  if (std::current_exception()) {
+    say("\nAn exception left the host: ");
+    try {
+      throw;
+    } catch (const std::exception& error) {
+      const std::string text = error.what() ? error.what() : "";
+      say(isSecretText(text) ? kMask : oneLine(text).c_str());
+    } catch (...) {
+      say("no std::exception");
+    }
+    say("\n");
+  }
+  std::abort();
+}
+
 void handle(int signal, void (*handler)(int), int flags) {
   struct sigaction action {};
   action.sa_handler = handler;
@@ -134,6 +154,7 @@ void handle(int signal, void (*handler)(int), int flags) {
 }  // namespace
 
 void tellCrashes() {
+  std::set_terminate(tellException);
   Stack::here();  // loads what it needs while that still can be loaded
   sem_init(&g_told, 0, 0);
   static const SignalStack stack;

@@ -120,14 +120,16 @@ class Choice {
 
   /// Whether nothing is around the call, or the assistant side, which was called and calls back.
   bool byAssistant(const Crossing& call) {
-    std::vector<Direction>& outer = m_outer[call.threadNumber];
-    outer.resize(static_cast<std::size_t>(call.depth), Direction::kDown);
-    const bool asked = outer.empty() || outer.back() == Direction::kUp;
-    outer.push_back(call.direction);
+    std::map<int, Direction>& outer = m_outer[call.threadNumber];
+    outer.erase(outer.lower_bound(call.depth), outer.end());
+    const auto around = outer.find(call.depth - 1);
+    const bool asked = call.depth == 0 || (around != outer.end() && around->second == Direction::kUp);
+    outer[call.depth] = call.direction;
     return asked;
   }
 
-  std::map<int, std::vector<Direction>> m_outer;  ///< The calls around, by thread.
+  /// The calls around, by thread and by how many they ran inside.
+  std::map<int, std::map<int, Direction>> m_outer;
 };
 
 /// Waits up to the time, or to a request to end.

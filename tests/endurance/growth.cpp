@@ -48,6 +48,13 @@ constexpr char kCall[] =
     R"("operation":"getVolume","interface":"VornDALImplIF","slot":13,"inside":0,"arguments":[],"result":"30",)"
     R"("written":[],"exception":null})"
     "\n";
+
+/// Calls that say that they ran inside a million others.
+std::string deepCalls(std::size_t size) {
+  std::string call = kCall;
+  call.replace(call.find("\"inside\":0"), 10, "\"inside\":1000000");
+  return many(call, size, kRecording);
+}
 #define TRACED "VornDeviceAbstractionLayer::"
 constexpr char kLogin[] =
     " Time: bool " TRACED
@@ -77,6 +84,7 @@ const Form kForms[] = {
     {"device-long-text", "device", [](Size n) { return many("a", n, "locale = \"") + "\"\n"; }},
     {"sound-wave", "sound", wave},
     {"recording-calls", "recording", [](Size n) { return many(kCall, n, kRecording); }},
+    {"recording-inside", "recording", deepCalls},
     {"recording-blank", "recording", [](Size n) { return many("\n", n, kRecording); }},
     {"recording-deep", "recording", [](Size n) { return many("[", n, kRecording) + "\n{}\n"; }},
     {"recording-long-line", "recording",

@@ -18,6 +18,7 @@
 #include "language/Operations.h"
 #include "log/Records.h"
 #include "log/Report.h"
+#include "recordings/Export.h"
 #include "recordings/Recording.h"
 #include "recordings/Report.h"
 #include "run/Replay.h"
@@ -110,6 +111,10 @@ void recording(const std::string& text) {
     std::ostringstream report;
     vorn_speaker::report(recorded, report);
     mustBeHarmless(report.str());
+    for (const ExportFormat& format : exportFormats()) {
+      std::ostringstream made;
+      format.write(recorded, made);
+    }
   } catch (const std::runtime_error& error) {
     mustName(file.path, error.what());
   }

@@ -1,6 +1,7 @@
 // vorn-conformance, run as a team would.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <cstdio>
@@ -118,6 +119,36 @@ TEST(Conformance, EndsWithTwoOnArgumentsThatItDoesNotKnow) {
         "--only nothing-of-this x.so", "a b", "--shard 3/2 x.so", "--without sorage x.so", "--resume x.so",
         "--require volume --without volume x.so", "--junit /nowhere/junit.xml " VORN_GOOD_HOST})
     EXPECT_EQ(run(arguments).status, 2) << arguments;
+}
+
+TEST(Conformance, NamesAnOptionThatWasMeantAndNothingRaw) {
+  const std::pair<const char*, const char*> kWrong[] = {
+      {"--juint x.xml x.so", "--juint is no option; did you mean --junit? (--help names them all)"},
+      {"\"$(printf -- '--\\033[2J')\"", "--\\x1b[2J is no option"},
+      {"\"$(printf '/no\\033[2J')\"", "/no\\x1b[2J cannot be loaded"},
+      {"-j x.so", "-j is no option"},
+      {"--list=all", "--list takes no value"},
+      {"x.so --json", "--json needs a value"},
+      {"--json '' x.so", "--json: give the name of a file"},
+      {"--shard -1/-1 x.so", "--shard -1/-1: give a part and how many there are"},
+      {"--shard 1/18446744073709551616 x.so", "give a part and how many there are"}};
+  for (const auto& [arguments, told] : kWrong) {
+    const Outcome outcome = run(arguments);
+    EXPECT_TRUE(says(outcome, told)) << arguments << ": " << outcome.output;
+    EXPECT_EQ(outcome.output.find('\x1b'), std::string::npos) << arguments;
+  }
+}
+
+TEST(Conformance, WaitsForNoPipeAndReadsNoDevice) {
+  std::remove("/tmp/conformance-pipe");
+  ASSERT_EQ(mkfifo("/tmp/conformance-pipe", 0600), 0);
+  for (const char* host : {"/tmp/conformance-pipe", "/dev/zero", "/tmp"}) {
+    const Outcome outcome = run(host);
+    EXPECT_EQ(outcome.status, 2) << host;
+    EXPECT_TRUE(says(outcome, std::string(host) + " is no file; name a shared library")) << outcome.output;
+  }
+  EXPECT_TRUE(says(run("--resume --json /tmp/conformance-pipe " VORN_GOOD_HOST), "is no file from which"));
+  std::remove("/tmp/conformance-pipe");
 }
 
 class HostThatFailsOutside : public testing::TestWithParam<const char*> {};

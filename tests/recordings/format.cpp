@@ -1,6 +1,8 @@
 // Recordings as captures and other writers make them: what is read of them, passed over, and told.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -108,6 +110,52 @@ TEST(Format, RefusesKnownLinesThatHoldSomethingElse) {
       problem("{\"sound\":\"m\",\"peak\":32769}\n"),
       "/tmp/recordings/one:2: expected a line of a recording; the field peak: expected a whole number from 0 to 32768, "
       "found 32769");
+}
+
+TEST(Format, RefusesWhatMayHoldASecretWithoutShowingIt) {
+  const std::string expected = "/tmp/recordings/one:2: expected a line of a recording; the field ";
+  EXPECT_EQ(problem(call(1, {{"adapter", "\"VornEMPAdapterControl\""},
+                             {"operation", "\"login\""},
+                             {"arguments", "[\"KEEP-THIS secret\"]"}})),
+            expected + "arguments: expected values as a scenario holds them, found ********");
+  EXPECT_EQ(problem("{\"note\":4,\"leftOut\":\"psk KEEP-THIS\"}\n"),
+            expected + "leftOut: expected a whole number from 0, found ********");
+  EXPECT_EQ(
+      read("{\"token KEEP-THIS\":1}\n").leftOut.at(0),
+      "/tmp/recordings/one:2: passed over, a line that begins with ******** is not known; lines that have it: 1");
+}
+
+TEST(Format, MasksNotesAndCallsThatStandInAnothersPlace) {
+  Recorded made = read("{\"note\":\"the PSK is KEEP-THIS\",\"time\":4}\n" +
+                       call(1, {{"adapter", "\"VornEMPAdapterControl\""},
+                                {"operation", "\"login\""},
+                                {"arguments", "[\"KEEP-THIS\"]"},
+                                {"written", "[\"KEEP-THIS\"]"},
+                                {"result", "\"KEEP-THIS\""},
+                                {"exception", "\"KEEP-THIS\""}}));
+  made.mask();
+  const Crossing& hidden = made.calls.at(0).call;
+  EXPECT_EQ(hidden.statement() + hidden.answer() + hidden.exception,
+            "VornEMPAdapterControl.login **************** ****************");
+  EXPECT_EQ(made.notes.at(0).text, "********");
+}
+
+TEST(Format, IsNotWaitedForInAPipeNorLookedForInADevice) {
+  made::file("");
+  ::mkfifo("/tmp/recordings/silent", 0600);
+  const auto why = [](const std::string& path) {
+    try {
+      Recording::read(path);
+    } catch (const std::runtime_error& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(why("/tmp/recordings/silent"),
+            "/tmp/recordings/silent: cannot be read: it is a pipe that nobody writes to");
+  EXPECT_EQ(why("/dev/zero"), "/dev/zero:1: expected a recording of version 1 to 2");
+  EXPECT_THROW(Recording{"/tmp/recordings/silent"}, NotWritten);
+  ::unlink("/tmp/recordings/silent");
 }
 
 TEST(Format, RefusesACallThatHasReturnedWithoutWhatItAnswered) {

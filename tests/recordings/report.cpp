@@ -178,6 +178,12 @@ TEST_F(ReportProgram, ComparesOnlyWhatIsWanted) {
   EXPECT_EQ(m_status, 0);
 }
 
+TEST_F(ReportProgram, ReadsWhatComesThroughAPipe) {
+  const std::string path = file("one", kHeader + call(1));
+  EXPECT_TRUE(has(output("cat " + path + " | " VORN_SPEAKER_PROGRAM " report /dev/stdin " + path),
+                  "1 calls are the same, 0 differ.\n"));
+}
+
 TEST_F(ReportProgram, FindsTheSameCallsInTwoMornings) {
   for (const char* const name : {"/first", "/second"}) run(std::string("record ") + kFolder + name);
   EXPECT_TRUE(has(run(std::string("report ") + kFolder + "/first " + kFolder + "/second"), ", 0 differ.\n"));

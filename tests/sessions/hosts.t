@@ -117,7 +117,7 @@ The same in vorn-speaker.
   $ play() {
   >   VORN_BAD="$1" vorn-speaker --state state --no-trace --watchdog 1 --host "$BAD_HOST" volume.scenario > out 2>&1
   >   echo "== $1: status $?"
-  >   sed '/^Thread/,$d' out | grep '^  down\|^The host\|^the host\|^vorn-speaker:\|No answer\|what()' | sed "s|$BAD_HOST|HOST|g"
+  >   sed '/^Thread/,$d' out | grep '^  down\|^The host\|^the host\|^vorn-speaker:\|No answer\|^An exception' | sed "s|$BAD_HOST|HOST|g"
   > }
   $ for what in abort throw exit hang print ask-again kill; do play "call $what"; done
   == call abort: status 3
@@ -142,7 +142,7 @@ The same in vorn-speaker.
   == load exit: status 3
   The host ended the program while it was loaded, with status 0
   == load throw: status 3
-    what():  nothing for it
+  An exception left the host: nothing for it
   The host crashed while it was loaded: Aborted
   == load hang: status 3
   The host does not return while it was loaded.
@@ -162,7 +162,7 @@ The same in vorn-speaker.
   The host ended the program while it was destroyed, with status 0
   == destroy throw: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7
-    what():  nothing for it
+  An exception left the host: nothing for it
   The host crashed while it was destroyed: Aborted
   == destroy hang: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7
@@ -175,7 +175,7 @@ The same in vorn-speaker.
   The host ended the program while it was unloaded, with status 0
   == unload throw: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7
-    what():  nothing for it
+  An exception left the host: nothing for it
   The host crashed while it was unloaded: Aborted
   == unload hang: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7

@@ -153,7 +153,7 @@ The trace of three calls, and lines of others.
   vorn-log: . cannot be read: it is a folder; name a file
   [2]
   $ vorn-log --colour trace
-  vorn-log: The following argument was not expected: --colour
+  vorn-log: The following argument was not expected: --colour; did you mean --color?
   Run with --help for more information.
   [2]
   $ vorn-log --color blue trace

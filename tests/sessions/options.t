@@ -6,7 +6,7 @@ Options that are wrong, alone and together.
   Run with --help for more information.
   [2]
   $ vorn-speaker --stat state
-  vorn-speaker: The following argument was not expected: --stat
+  vorn-speaker: The following argument was not expected: --stat; did you mean --state?
   Run with --help for more information.
   [2]
   $ vorn-speaker --state
@@ -14,18 +14,19 @@ Options that are wrong, alone and together.
   Run with --help for more information.
   [2]
   $ vorn-speaker --state "" </dev/null
-  vorn-speaker: this user has no home folder; name a folder with --state
+  vorn-speaker: --state: expected a name, found nothing
+  Run with --help for more information.
   [2]
   $ vorn-speaker --state state --fast --real-time
   vorn-speaker: --real-time excludes --fast
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state --watchdog -1
-  vorn-speaker: --watchdog: Value -1 not in range 0 to 1000000
+  vorn-speaker: --watchdog: expected a whole number, found -1
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state --watchdog soon
-  vorn-speaker: --watchdog: Value soon not in range 0 to 1000000
+  vorn-speaker: --watchdog: expected a whole number, found soon
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state --color blue
@@ -41,7 +42,7 @@ Options that are wrong, alone and together.
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state consol
-  vorn-speaker: consol: cannot be read: No such file or directory
+  vorn-speaker: consol: there is no such scenario; did you mean console?
   [2]
   $ vorn-speaker --state state record
   vorn-speaker: RECORDING is required
@@ -168,8 +169,8 @@ Help.
                                 The device's facts and settings (TOML)
     --audio TEXT=DATA/request.wav
                                 What the microphone hears (WAV, FLAC or OGG)
-    --out TEXT                  The WAV file that the players play to; answer.wav in the state folder
-    --alsa TEXT                 The ALSA device that the players play to instead, such as default
+    --out TEXT Excludes: --alsa The WAV file that the players play to; answer.wav in the state folder
+    --alsa TEXT Excludes: --out The ALSA device that the players play to instead, such as default
     --real-time Excludes: --fast
                                 Keep the microphone's real time
     --fast Excludes: --real-time
@@ -181,8 +182,7 @@ Help.
     --every-block               Print every block of sound, not one line a stream
     --secrets                   Print tokens and secrets in clear
     --host TEXT                 A library with a host of your own, in place of the simulated one
-    --watchdog INT:INT in [0 - 1000000]
-                                Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for
+    --watchdog INT              Seconds that a call of the host may take, and its loading, making, destroying and unloading each, 0 for
                                 ever; 10 with --host, with serve and in replays
     --color TEXT:{auto,always,never}
                                 Colours: auto for terminals only, unless NO_COLOR is set; always; never

@@ -56,12 +56,17 @@ void misbehave(const std::string& when) {
   if (what == "system-call") raise(SIGSYS);
   if (what == "recursion") recurse(0);
   if (what == "thread-recursion") std::thread([] { recurse(0); }).join();
+  if (what == "close")
+    for (int file = 0; file < 1024; ++file) close(file);
+  if (what == "stop") raise(SIGSTOP);
   if (what == "kill") kill(getpid(), SIGKILL);
   if (what == "exit") std::exit(0);
   if (what == "quick-exit") _exit(0);
   if (what == "hang")
     for (;;) pause();
   if (what == "throw") throw std::runtime_error("nothing for it");
+  if (what == "throw-secret") throw std::runtime_error("the PSK is KEEP-THIS");
+  if (what == "throw-raw") throw std::runtime_error("nothing\x1b[2J for it");
   if (what == "print") std::puts("the host prints");
   if (what == "ask-again") askAgain();
   if (what == "own-mutex") askForOwnMutex();

@@ -141,17 +141,16 @@ TEST_P(WrongUse, IsToldAndEndsWithStatusTwo) {
 
 INSTANTIATE_TEST_SUITE_P(
     Log, WrongUse,
-    testing::Values(Wrong{"-a audioIn /tmp/trace", "audioIn is no adapter; did you mean VornAudioIn?"},
-                    Wrong{"-a VornComsManager /tmp/trace", "did you mean VornCommsManager?"},
-                    Wrong{"-a '' /tmp/trace", "is no adapter"}, Wrong{"/tmp/trace -a", "adapter"},
-                    Wrong{"--loud /tmp/trace", "--loud"}, Wrong{"/tmp/trace /tmp/trace", "/tmp/trace"},
-                    Wrong{"--color sometimes /tmp/trace", "sometimes"},
-                    Wrong{"\"$(printf -- '--a\\033b')\" /tmp/trace", "a\\x1bb"},
-                    Wrong{"/tmp", "/tmp cannot be read: it is a folder"},
-                    Wrong{"-f /tmp", "/tmp cannot be read: it is a folder"},
-                    Wrong{"/tmp/trace/none", "Not a directory"},
-                    Wrong{"/tmp/nowhere",
-                          "/tmp/nowhere cannot be read: No such file or directory; is the trace on"}));
+    testing::Values(
+        Wrong{"-a audioIn /tmp/trace", "audioIn is no adapter; did you mean VornAudioIn?"},
+        Wrong{"-a VornComsManager /tmp/trace", "did you mean VornCommsManager?"},
+        Wrong{"-a '' /tmp/trace", "is no adapter"}, Wrong{"/tmp/trace -a", "adapter"},
+        Wrong{"--loud /tmp/trace", "--loud"}, Wrong{"--folow /tmp/trace", "--folow; did you mean --follow?"},
+        Wrong{"/tmp/trace /tmp/trace", "/tmp/trace"}, Wrong{"--color sometimes /tmp/trace", "sometimes"},
+        Wrong{"\"$(printf -- '--a\\033b')\" /tmp/trace", "a\\x1bb"},
+        Wrong{"/tmp", "/tmp cannot be read: it is a folder"},
+        Wrong{"-f /tmp", "/tmp cannot be read: it is a folder"}, Wrong{"/tmp/trace/none", "Not a directory"},
+        Wrong{"/tmp/nowhere", "/tmp/nowhere cannot be read: No such file or directory; is the trace on"}));
 
 /// Collects the adapters of the one list.
 struct Adapters : vorn_testing::OperationVisitor {
@@ -246,7 +245,10 @@ TEST_F(LogReader, ReadsAPipeAndDoesNotWaitForAWriterThatIsNotThere) {
   write("plain");
   EXPECT_EQ(shell("cat /tmp/trace | " VORN_LOG_PROGRAM " --secrets /dev/stdin"), "?  plain\n");
   ASSERT_EQ(mkfifo("/tmp/trace.old", 0600), 0);
-  EXPECT_EQ(run("/tmp/trace.old"), "");
+  EXPECT_TRUE(
+      has(run("/tmp/trace.old"), "/tmp/trace.old cannot be read: it is a pipe that nobody writes to"));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_EQ(run("/dev/stdin </dev/null"), "");
   EXPECT_EQ(m_status, 0);
 }
 

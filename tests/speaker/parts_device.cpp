@@ -221,6 +221,13 @@ class DisplayTest : public testing::Test {
   Display m_display{m_out, false, 30};
 };
 
+TEST_F(DisplayTest, ShowsSomeRingsOfManyAndSaysHowManyMore) {
+  m_display.ring(std::vector<std::string>(34, "pulse"));
+  const std::string shown = m_out.str();
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 33);
+  EXPECT_NE(shown.find("pulse\nand 2 more\n"), std::string::npos) << shown;
+}
+
 TEST_F(DisplayTest, LaysACardOut) {
   m_display.card(R"({"title": "Weather", "text": "Sunny with a chance of rain later", "list": ["a", "b"]})");
   EXPECT_EQ(m_out.str(),

@@ -212,6 +212,19 @@ TEST_F(StoreTest, NamesFileReasonAndRemedyWhenItsTableIsGone) {
   EXPECT_EQ(store.problem().find(problem), 0U) << store.problem();
 }
 
+TEST_F(StoreTest, TellsNothingRawThatAForeignSchemaSays) {
+  Store store(kFile);
+  ASSERT_TRUE(store.open());
+  sqlite3* database = nullptr;
+  sqlite3_open(kFile, &database);
+  sqlite3_exec(database,
+               "CREATE TRIGGER t BEFORE INSERT ON entries BEGIN SELECT raise(ABORT, 'no\x1b[2J'); END",
+               nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+  EXPECT_FALSE(store.write({{"a", "1"}}));
+  EXPECT_EQ(store.problem(), std::string(kFile) + ": no\\x1b[2J; nothing was changed.");
+}
+
 TEST_F(StoreTest, WritesAgainOnceAFullDiskHasRoom) {
   Store store(kFile);
   ASSERT_TRUE(store.open() && store.write({{"a", "1"}}));
@@ -286,6 +299,16 @@ void makeUnfinished(const std::string& begin) {
 void makeAnothersUnfinished() { makeUnfinished("PRAGMA application_id = 7; "); }
 void makeUnmarkedUnfinished() { makeUnfinished(""); }
 
+const std::string kLog = std::string(kFile) + "-wal";
+
+void makeLogAlone() { std::ofstream(kLog) << "what was written last"; }
+void makeLogOfNothing() {
+  makeLogAlone();
+  std::ofstream{kFile};
+}
+void makeJournalAlone() { std::ofstream(std::string(kFile) + "-journal") << "half of a change"; }
+void makeLogPipe() { mkfifo(kLog.c_str(), 0600); }
+void makeLogFolder() { mkdir(kLog.c_str(), 0700); }
 void makeFolder() { mkdir(kFile, 0700); }
 void makePipe() { mkfifo(kFile, 0600); }
 void makeLink() { ASSERT_EQ(symlink("/tmp/precious", kFile), 0); }
@@ -306,9 +329,14 @@ class ForeignFiles : public StoreTest, public testing::WithParamInterface<Foreig
 
 TEST_P(ForeignFiles, AreRefusedAndLeftAsTheyAre) {
   GetParam().make();
+  // Others may read a file of others.
+  if (std::filesystem::is_regular_file(std::filesystem::symlink_status(kFile))) chmod(kFile, 0644);
   const auto all = [] {
     const std::string file = kFile;
-    return std::vector<std::string>{content(file), content(file + "-wal"), content(file + "-journal")};
+    struct stat status {};
+    lstat(kFile, &status);
+    return std::vector<std::string>{std::to_string(status.st_mode), content(file), content(file + "-wal"),
+                                    content(file + "-journal")};
   };
   const std::vector<std::string> before = all();
   Store store(kFile);
@@ -321,19 +349,23 @@ TEST_P(ForeignFiles, AreRefusedAndLeftAsTheyAre) {
 
 INSTANTIATE_TEST_SUITE_P(
     Store, ForeignFiles,
-    testing::Values(Foreign{"Text", "is not a database", makeText},
-                    Foreign{"Tiny", "is not a database", makeTiny},
-                    Foreign{"Damaged", "is damaged", makeDamaged},
-                    Foreign{"Folder", "is a folder", makeFolder},
-                    Foreign{"Pipe", "is a pipe or a device", makePipe},
-                    Foreign{"Link", "is a link, which is not followed", makeLink},
-                    Foreign{"OtherColumns", "has a table 'entries' with other columns", makeOtherColumns},
-                    Foreign{"Anothers", "belongs to another program", makeAnothers},
-                    Foreign{"Unmarked", "belongs to another program", makeUnmarked},
-                    Foreign{"AnothersLog", "belongs to another program", makeAnothersLog},
-                    Foreign{"UnmarkedLog", "belongs to another program", makeUnmarkedLog},
-                    Foreign{"AnothersUnfinished", "belongs to another program", makeAnothersUnfinished},
-                    Foreign{"UnmarkedUnfinished", "belongs to another program", makeUnmarkedUnfinished}),
+    testing::Values(
+        Foreign{"Text", "is not a database", makeText}, Foreign{"Tiny", "is not a database", makeTiny},
+        Foreign{"Damaged", "is damaged", makeDamaged}, Foreign{"Folder", "is a folder", makeFolder},
+        Foreign{"Pipe", "is a pipe or a device", makePipe},
+        Foreign{"Link", "is a link, which is not followed", makeLink},
+        Foreign{"LogAlone", "is not there, but its journal is: /tmp/store.sqlite-wal", makeLogAlone},
+        Foreign{"LogOfNothing", "is empty, but its journal is: ", makeLogOfNothing},
+        Foreign{"JournalAlone", "is not there, but its journal is: ", makeJournalAlone},
+        Foreign{"LogPipe", "has /tmp/store.sqlite-wal beside it, which is no file", makeLogPipe},
+        Foreign{"LogFolder", "has /tmp/store.sqlite-wal beside it, which is no file", makeLogFolder},
+        Foreign{"OtherColumns", "has a table 'entries' with other columns", makeOtherColumns},
+        Foreign{"Anothers", "belongs to another program", makeAnothers},
+        Foreign{"Unmarked", "belongs to another program", makeUnmarked},
+        Foreign{"AnothersLog", "belongs to another program", makeAnothersLog},
+        Foreign{"UnmarkedLog", "belongs to another program", makeUnmarkedLog},
+        Foreign{"AnothersUnfinished", "belongs to another program", makeAnothersUnfinished},
+        Foreign{"UnmarkedUnfinished", "belongs to another program", makeUnmarkedUnfinished}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

@@ -205,8 +205,15 @@ TEST_F(WavFile, IsWholeAfterEachSoundAndAppendsTheNext) {
 
 TEST_F(WavFile, TakesThePlaceOfAnEarlierOneAlsoWithoutASound) {
   std::ofstream(m_path) << "earlier";
-  WavSink{m_path};
+  WavSink(m_path).finish();
   EXPECT_EQ(content(m_path).compare(0, 4, "RIFF"), 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_folder), fs::directory_iterator()), 1);
+}
+
+TEST_F(WavFile, LeavesAnEarlierOneAndNothingBesideUntilThereIsSomethingToWrite) {
+  std::ofstream(m_path) << "earlier";
+  const WavSink unused(m_path);
+  EXPECT_EQ(content(m_path), "earlier");
   EXPECT_EQ(std::distance(fs::directory_iterator(m_folder), fs::directory_iterator()), 1);
 }
 
@@ -225,6 +232,8 @@ TEST_F(WavFile, IsKnownAsItsOwn) {
   WavSink(m_path).play(tone(10));
   EXPECT_TRUE(WavSink::made(m_path));
   EXPECT_FALSE(WavSink::made(VORN_DATA "/answer.wav") || WavSink::made(m_folder + "/none"));
+  ASSERT_EQ(mkfifo((m_folder + "/pipe").c_str(), 0600), 0);
+  EXPECT_FALSE(WavSink::made(m_folder + "/pipe"));
 }
 
 TEST_F(WavFile, IsRefusedWhereItCannotBe) {

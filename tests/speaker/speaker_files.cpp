@@ -121,6 +121,16 @@ TEST_F(Files, PlayedFromTheCurrentFolderMayBeTheOneThatIsWritten) {
   EXPECT_GT(fs::file_size(path("answer.wav")), 10000U);
 }
 
+TEST_F(Files, StayWhenNothingIsPlayed) {
+  const std::string earlier = file("mine.wav", "my own song");
+  for (const char* wrong : {"/tmp/speaker/none.scenario", "--device /tmp/speaker/none",
+                            "--host /tmp/speaker/none", "--audio /tmp/speaker/none"}) {
+    run(wrong + (" --out " + earlier));
+    EXPECT_EQ(m_status, 2) << wrong;
+    EXPECT_EQ(content(earlier), "my own song") << wrong;
+  }
+}
+
 TEST_F(Files, AreWrittenAsideAndNothingStaysBeside) {
   run(" --out " + path("out/none.wav"));
   EXPECT_EQ(m_status, 2);
@@ -272,6 +282,45 @@ TEST_F(Files, OfTheTraceAreNotMissedWhenItIsOff) {
   EXPECT_EQ(m_status, 0);
   run("--no-trace --strict");
   EXPECT_EQ(m_status, 0);
+}
+
+// ---- What is asked for
+
+struct Asked {
+  const char* arguments;
+  const char* says;
+};
+
+class BadRequests : public Files, public testing::WithParamInterface<Asked> {};
+
+TEST_P(BadRequests, AreToldAndNothingIsDone) {
+  EXPECT_TRUE(has(run(GetParam().arguments), GetParam().says));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(fs::is_empty(kFolder));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Speaker, BadRequests,
+    testing::Values(Asked{"--host ''", "--host: expected a name, found nothing"},
+                    Asked{"record ''", "RECORDING: expected a name, found nothing"},
+                    Asked{"--scenario ''", "--scenario: expected a name, found nothing"},
+                    Asked{"''", "--scenario: expected a name, found nothing"},
+                    Asked{"--out ''", "--out: expected a name, found nothing"},
+                    Asked{"--alsa default --out x.wav", "--out excludes --alsa"},
+                    Asked{"--watchdog 0x10", "--watchdog: expected a whole number, found 0x10"},
+                    Asked{"--watchdog ' 5'", "--watchdog: expected a whole number, found  5"},
+                    Asked{"serve --port 010", "--port: expected a whole number, found 010"},
+                    Asked{"--port 8080", "--port and --watch are for serve"},
+                    Asked{"replay a --watch b", "--port and --watch are for serve"},
+                    Asked{"console a.scenario", "a.scenario: this command plays no scenario"},
+                    Asked{"report a b c", "c: this command plays no scenario"},
+                    Asked{"--sceanrio a", "not expected: --sceanrio; did you mean --scenario?"},
+                    Asked{"report a --format csv", "not expected: --format; it is an option of export"},
+                    Asked{"export a --format ''", "expected trace-event, mermaid or csv, found \"\""}));
+
+TEST_F(Files, NamedNearlyAsACommandAreTakenForIt) {
+  EXPECT_TRUE(has(run("consol"), "consol: there is no such scenario; did you mean console?"));
+  EXPECT_EQ(m_status, 2);
 }
 
 // ---- As users know programs

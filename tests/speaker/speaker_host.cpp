@@ -160,6 +160,9 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{"call", "system-call", "The host crashed: Bad system call"}, Bad{"call", "recursion", kInside},
         Bad{"call", "thread-recursion", kInside}, Bad{"call", "kill", kInside}, Bad{"call", "exit", kInside},
         Bad{"call", "quick-exit", kInside}, Bad{"call", "hang", kInside},
+        Bad{"call", "stop",
+            "The host stopped its process\nThread assistant, inside VornDeviceInfo.getVolume"},
+        Bad{"make", "stop", "The host stopped its process while it was made"},
         Bad{"destroy", "abort", "The host crashed while it was destroyed: Aborted"},
         Bad{"destroy", "throw", "The host crashed while it was destroyed: Aborted"},
         Bad{"destroy", "quick-exit", "The host ended the program while it was destroyed, with status 0"},
@@ -193,6 +196,28 @@ class QuietBadHost : public BadHost {};
 TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeFailsWithWhatItSays) {
   EXPECT_TRUE(has(playOnIt("make throw"), "The host threw while it was made: nothing for it"));
   EXPECT_EQ(m_status, 3);
+}
+
+TEST_F(QuietBadHost, LeavesNothingBesideTheSpeakersOwnFiles) {
+  for (const char* when : {"none", "load abort", "call kill", "make throw"}) {
+    playOnIt(when);
+    for (const auto& entry : std::filesystem::directory_iterator("/tmp/speaker/state"))
+      EXPECT_TRUE(entry.path().filename() == "lock" || entry.path().filename() == "answer.wav")
+          << when << ": " << entry.path();
+  }
+}
+
+TEST_F(QuietBadHost, ThatClosesEveryFileCannotKeepTheSpeakerSilent) {
+  EXPECT_TRUE(has(playOnIt("call close"), "standard output could not be written"));
+  EXPECT_EQ(m_status, 1);
+}
+
+TEST_F(QuietBadHost, IsQuotedWithoutSecretsAndHarmlesslyWhenItThrowsWhereNoneMay) {
+  EXPECT_TRUE(has(playOnIt("destroy throw"), "An exception left the host: nothing for it\n"));
+  EXPECT_TRUE(has(playOnIt("load throw-secret"), "An exception left the host: ********\n"));
+  const std::string output = playOnIt("destroy throw-raw");
+  EXPECT_TRUE(has(output, "An exception left the host: nothing\\x1b[2J for it\n"));
+  EXPECT_FALSE(has(output, "\x1b"));
 }
 
 TEST_F(QuietBadHost, PrintsBesideTheCallsAndNotAmongThem) {

@@ -10,6 +10,7 @@
 #include <vorn_testing/Text.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -26,6 +27,7 @@ namespace {
 
 using namespace vorn_conformance;
 using vorn_testing::didYouMean;
+using vorn_testing::harmless;
 using vorn_testing::HostCheck;
 using vorn_testing::HostDemands;
 using vorn_testing::HostMaker;
@@ -120,12 +122,29 @@ void addAreas(std::set<std::string>& areas, const char* option, const std::strin
 }
 
 void setShard(Options& options, const std::string& text) {
-  unsigned part = 0, of = 0;
-  char more = 0;
-  if (std::sscanf(text.c_str(), "%u/%u%c", &part, &of, &more) != 2 || part < 1 || part > of)
+  const char* const end = text.data() + text.size();
+  std::size_t part = 0, of = 0;
+  const auto read = std::from_chars(text.data(), end, part);
+  const bool more = read.ec == std::errc() && read.ptr != end && *read.ptr == '/';
+  if (!more || std::from_chars(read.ptr + 1, end, of).ptr != end || part < 1 || part > of)
     throw Problem("--shard " + text + ": give a part and how many there are, as in --shard 2/4");
   options.shard = part - 1;
   options.shards = of;
+}
+
+std::string fileOf(const char* option, const std::string& name) {
+  if (name.empty()) throw Problem(std::string(option) + ": give the name of a file");
+  return name;
+}
+
+/// What is wrong with the option that getopt_long() has just refused.
+std::string wrong(const option* known, int letter, const std::string& argument) {
+  if (letter == ':') return argument + " needs a value; see --help";
+  const std::string name = argument.substr(0, argument.find('='));
+  std::vector<std::string> names;
+  for (; known->name; ++known) names.push_back(std::string("--") + known->name);
+  if (std::find(names.begin(), names.end(), name) != names.end()) return name + " takes no value; see --help";
+  return name + " is no option" + didYouMean(name, names) + " (--help names them all)";
 }
 
 Options parse(int count, char** arguments) {
@@ -154,11 +173,12 @@ Options parse(int count, char** arguments) {
     const std::string argument = arguments[i];
     if (argument != "--resume") options.all += (options.all.empty() ? "" : " ") + argument;
   }
-  for (int letter; (letter = getopt_long(count, arguments, "h", kOptions, nullptr)) != -1;) {
+  opterr = 0;  // It would print what it does not know as it is.
+  for (int letter; (letter = getopt_long(count, arguments, ":h", kOptions, nullptr)) != -1;) {
     if (letter == 'o') options.only.push_back(optarg);
     if (letter == 'l') options.list = true;
-    if (letter == 'j') options.junit = optarg;
-    if (letter == 'J') options.json = optarg;
+    if (letter == 'j') options.junit = fileOf("--junit", optarg);
+    if (letter == 'J') options.json = fileOf("--json", optarg);
     if (letter == 'r') options.resume = true;
     if (letter == 'S') setShard(options, optarg);
     if (letter == 'd') demands.durable = true;
@@ -173,7 +193,7 @@ Options parse(int count, char** arguments) {
     if (letter == 'b') demands.bound = bound(optarg);
     if (letter == 'h') options.help = true;
     if (letter == 'v') options.version = true;
-    if (letter == '?') throw Problem("see --help");  // getopt_long has said what it does not know
+    if (letter == '?' || letter == ':') throw Problem(wrong(kOptions, letter, arguments[optind - 1]));
   }
   for (const std::string& area : demands.required) {
     if (demands.without.count(area)) throw Problem(area + " cannot be both required and left out");
@@ -276,6 +296,13 @@ int run(const Options& options) {
     std::cout << "\n";
     return kKept;
   }
+  // A pipe or a device would be read without an end.
+  std::error_code none;
+  const fs::file_type kind = fs::status(options.library, none).type();
+  if (kind != fs::file_type::regular && kind != fs::file_type::not_found && kind != fs::file_type::none)
+    throw Problem(options.library + " is no file; name a shared library");
+  if (options.resume && fs::exists(options.json, none) && !fs::is_regular_file(options.json, none))
+    throw Problem(options.json + " is no file from which --resume could go on");
   for (const std::string& file : {options.junit, options.json})
     if (!file.empty()) refuseUnlessReport(file);
   if (!options.junit.empty() && nameOf(options.junit) == nameOf(options.json))
@@ -313,7 +340,7 @@ int run(const Options& options) {
     writeReports();
     if (!trial.makesHosts) {
       writeJUnitFile(true);
-      std::cerr << "vorn-conformance: " << options.library << ": " << trial.failure << "\n";
+      std::cerr << "vorn-conformance: " << harmless(options.library + ": " + trial.failure) << "\n";
       return kHostFailed;
     }
     printer.add(results.back());
@@ -395,7 +422,7 @@ int main(int count, char** arguments) {
     else
       status = run(options);
   } catch (const std::exception& problem) {
-    std::cerr << "vorn-conformance: " << problem.what() << "\n";
+    std::cerr << "vorn-conformance: " << harmless(problem.what()) << "\n";
   }
   if (!std::cout.flush() || !shown) {
     std::cerr << "vorn-conformance: the results cannot be written to the standard output\n";

@@ -44,6 +44,8 @@ bool TraceFile::open() {
   if (S_ISDIR(status.st_mode))
     throw std::runtime_error(m_path + " cannot be read: it is a folder; name a file");
   m_regular = S_ISREG(status.st_mode);
+  // By its own name: what a shell hands over may be empty.
+  m_pipe = lstat(m_path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
   m_at = 0;
   if (std::exchange(m_waiting, false)) m_say(m_path + " is there now");
   return true;
@@ -92,6 +94,9 @@ TraceFile::Event TraceFile::read(std::string& bytes) {
     poll(&more, 1, kMomentMs);
     return Event::kEndForNow;
   }
+  if (!m_follow && m_at == 0 && m_pipe)
+    throw std::runtime_error(m_path +
+                             " cannot be read: it is a pipe that nobody writes to; --follow waits for one");
   if (!m_follow) return Event::kEnd;
   if (m_regular && replaced()) return Event::kEnd;
   poll(nullptr, 0, kMomentMs);

@@ -36,6 +36,7 @@ class TraceFile {
   const std::function<void(const std::string&)> m_say;
   int m_file = -1;
   bool m_regular = false;
+  bool m_pipe = false;
   bool m_waiting = false;  ///< For a file that is not there.
   long long m_at = 0;
 };

@@ -76,6 +76,19 @@ int read(const Options& options) {
   return 128 + g_signal;
 }
 
+/// "; did you mean --follow?" of an option that is not known, or nothing.
+std::string meant(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* const option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  for (const std::string& word : app.remaining(true)) {
+    const std::string hint = vorn_testing::didYouMean(word.substr(0, word.find('=')), names);
+    if (word.compare(0, 2, "--") == 0 && !hint.empty()) return hint;
+  }
+  return "";
+}
+
 bool coloured(const std::string& when) {
   const char* const plain = std::getenv("NO_COLOR");
   return when == "always" || (when == "auto" && isatty(STDOUT_FILENO) == 1 && (!plain || !*plain));
@@ -119,6 +132,10 @@ int main(int argc, char** argv) {
     status = read(options);
   } catch (const CLI::Success& asked) {
     app.exit(asked);
+  } catch (const CLI::ExtrasError& error) {
+    say(error.what() + meant(app));
+    std::cerr << "Run with --help for more information.\n";
+    status = kNothingDone;
   } catch (const CLI::ParseError& error) {
     say(error.what());
     std::cerr << "Run with --help for more information.\n";

@@ -15,6 +15,7 @@ namespace {
 
 // No card is nested as deep; writing one that is would take the whole stack.
 constexpr int kDeepest = 32;
+constexpr std::size_t kMostRings = 32;
 
 struct Range {
   char32_t first;
@@ -142,6 +143,10 @@ bool Display::clear() {
 void Display::ring(const std::vector<std::string>& animations) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   for (const std::string& name : animations) {
+    if (&name == &animations[0] + kMostRings) {
+      m_out << "and " << animations.size() - kMostRings << " more\n";
+      break;
+    }
     // A colour and a pattern for each name, the same in every run.
     unsigned sum = 2166136261U;
     for (const char c : name) sum = (sum ^ static_cast<unsigned char>(c)) * 16777619U;

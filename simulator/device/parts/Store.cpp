@@ -10,6 +10,8 @@
 #include <fstream>
 #include <utility>
 
+#include "text/Lines.h"
+
 namespace vorn_speaker {
 
 namespace {
@@ -45,10 +47,20 @@ constexpr char kMoveAway[] = "Move it away or choose another folder with --state
 /// an empty database and brings a journal that it finds into the file.
 std::string whyNotOurs(const std::string& path) {
   struct stat status {};
-  if (lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+  const bool there = lstat(path.c_str(), &status) == 0;
+  if (there && !S_ISREG(status.st_mode))
     return S_ISLNK(status.st_mode)   ? "is a link, which is not followed"
            : S_ISDIR(status.st_mode) ? "is a folder"
                                      : "is a pipe or a device, not a file";
+  // Of a file that was moved away: what it holds is not in that file yet. SQLite would remove it.
+  const bool empty = !there || status.st_size == 0;
+  for (const std::string& journal : {path + "-wal", path + "-journal"}) {
+    struct stat beside {};
+    if (lstat(journal.c_str(), &beside) != 0) continue;
+    if (!S_ISREG(beside.st_mode)) return "has " + oneLine(journal) + " beside it, which is no file";
+    if (beside.st_size > 0 && (!there || (empty && journal.back() == 'l')))
+      return "is " + std::string(there ? "empty" : "not there") + ", but its journal is: " + oneLine(journal);
+  }
   std::ifstream file(path, std::ios::binary);
   unsigned char head[100] = {};
   file.read(reinterpret_cast<char*>(head), sizeof head);
@@ -59,13 +71,11 @@ std::string whyNotOurs(const std::string& path) {
   return id == kApplicationId || (id == 0 && !unfinished) ? "" : "belongs to another program";
 }
 
-/// Makes an empty file for this user's eyes only, or takes it from others'. False when it cannot be written.
-bool makePrivate(const std::string& path) {
+/// Makes an empty file for this user's eyes only, where none is. False when it cannot be written.
+bool makeIfMissing(const std::string& path) {
   const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-  if (file < 0) return false;
-  const bool done = fchmod(file, 0600) == 0;
-  ::close(file);
-  return done;
+  if (file >= 0) ::close(file);
+  return file >= 0;
 }
 
 }  // namespace
@@ -81,7 +91,7 @@ bool Store::open() {
   const bool kept = !m_path.empty();
   const std::string foreign = kept ? whyNotOurs(m_path) : "";
   if (!foreign.empty()) return refuse(foreign, kMoveAway);
-  if (kept && !makePrivate(m_path))
+  if (kept && !makeIfMissing(m_path))
     return refuse(std::string("cannot be written: ") + std::strerror(errno),
                   "Make it and its folder writable, or choose another folder with --state.");
   if (sqlite3_open_v2(kept ? m_path.c_str() : ":memory:", &m_database, SQLITE_OPEN_READWRITE, nullptr) !=
@@ -127,6 +137,11 @@ bool Store::prepare() {
           "SELECT count(*) = 0 OR (count(*) = 2 AND total(name = 'key' AND pk = 1) = 1 AND total(name = 'value') = 1) "
           "FROM pragma_table_info('entries')") != 1)
     return refuse("has a table 'entries' with other columns than key and value", kMoveAway);
+  // It is ours, thus for this user's eyes only.
+  for (const char* const end : {"", "-wal", "-shm"}) {
+    if (!m_path.empty() && chmod((m_path + end).c_str(), 0600) != 0 && errno != ENOENT)
+      return refuse(std::string("cannot be kept from others: ") + std::strerror(errno), kMoveAway);
+  }
   // Full synchronisation: what is acknowledged is on the medium. The mark comes before the log, so that it
   // stands in the file itself.
   if ((id == 0 && !execute("PRAGMA application_id = " + std::to_string(kApplicationId))) ||
@@ -180,7 +195,7 @@ bool Store::usable() {
   if (m_database)
     m_problem.clear();
   else if (m_problem.empty())
-    m_problem = m_path + ": not open; call open() first";
+    m_problem = oneLine(m_path) + ": not open; call open() first";
   return m_database != nullptr;
 }
 
@@ -191,25 +206,26 @@ bool Store::execute(const std::string& sql) {
 }
 
 std::string Store::reason() const {
+  const std::string told = oneLine(sqlite3_errmsg(m_database));  // A foreign schema has a say in it.
   switch (sqlite3_errcode(m_database)) {
     case SQLITE_BUSY:
       return "is in another program's hands";
     case SQLITE_READONLY:
     case SQLITE_PERM:
     case SQLITE_CANTOPEN:
-      return std::string("cannot be written: ") + sqlite3_errmsg(m_database);
+      return "cannot be written: " + told;
     case SQLITE_FULL:
     case SQLITE_IOERR:
-      return std::string("the disk is full or fails: ") + sqlite3_errmsg(m_database);
+      return "the disk is full or fails: " + told;
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-      return std::string("is damaged: ") + sqlite3_errmsg(m_database);
+      return "is damaged: " + told;
     default:
-      return sqlite3_errmsg(m_database);
+      return told;
   }
 }
 
-void Store::complain() { m_problem = m_path + ": " + reason() + "; nothing was changed."; }
+void Store::complain() { m_problem = oneLine(m_path) + ": " + reason() + "; nothing was changed."; }
 
 bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<std::string>>& rows) {
   if (!usable() || !execute("BEGIN IMMEDIATE")) return false;
@@ -228,7 +244,7 @@ bool Store::inTransaction(const std::string& sql, const std::vector<std::vector<
 }
 
 bool Store::refuse(const std::string& reason, const std::string& remedy) {
-  m_problem = m_path + ": " + reason + "; it was left as it is. " + remedy;
+  m_problem = oneLine(m_path) + ": " + reason + "; it was left as it is. " + remedy;
   return false;
 }
 

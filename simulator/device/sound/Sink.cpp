@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <utility>
 
@@ -20,12 +19,28 @@ namespace {
 
 constexpr char kMaker[] = "vorn-speaker";
 
+void sayNothing(const char*, int, const char*, int, const char*, ...) {
+}  // NOLINT(cert-dcl50-cpp): the library's form
+
 }  // namespace
 
 void Sink::play(const Sound& sound) {
+  keepProblem([&] { take(sound); });
+}
+
+void Sink::finish() {
+  if (!problem().empty()) return;
+  try {
+    keepProblem([this] { conclude(); });
+  } catch (const std::runtime_error&) {
+    // problem() tells it.
+  }
+}
+
+void Sink::keepProblem(const std::function<void()>& work) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   try {
-    take(sound);
+    work();
   } catch (const std::runtime_error& error) {
     if (m_problem.empty()) m_problem = error.what();
     throw;
@@ -44,41 +59,61 @@ struct WavSink::File {
   }
 };
 
-WavSink::WavSink(const std::string& path) : m_path(path), m_file(new File) {
-  const auto refuse = [&](const char* reason) {
-    throw std::runtime_error(path + ": cannot be written: " + reason + "; name another file with --out");
-  };
+WavSink::WavSink(const std::string& path) : m_path(path), m_target(path), m_file(new File) {
   struct stat status {};
   const bool there = stat(path.c_str(), &status) == 0;
   if (there && S_ISDIR(status.st_mode)) refuse("it is a folder");
   if (there && S_ISFIFO(status.st_mode)) refuse("it is a pipe");
-  int file = -1;
   if (there && !S_ISREG(status.st_mode)) {
-    file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  } else if (there && access(path.c_str(), W_OK) != 0) {
-    refuse(std::strerror(errno));
-  } else {
-    m_aside = path + ".XXXXXX";
-    file = mkostemp(&m_aside[0], O_CLOEXEC);
-    // As any file of the user's.
-    const mode_t mask = umask(0);
-    umask(mask);
-    if (file >= 0) fchmod(file, there ? status.st_mode & 0777 : 0666 & ~mask);
+    write(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    return;
   }
+  if (there && access(path.c_str(), W_OK) != 0) refuse(std::strerror(errno));
+  if (char* const real = realpath(path.c_str(), nullptr)) {
+    m_target = real;
+    std::free(real);
+  }
+  // As any file of the user's.
+  const mode_t mask = umask(0);
+  umask(mask);
+  m_mode = there ? status.st_mode & 0777 : 0666 & ~mask;
+  // Whether it can be written is told now. It is made when there is something to write: what ends this process may leave
+  // no time to remove it.
+  close(openAside());
+  std::remove(m_aside.c_str());
+  m_aside.clear();
+}
+
+void WavSink::refuse(const std::string& reason) const {
+  throw std::runtime_error(m_path + ": cannot be written: " + reason + "; name another file with --out");
+}
+
+int WavSink::openAside() {
+  m_aside = m_target + ".XXXXXX";
+  const int file = mkostemp(&m_aside[0], O_CLOEXEC);
+  if (file < 0) {
+    m_aside.clear();
+    refuse(std::strerror(errno));
+  }
+  fchmod(file, m_mode);
+  return file;
+}
+
+void WavSink::write(int file) {
   if (file < 0) refuse(std::strerror(errno));
   SF_INFO info{};
   info.samplerate = kRate;
   info.channels = 1;
   info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
   m_file->handle = sf_open_fd(file, SFM_WRITE, &info, 1);
-  if (!m_file->handle) {
-    if (!m_aside.empty()) std::remove(m_aside.c_str());
-    refuse(sf_strerror(nullptr));
-  }
+  if (!m_file->handle) refuse(sf_strerror(nullptr));
   sf_set_string(m_file->handle, SF_STR_SOFTWARE, kMaker);
 }
 
 bool WavSink::made(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    return false;  // A pipe would be waited for.
   SF_INFO info{};
   File file;
   file.handle = sf_open(path.c_str(), SFM_READ, &info);
@@ -87,25 +122,17 @@ bool WavSink::made(const std::string& path) {
 }
 
 WavSink::~WavSink() {
-  try {
-    if (problem().empty()) putInPlace();
-  } catch (const std::runtime_error&) {
-    // Nothing was played: no sound is lost.
-  }
   if (!m_aside.empty()) std::remove(m_aside.c_str());
 }
 
 void WavSink::putInPlace() {
   if (m_aside.empty()) return;
-  // Behind a link stands the file that the user means.
-  std::error_code error;
-  const auto target = std::filesystem::weakly_canonical(m_path, error);
-  if (std::rename(m_aside.c_str(), error ? m_path.c_str() : target.c_str()) != 0)
-    throw std::runtime_error(m_path + ": cannot be written: " + std::strerror(errno));
+  if (std::rename(m_aside.c_str(), m_target.c_str()) != 0) refuse(std::strerror(errno));
   m_aside.clear();
 }
 
 void WavSink::take(const Sound& sound) {
+  if (!m_file->handle) write(openAside());
   const Sound ours = sound.mono(kRate);
   const auto count = static_cast<sf_count_t>(ours.samples.size());
   if (sf_write_short(m_file->handle, ours.samples.data(), count) != count)
@@ -115,7 +142,18 @@ void WavSink::take(const Sound& sound) {
   putInPlace();
 }
 
-AlsaSink::AlsaSink(std::string device) : m_device(std::move(device)) {}
+void WavSink::conclude() {
+  if (!m_file->handle) write(openAside());
+  sf_command(m_file->handle, SFC_UPDATE_HEADER_NOW, nullptr, 0);
+  sf_write_sync(m_file->handle);
+  if (sf_error(m_file->handle) != SF_ERR_NO_ERROR) refuse(sf_strerror(m_file->handle));
+  putInPlace();
+}
+
+AlsaSink::AlsaSink(std::string device) : m_device(std::move(device)) {
+  // What is wrong is told once, by us: the library would print it too, with the name as it is.
+  snd_lib_error_set_handler(sayNothing);
+}
 
 void AlsaSink::take(const Sound& sound) {
   snd_pcm_t* pcm = nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -16,11 +17,16 @@ class Sink {
   /// @throws std::runtime_error  Names the place, the reason and the remedy, which problem() then keeps.
   void play(const Sound& sound);
 
+  /// No more sounds will come. What goes wrong is kept by problem().
+  void finish();
+
   /// Why the first sound that was lost could not be played; empty when none was.
   std::string problem() const;
 
  private:
   virtual void take(const Sound& sound) = 0;
+  virtual void conclude() {}
+  void keepProblem(const std::function<void()>& work);
 
   mutable std::mutex m_mutex;
   std::string m_problem;
@@ -31,8 +37,8 @@ class WavSink : public Sink {
  public:
   static constexpr int kRate = 48000;
 
-  /// Makes the file aside. It takes the place of an earlier one with the first sound, or at the end, and is whole
-  /// after each sound. A device such as /dev/null is written to as it is.
+  /// The file takes the place of an earlier one with the first sound, or in finish(), and is whole after each sound;
+  /// nothing of it stays when there is neither. A device such as /dev/null is written to as it is.
   /// @throws std::runtime_error  Names the file and the reason.
   explicit WavSink(const std::string& path);
   ~WavSink() override;
@@ -43,10 +49,16 @@ class WavSink : public Sink {
  private:
   struct File;
   void take(const Sound& sound) override;
+  void conclude() override;
+  [[noreturn]] void refuse(const std::string& reason) const;
+  int openAside();
+  void write(int file);
   void putInPlace();
 
   const std::string m_path;
-  std::string m_aside;  ///< Its name until it has its own.
+  std::string m_target;  ///< Behind links.
+  std::string m_aside;   ///< Its name until it has its own.
+  unsigned m_mode = 0;
   std::unique_ptr<File> m_file;
 };
 

@@ -94,8 +94,12 @@ WholeFile::WholeFile(const std::string& path, unsigned mode) : m_path(path), m_t
     ::umask(mask);
     if (descriptor >= 0) ::fchmod(descriptor, mode & ~mask);
   } else {
-    const int flags = O_WRONLY | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL);
+    // Without waiting for a reader, should it be a pipe.
+    const int flags = O_WRONLY | O_CLOEXEC | (exists ? O_NONBLOCK : O_CREAT | O_EXCL);
     descriptor = ::open(m_target.c_str(), flags, mode);
+    if (descriptor < 0 && errno == ENXIO)
+      throw NotWritten(m_path + " cannot be written: it is a pipe or a socket that nobody reads");
+    if (descriptor >= 0 && exists) ::fcntl(descriptor, F_SETFL, 0);
     if (!exists) m_made = m_target;
   }
   if (descriptor < 0) fail(errno);
