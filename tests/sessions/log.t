@@ -1,151 +1,101 @@
-The trace of three calls, and lines of others.
+A trace: lines of three classes, some that differ in numbers only, a message of two lines, lines of others, a torn one.
 
   $ cat > session.scenario <<'END'
-  > assistant VornDeviceInfo.setSystemSetting channel 7
   > assistant VornEMPAdapterControl.login hidden ada true 1s music
+  > assistant VornEMPAdapterControl.skipForward 1s music
+  > assistant VornEMPAdapterControl.skipForward 2s music
+  > assistant VornEMPAdapterControl.skipForward 3s music
+  > assistant VornDeviceCapabilities.onSetVolume 3
   > firmware VornAppMessaging.SendMessageToxApp speaker battery full
-  > firmware VornAppMessaging.SendMessageToxApp speaker battery half
+  > firmware VornAppMessaging.SendMessageToxApp speaker battery "one\ntwo"
   > END
   $ vorn-speaker --state state session.scenario > /dev/null
-  $ cp /tmp/xAppLog.txt trace
-  $ printf 'somebody else\033[2J wrote this\n' >> trace
-  $ printf 'a torn li' >> trace
+  $ { printf 'somebody else\033[2J wrote this\n'; grep -v 'Instance()\|CreateInstance\|::Vorn[A-Za-z]*(' /tmp/xAppLog.txt; printf ' Time: a torn li'; } > trace
   $ cat -v trace
-   Time: VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-   Time: VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-   Time: static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-   Time: VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-   Time: static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-   Time: VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-   Time: static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-   Time: bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: hidden, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
-   Time: receiveAppMessage(speaker,battery,full)
-   Time: receiveAppMessage(speaker,battery,half)
   somebody else^[[2J wrote this
-  a torn li (no-eol)
-  $ vorn-log trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
+   Time: bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: hidden, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
+   Time: bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 1000ms, playerId: music
+   Time: bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 2000ms, playerId: music
+   Time: bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 3000ms, playerId: music
+   Time: std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onSetVolume(int)
+   Time: receiveAppMessage(speaker,battery,full)
+   Time: receiveAppMessage(speaker,battery,one
+  two)
+   Time: a torn li (no-eol)
+  $ vorn-log trace | tee plain
+  ?  ********
   VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
+  VornEMPAdapterControl.skipForward  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 1000ms, playerId: music
+      and 2 more like it
+  VornDeviceCapabilities.onSetVolume  std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onSetVolume(int)
   VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
+  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,one
+      two)
+  ?  ********
       the line has no end: it was cut, or is still being written
-  $ vorn-log --all trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-  VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
-      the line has no end: it was cut, or is still being written
-  $ vorn-log --explain trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-      an object of the class was made
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-      an object of the class was made
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-      the firmware asked for the adapter to be created
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-      an object of the class was made
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-      the firmware asked for the adapter to be created
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-      an object of the class was made
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-      somebody fetched the adapter
-  VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
-      a command for the external player arrived; the host is called if there is an instance
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
-      a message goes up to the app; commas in its texts are not marked
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
-      a message goes up to the app; commas in its texts are not marked
-      the line has no end: it was cut, or is still being written
+  $ vorn-log --all trace | diff plain - | tr '<>' '-+'
+  4c4,5
+  -     and 2 more like it
+  ---
+  + VornEMPAdapterControl.skipForward  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 2000ms, playerId: music
+  + VornEMPAdapterControl.skipForward  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::skipForward(std::chrono::milliseconds, std::string): offset: 3000ms, playerId: music
+  $ vorn-log --explain trace | diff plain - | tr '<>' '-+'
+  1a2
+  +     not a line of the library
+  2a4
+  +     a command for the external player arrived; the host is called if there is an instance
+  3a6
+  +     a command for the external player arrived; the host is called if there is an instance
+  5a9
+  +     a directive arrived; the host is called if there is an instance
+  6a11
+  +     a message goes up to the app; commas in its texts are not marked
+  8a14
+  +     a message goes up to the app; commas in its texts are not marked
+  9a16
+  +     not a line of the library
   $ vorn-log --count trace
+  ?  2
+    (other lines)  2
   VornAppMessaging  2
     SendMessageToxApp  2
-  VornAudioIn  1
-    VornAudioIn  1
-  VornDeviceCapabilities  2
-    CreateInstance  1
-    VornDeviceCapabilities  1
+  VornDeviceCapabilities  1
+    onSetVolume  1
   VornEMPAdapterControl  4
-    CreateInstance  1
-    VornEMPAdapterControl  1
-    getInstance  1
     login  1
-  VornMediaPlayerFactory  1
-    VornMediaPlayerFactory  1
-  $ vorn-log --adapter VornEMPAdapterControl --adapter '?' trace
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-  VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
+    skipForward  3
+  $ vorn-log --adapter VornDeviceCapabilities --adapter '?' trace
+  ?  ********
+  VornDeviceCapabilities.onSetVolume  std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onSetVolume(int)
+  ?  ********
+      the line has no end: it was cut, or is still being written
   $ vorn-log --adapter VornEMPAdapterContrl trace
   vorn-log: --adapter: VornEMPAdapterContrl is no adapter; did you mean VornEMPAdapterControl?
   Run with --help for more information.
   [2]
   $ vorn-log --grep battery trace
   VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
-      the line has no end: it was cut, or is still being written
-  $ vorn-log --until login trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-  VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
+  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,one
+      two)
+  $ vorn-log --until onSetVolume trace | diff plain - | tr '<>' '-+'
+  6,10d5
+  - VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
+  - VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,one
+  -     two)
+  - ?  ********
+  -     the line has no end: it was cut, or is still being written
   $ vorn-log --until login --follow trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
+  ?  ********
   VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
   $ vorn-log --grep nothing trace
-  $ vorn-log --until nothing trace
-  VornAudioIn.VornAudioIn  VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornMediaPlayerFactory.VornMediaPlayerFactory  VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-  VornDeviceCapabilities.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornDeviceCapabilities.VornDeviceCapabilities  VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.CreateInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.VornEMPAdapterControl  VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  VornEMPAdapterControl.getInstance  static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::getInstance()
-  VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: ********, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,full)
-  VornAppMessaging.SendMessageToxApp  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
-      the line has no end: it was cut, or is still being written
   $ vorn-log --color always --grep battery trace | cat -v
   ^[[1mVornAppMessaging.SendMessageToxApp^[[0m  receiveAppMessage(speaker,battery,full)
-  ^[[1mVornAppMessaging.SendMessageToxApp^[[0m  receiveAppMessage(speaker,battery,half)
-      somebody else\x1b[2J wrote this
-      a torn li
-      the line has no end: it was cut, or is still being written
+  ^[[1mVornAppMessaging.SendMessageToxApp^[[0m  receiveAppMessage(speaker,battery,one
+      two)
   $ vorn-log --secrets --grep accessToken trace
   VornEMPAdapterControl.login  bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, std::chrono::milliseconds, std::string): accessToken: hidden, userName: ada, forceLogin: 1, refreshInterval: 1000ms, playerId: music
+What cannot be read, or asked for.
+
   $ vorn-log none
   vorn-log: none cannot be read: No such file or directory; is the trace on (FileLogger::CreateInstance(true)), or is it another file? --follow waits for one
   [2]

@@ -108,21 +108,6 @@ Device files.
   $ device 'muted = 1'
   vorn-speaker: d.toml:1:9: 'muted' must be true or false
   [2]
-  $ device 'locale = ""'
-  
-  nothing
-  
-  What the library traced meanwhile
-    trace VornDeviceAbstractionLayer::VornAudioIn::VornAudioIn(VornDeviceAbstractionLayer::VornDALImplIF&)
-    trace VornDeviceAbstractionLayer::VornMediaPlayerFactory::VornMediaPlayerFactory(std::unordered_map<std::basic_string<char>, std::shared_ptr<VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl> >&)
-    trace static std::shared_ptr<VornDeviceAbstractionLayer::VornDeviceCapabilities> VornDeviceAbstractionLayer::VornDeviceCapabilities::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-    trace VornDeviceAbstractionLayer::VornDeviceCapabilities::VornDeviceCapabilities(VornDeviceAbstractionLayer::VornDALImplIF&)
-    trace static std::shared_ptr<VornDeviceAbstractionLayer::VornEMPAdapterControl> VornDeviceAbstractionLayer::VornEMPAdapterControl::CreateInstance(VornDeviceAbstractionLayer::VornDALImplIF&)
-    trace VornDeviceAbstractionLayer::VornEMPAdapterControl::VornEMPAdapterControl(VornDeviceAbstractionLayer::VornDALImplIF&)
-  
-  Calls that arrived                                                            down      up
-  Operations that no call reached (--all tells them)                                     106
-  Together                                                                         0       0
   $ device 'timezone = 3'
   vorn-speaker: d.toml:1:12: 'timezone' must be a text in quotes
   [2]

@@ -60,41 +60,6 @@ What vorn-conformance and vorn-capture make of wrong options.
   [2]
   $ vorn-conformance --version | sed 's/[0-9.]*$/N/'
   vorn-conformance N
-  $ vorn-conformance --help
-  Usage: vorn-conformance [OPTION...] ./libMyHost.so
-  
-  Checks whether a host keeps what VornDALImplIF.h and VornEMPAdapterIF.h promise to the library. The shared library
-  defines vornCreateHost() and vornDestroyHost(), see vorn_testing/HostEntry.h. Every check loads it and makes a host of
-  its own in a process of its own. The checks write, remove and clear: give the host a store that may be lost.
-  
-  What to check
-    --only TEXT           the checks whose name contains TEXT; may be given several times
-    --shard I/N           the I-th of N parts, for several machines
-    --without A,B         areas that the host does not offer; they are not asked
-    --require A,B         areas that it claims: one that could not be asked is broken
-    --durable             ask that the store survives its process, also one that is killed
-    --strict              a remark counts as broken
-    --list                name the checks, their rules and remedies, and the areas, and run none
-  
-  What the host accepts, used wherever an argument is needed; each may be given several times
-    --setting NAME=A,B    a setting that may be changed to A and to B
-    --mode NAME=A,B       a mode and its values
-    --channel NAME        a channel
-    --input NAME          an input
-    --locale NAME         a locale
-  
-  How
-    --bound SECONDS       how long one call may take before it counts as not answering (30)
-    --junit FILE          write the results as JUnit XML too
-    --json FILE           write the results as lines of JSON too
-    --resume              take over what stands in the file of --json and run the rest
-    --version             name this program's version
-    --help                this text
-  
-  Reports are written check by check and are whole at any moment.
-  
-  Exit status: 0 all promises are kept, 1 one is broken, 2 nothing was checked, 3 the host failed outside a check: it
-  could not be loaded or made.
   $ vorn-conformance --list | sed 's|\(Vorn[^/]*\)/[^/]*/[^/]*/|\1/.../|' | LC_ALL=C sort | uniq -c
         1   remedy: Add to the store, do not start it anew.
         1   remedy: Answer an empty map for what you do not have.
@@ -385,19 +350,3 @@ What vorn-conformance and vorn-capture make of wrong options.
   [1]
   $ vorn-capture --version | sed 's/[0-9.]*$/N/'
   vorn-capture N
-  $ vorn-capture --help
-  Runs a program and records every call that crosses libVornDALImpl.so in it, in a file that vorn-speaker reads.
-  Usage: vorn-capture -o FILE [OPTION]... PROGRAM [ARGUMENT]...
-  
-    -o, --output FILE   where to; an earlier recording is replaced, any other file is not
-    --keep SIZE         keep at most so much, the newest: 500K, 64M, 2G
-    --toggle SIGNAL     stop and go on at this signal, such as USR2
-    --paused            begin without recording
-    --audio FILE        keep the sound too, as a WAV file; without it, one line a second tells of it
-    --ring SIZE         what a thread may be ahead of the file, 256K
-    --library FILE      the libVornDALImpl.so that the program loads later by itself
-    -h, --help          print this
-    --version           print the version
-  
-  Without vorn-capture: LD_PRELOAD=libvorn-capture.so VORN_CAPTURE=FILE PROGRAM; the man page names the other variables.
-  Exit status: the program's; 2 when it was not started.
