@@ -184,6 +184,20 @@ struct Caller {
     return status;
   }
 
+  /// Ends when ARGUMENT 0 is written, and leaves a child that makes no calls.
+  int leaves() {
+    ask("before");
+    awaitInFile("before");
+    const pid_t child = fork();
+    if (child == 0) {
+      close(STDOUT_FILENO);
+      close(STDERR_FILENO);
+      for (;;) pause();
+    }
+    std::printf("%d\n", child);
+    return 0;
+  }
+
   /// Sends itself the signal between calls.
   int toggled() {
     for (const char* key : {"first", "second", "third", "fourth"}) {
@@ -291,16 +305,25 @@ int main(int count, char** arguments) {
   VornEMPAdapterControl::CreateInstance(caller.host);
   VornAudioIn::CreateInstance(caller.host);
   const std::string way = count > 1 ? arguments[1] : "";
-  const std::pair<const char*, int (Caller::*)()> ways[] = {
-      {"plain", &Caller::plain},     {"quick", &Caller::quick},
-      {"many", &Caller::many},       {"endless", &Caller::endless},
-      {"still", &Caller::still},     {"crash", &Caller::crash},
-      {"handled", &Caller::handled}, {"throws", &Caller::throws},
-      {"secrets", &Caller::secrets}, {"forks", &Caller::forks},
-      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},
-      {"big", &Caller::big},         {"closes", &Caller::closes},
-      {"full", &Caller::full},       {"container", &Caller::container},
-      {"waits", &Caller::waits},     {"late", &Caller::late}};
+  const std::pair<const char*, int (Caller::*)()> ways[] = {{"plain", &Caller::plain},
+                                                            {"quick", &Caller::quick},
+                                                            {"many", &Caller::many},
+                                                            {"endless", &Caller::endless},
+                                                            {"still", &Caller::still},
+                                                            {"crash", &Caller::crash},
+                                                            {"handled", &Caller::handled},
+                                                            {"throws", &Caller::throws},
+                                                            {"secrets", &Caller::secrets},
+                                                            {"forks", &Caller::forks},
+                                                            {"leaves", &Caller::leaves},
+                                                            {"toggled", &Caller::toggled},
+                                                            {"audio", &Caller::audio},
+                                                            {"big", &Caller::big},
+                                                            {"closes", &Caller::closes},
+                                                            {"full", &Caller::full},
+                                                            {"container", &Caller::container},
+                                                            {"waits", &Caller::waits},
+                                                            {"late", &Caller::late}};
   for (const auto& [name, run] : ways) {
     if (way == name) return (caller.*run)();
   }

@@ -118,6 +118,13 @@ TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
   EXPECT_EQ(calls("getSystemSetting").size(), 2U);
 }
 
+TEST_F(Ended, ForkedChildrenLeaveTheFileToTheNext) {
+  const pid_t child = std::stoi(capture("leaves " + m_path));
+  capture("plain");
+  EXPECT_EQ(::kill(child, SIGKILL), 0);
+  EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "mode");
+}
+
 TEST_F(Ended, ProgramsStartedOneAfterTheOtherKeepTheirFiles) {
   captureScript(VORN_CALLER " plain; " VORN_CALLER " plain");
   int files = 0;

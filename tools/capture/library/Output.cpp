@@ -50,11 +50,12 @@ int OwnFile::descriptor() {
   m_file = -1;  // Whatever has that number now is the program's.
   const int again = open(m_path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (again < 0) return -1;
-  if (!isOurs(again) || flock(again, LOCK_EX | LOCK_NB) != 0) {
+  if (!isOurs(again)) {
     close(again);
     errno = EBADF;
     return -1;
   }
+  flock(again, LOCK_EX | LOCK_NB);
   hold(again, m_path);
   return m_file;
 }

@@ -27,9 +27,11 @@ class OwnFile {
   /// Its descriptor, opened again where it was closed; -1 when it cannot be.
   int descriptor();
 
+  /// Closes it, when it is still there.
+  void release();
+
  private:
   bool isOurs(int file) const;
-  void release();
 
   std::string m_path;
   int m_file = -1;
@@ -62,6 +64,9 @@ class Output {
 
   /// Writes what was added. @returns  Whether it could.
   bool flush(std::int64_t microseconds);
+
+  /// In a forked child: leaves the file to the parent.
+  void release() { m_file.release(); }
 
   /// How many calls could not be written, and forgets it.
   std::uint64_t takeLost();

@@ -76,6 +76,8 @@ class WaveFile {
     m_changed = true;
   }
 
+  void release() { m_file.release(); }
+
   /// @returns  Whether all of it is there.
   bool finish() {
     if (m_changed) m_failed = !head() || m_failed;
@@ -139,6 +141,12 @@ class Writer {
     if (forkedFrom) note("forked from process " + std::to_string(forkedFrom));
     m_wasRecording = state.recording;
     return true;
+  }
+
+  /// In a forked child: leaves the files, and the lock on the recording, to the parent.
+  void release() {
+    m_output.release();
+    m_wave.release();
   }
 
   [[noreturn]] void run() {
@@ -333,6 +341,8 @@ class Writer {
   bool m_complained = false;
 };
 
+std::atomic<Writer*> running{nullptr};
+
 void* writerMain(void*) {
   writerId = static_cast<int>(syscall(SYS_gettid));
   pthread_setname_np(pthread_self(), "vorn-capture");
@@ -343,6 +353,7 @@ void* writerMain(void*) {
     hasFailed = true;
     return nullptr;
   }
+  running = writer;
   writer->run();
 }
 
@@ -385,6 +396,7 @@ void handle(int signal, void (*simple)(int), void (*informed)(int, siginfo_t*, v
 
 void onFork() {
   if (!request) return;
+  if (Writer* const parents = running.exchange(nullptr)) parents->release();
   forkedFrom = getppid();
   writerId = 0;
   started = false;
