@@ -109,6 +109,16 @@ TEST(TraceMasking, HidesAMessageThatNamesASecret) {
   EXPECT_EQ(TraceLine::masked("receiveAppMessage(a,b,c)"), "receiveAppMessage(a,b,c)");
 }
 
+TEST(TraceMasking, HidesWhatCallersNamedLikeASecret) {
+  const std::string player = "VornMediaPlayerFactory::createDalMediaPlayer ";
+  EXPECT_EQ(TraceLine::masked(player + "name=psk=KEEP-THIS"), player + "********");
+  EXPECT_EQ(TraceLine::masked(player + "name=Speech"), player + "name=Speech");
+  const std::string masked =
+      TraceLine::masked(kLogin + std::string("x, userName: token KEEP-THIS, forceLogin: 1"));
+  EXPECT_EQ(masked.find("KEEP-THIS"), std::string::npos) << masked;
+  EXPECT_EQ(TraceLine::masked(masked), masked);
+}
+
 /// A login as the library writes it, with the token that is told.
 std::string loginOf(const std::string& token) { return " Time: " + (kLogin + token) + kAfterToken + "\n"; }
 
