@@ -79,6 +79,7 @@ StateFolder::StateFolder(const std::string& path) {
     const std::string ours = path + "/" + name;
     if (lstat(ours.c_str(), &status) != 0) continue;
     if (S_ISLNK(status.st_mode)) refuse(ours, "is a link, which is not followed");
+    if (!S_ISREG(status.st_mode)) refuse(ours, "is no file");
     if (status.st_uid != geteuid()) refuse(ours, "belongs to another user");
   }
   const std::string lock = path + "/lock";

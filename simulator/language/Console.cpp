@@ -11,6 +11,7 @@
 #include <iterator>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 #include "text/Files.h"
 #include "text/Lines.h"
@@ -176,7 +177,10 @@ std::string Discretion::kept(const std::string& line, const Stage& stage) {
 /// Keeps a line for the next session, unless it holds a secret; one that could not be read may hold any.
 void Console::remember(const std::string& line) {
   if (m_played.back() != line || maskedStatement(line) != line || m_stage.isSecret(line)) return;
-  std::ofstream(m_historyFile, std::ios::app) << line << '\n';
+  if (std::ofstream(m_historyFile, std::ios::app) << line << std::endl || std::exchange(m_forgetful, true))
+    return;
+  std::cout << "  " << oneLine(m_historyFile) << ": cannot be written; what is typed is not remembered"
+            << std::endl;
 }
 
 /// Takes over what can be read and holds no secret, and writes no more than that back.

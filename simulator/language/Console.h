@@ -48,6 +48,7 @@ class Console {
   Discretion m_discretion;
   bool m_terminal = false;
   bool m_good = true;
+  bool m_forgetful = false;           ///< Whether it was said that a line could not be remembered.
   std::vector<std::string> m_played;  ///< What save makes a scenario of.
   std::set<std::string> m_saved;      ///< The files that this session made.
 };

@@ -258,6 +258,11 @@ void Speaker::call(Caller caller, const std::string& name, const BoundCall& call
   const bool secret = std::any_of(calls.begin(), calls.end(), [&](const Crossing& crossing) {
     return crossing.secret && crossing.fullName() == name;
   });
+  // What was asked for a secret and had none to tell would still have told one.
+  m_secretAsked = !m_secrets && std::any_of(calls.begin(), calls.end(), [](const Crossing& crossing) {
+    const std::vector<std::string>& asked = crossing.clear.spelled;
+    return crossing.masked || std::any_of(asked.begin(), asked.end(), isSecretText);
+  });
   if (shownBy != calls.end()) {
     m_shownResult = shownBy->answer();
   } else {
@@ -286,7 +291,7 @@ std::string Speaker::shownCall(const std::string& name, const std::vector<Token>
 
 void Speaker::expectResult(const std::string& expected) {
   if (m_result == expected) return;
-  const bool secret = m_shownResult.find(kMask) != std::string::npos;
+  const bool secret = m_secretAsked || m_shownResult.find(kMask) != std::string::npos;
   throw Unmet("expected the result " + (secret ? kMask : shown(expected)) + ", saw " +
               (m_shownResult.empty() ? "none" : oneLine(m_shownResult)));
 }

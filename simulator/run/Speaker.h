@@ -159,7 +159,8 @@ class Speaker : public Stage, private Crossings::Listener {
   std::deque<Crossing> m_recent;  ///< The newest since the last call of a scenario began.
   unsigned long m_calls = 0;
   std::string m_result;
-  std::string m_shownResult;  ///< The same, with secrets masked.
+  std::string m_shownResult;   ///< The same, with secrets masked.
+  bool m_secretAsked = false;  ///< Whether the last call was asked for a secret, or given one.
   std::int64_t m_heard = 0;
   const bool m_trace;
   bool m_traceAside = false;  ///< Whether a folder stands where the trace belongs.

@@ -224,6 +224,15 @@ TEST_F(Terminal, RemembersLinesAlsoWhenItIsEnded) {
   EXPECT_TRUE(has(content(std::string(kFolder) + "/console-history"), "getTimezone"));
 }
 
+TEST_F(Terminal, SaysOnceThatItCannotRemember) {
+  const std::string history = std::string(kFolder) + "/console-history";
+  std::filesystem::remove(history);
+  std::filesystem::create_directory(history);
+  type("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_TRUE(shows("console-history: cannot be written; what is typed is not remembered"));
+  EXPECT_EQ(quit(), 0);
+}
+
 TEST_F(Terminal, RemembersOnlyWhatItUnderstoodAndHoldsNoSecret) {
   const std::string history = std::string(kFolder) + "/console-history";
   for (const char* line : {" assistant VornEMPAdapterControl.login KEEP-THIS ada true 1s x",

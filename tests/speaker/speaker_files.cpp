@@ -161,6 +161,16 @@ TEST_F(Files, AreNotFollowedThroughLinksInTheStateFolder) {
   }
 }
 
+TEST_F(Files, ThatAreNoneInTheStateFolderAreRefusedWithoutWaiting) {
+  for (const char* name : {"lock", "store.sqlite", "store.sqlite-wal", "console-history"}) {
+    fs::remove_all(path("state"));
+    makeState();
+    ASSERT_EQ(mkfifo(state(name).c_str(), 0600), 0);
+    EXPECT_TRUE(has(run("--alsa none"), std::string(name) + ": is no file; choose a folder of your own"));
+    EXPECT_EQ(m_status, 2);
+  }
+}
+
 TEST_F(Files, AreNotWrittenWhereEverybodyMayWrite) {
   makeState();
   fs::permissions(path("state"), fs::perms::all);

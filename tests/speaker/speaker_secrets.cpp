@@ -143,6 +143,16 @@ TEST_F(Secrets, StayOutOfEveryMessageOfAnExpectation) {
   EXPECT_TRUE(has(output, "expected the call VornEMPAdapterControl.login ******** bob true 1s x, saw "));
 }
 
+TEST_F(Secrets, StayOutOfAnExpectationOfOneThatIsNotThere) {
+  const std::string output = play(
+      "assistant VornDeviceInfo.getConfigData wifi_psk\nexpect KEEP-THIS\n"
+      "assistant VornDeviceInfo.getConfigData productID\nexpect other\n",
+      "--keep-going");
+  EXPECT_EQ(output.find(kMark), std::string::npos) << lineWith(output);
+  EXPECT_TRUE(has(output, "expected the result ********, saw ") &&
+              has(output, "expected the result other, saw "));
+}
+
 TEST_F(Secrets, AreKnownByAnExpectation) {
   play(m_login + "expect call VornEMPAdapterControl.login KEEP-THIS ada on 1000ms x\n");
   EXPECT_EQ(m_status, 0);

@@ -109,6 +109,16 @@ TEST(TraceMasking, HidesAMessageThatNamesASecret) {
   EXPECT_EQ(TraceLine::masked("receiveAppMessage(a,b,c)"), "receiveAppMessage(a,b,c)");
 }
 
+TEST(TraceMasking, HidesWhatCallersNamedLikeASecret) {
+  const std::string player = "VornMediaPlayerFactory::createDalMediaPlayer ";
+  EXPECT_EQ(TraceLine::masked(player + "name=psk=KEEP-THIS"), player + "********");
+  EXPECT_EQ(TraceLine::masked(player + "name=Speech"), player + "name=Speech");
+  const std::string masked =
+      TraceLine::masked(kLogin + std::string("x, userName: token KEEP-THIS, forceLogin: 1"));
+  EXPECT_EQ(masked.find("KEEP-THIS"), std::string::npos) << masked;
+  EXPECT_EQ(TraceLine::masked(masked), masked);
+}
+
 /// A login as the library writes it, with the token that is told.
 std::string loginOf(const std::string& token) { return " Time: " + (kLogin + token) + kAfterToken + "\n"; }
 
@@ -181,11 +191,42 @@ TEST_P(Names, AreSecretByTheirLetters) {
 }
 
 const Name kNames[] = {
-    {"accessToken", true},  {"ACCESS_TOKEN", true},  {"access-token", true}, {"access token", true},
-    {"passwd", true},       {"wifiPassword", true},  {"PWD", true},          {"passphrase", true},
-    {"wifi_psk", true},     {"apiKey", true},        {"api.key", true},      {"credentials", true},
-    {"clientSecret", true}, {"t\no\nk\ne\nn", true}, {"networkKey", true},   {"", false},
-    {"key", false},         {"channel", false},      {"tok", false},         {"friendlyName", false},
+    {"accessToken", true},
+    {"ACCESS_TOKEN", true},
+    {"access-token", true},
+    {"access token", true},
+    {"passwd", true},
+    {"wifiPassword", true},
+    {"PWD", true},
+    {"passphrase", true},
+    {"wifi_psk", true},
+    {"apiKey", true},
+    {"api.key", true},
+    {"credentials", true},
+    {"clientSecret", true},
+    {"t\no\nk\ne\nn", true},
+    {"networkKey", true},
+    {"", false},
+    {"key", false},
+    {"channel", false},
+    {"tok", false},
+    {"friendlyName", false},
+    {"pre_shared_key", true},
+    {"Authorization", true},
+    {"\\u0070sk", true},
+    {"\\U0070sk", false},
+    {"%70sk", true},
+    {"\\x70%73k", true},
+    {"&#112;sk", true},
+    {"&#x70;s&#107", true},
+    {"\\160sk", true},
+    {"%2570sk", true},
+    {"%u0070sk", true},
+    {"\\\\u0070sk", true},
+    {"%7", false},
+    {"\\u00", false},
+    {"%E2%82%AC", false},
+    {"100% sk", false},
 };
 
 INSTANTIATE_TEST_SUITE_P(Masking, Names, testing::ValuesIn(kNames));

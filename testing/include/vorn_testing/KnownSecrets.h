@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
@@ -20,8 +21,8 @@ class KnownSecrets {
 
  private:
   mutable std::mutex m_mutex;
-  /// By their first characters, then by their length: a text is looked through once, however many they are.
-  std::unordered_map<std::string, std::map<std::size_t, std::unordered_set<std::string>>> m_values;
+  /// Their hashes, by their first characters, then by their length: a text is looked through once, however many they are.
+  std::unordered_map<std::string, std::map<std::size_t, std::unordered_set<std::uint64_t>>> m_values;
 };
 
 }  // namespace vorn_testing

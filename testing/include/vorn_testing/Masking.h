@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 /// What must not be shown, and what is shown in its place: one rule for every tool.
@@ -9,16 +10,58 @@ namespace vorn_testing {
 constexpr char kMask[] = "********";
 
 /// What a name that tells of a secret holds, in small letters.
-constexpr const char* kSecretWords[] = {"token",      "password",   "passwd",     "passphrase",  "passcode",
-                                        "pwd",        "psk",        "apikey",     "accesskey",   "privatekey",
-                                        "credential", "secret",     "setupcode",  "pairingcode", "authcode",
-                                        "wpakey",     "encryptkey", "networkkey", "pincode"};
+constexpr const char* kSecretWords[] = {
+    "token",     "password",    "passwd",        "passphrase", "passcode",     "pwd",
+    "psk",       "apikey",      "accesskey",     "privatekey", "credential",   "secret",
+    "setupcode", "pairingcode", "authcode",      "wpakey",     "encryptkey",   "networkkey",
+    "pincode",   "sharedkey",   "encryptionkey", "sessionkey", "masterkey",    "signingkey",
+    "passkey",   "authkey",     "wifikey",       "bearer",     "authorization"};
 
-/// Whether what bears this name must not be printed: a parameter, a key of a setting, a key in a store.
-///
-/// Case and what stands between words do not matter: accessToken, wifi_password and API-KEY are all secret. A word inside
-/// another counts too: a harmless value that is masked is the smaller harm.
-inline bool isSecretName(const std::string& name) {
+namespace masking {
+
+/// What an escape at that place stands for, such as \u0070, \x70, \160, %70, &#112; and &#x70;, and its length; 0 where
+/// none is that stands for a character of ASCII.
+inline std::size_t escape(const std::string& text, std::size_t at, char& meant) {
+  struct Form {
+    const char* begin;
+    std::size_t length, digits, base;  // No digits: as many as there are.
+  };
+  static const Form kForms[] = {{"\\u", 2, 4, 16}, {"\\x", 2, 2, 16}, {"%u", 2, 4, 16}, {"%", 1, 2, 16},
+                                {"\\", 1, 3, 8},   {"&#x", 3, 0, 16}, {"&#", 2, 0, 10}};
+  for (const Form& form : kForms) {
+    if (text.compare(at, form.length, form.begin) != 0) continue;
+    const std::size_t first = at + form.length, most = form.digits ? form.digits : 7;
+    std::size_t code = 0, end = first;
+    for (; end < text.size() && end - first < most; ++end) {
+      const char c = text[end];
+      const std::size_t digit = c >= '0' && c <= '9'   ? static_cast<std::size_t>(c - '0')
+                                : c >= 'a' && c <= 'f' ? static_cast<std::size_t>(c - 'a') + 10
+                                : c >= 'A' && c <= 'F' ? static_cast<std::size_t>(c - 'A') + 10
+                                                       : form.base;
+      if (digit >= form.base) break;
+      code = code * form.base + digit;
+    }
+    if (end == first || (form.digits && end - first != form.digits) || code >= 0x80) continue;
+    meant = static_cast<char>(code);
+    return end - at + (!form.digits && end < text.size() && text[end] == ';' ? 1 : 0);
+  }
+  return 0;
+}
+
+/// The text with what its escapes stand for.
+inline std::string unescaped(const std::string& text) {
+  std::string plain;
+  for (std::size_t at = 0; at < text.size();) {
+    char meant = text[at];
+    const bool begins = meant == '\\' || meant == '%' || meant == '&';
+    const std::size_t length = begins ? escape(text, at, meant) : 0;
+    plain += meant;
+    at += length ? length : 1;
+  }
+  return plain;
+}
+
+inline bool holdsSecretWord(const std::string& name) {
   std::string letters;
   for (std::size_t i = 0; i < name.size(); ++i) {
     const char c = name[i];
@@ -29,6 +72,25 @@ inline bool isSecretName(const std::string& name) {
     if (letters.find(word) != std::string::npos) return true;
   }
   return false;
+}
+
+}  // namespace masking
+
+/// Whether what bears this name must not be printed: a parameter, a key of a setting, a key in a store.
+///
+/// Case and what stands between words do not matter: accessToken, wifi_password and API-KEY are all secret, also escaped
+/// as in \u0070sk and %70sk, and escaped again. A word inside another counts too: a harmless value that is masked is the
+/// smaller harm.
+inline bool isSecretName(const std::string& name) {
+  std::string text = name;
+  for (int again = 0; again < 3; ++again) {
+    if (masking::holdsSecretWord(text)) return true;
+    if (text.find_first_of("\\%&") == std::string::npos) return false;
+    std::string plain = masking::unescaped(text);
+    if (plain == text) return false;
+    text.swap(plain);
+  }
+  return masking::holdsSecretWord(text);
 }
 
 /// Whether a text of any form may hold a secret: it names one, or something in it was masked already.

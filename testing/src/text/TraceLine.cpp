@@ -118,7 +118,16 @@ std::string TraceLine::masked(const std::string& text) {
   if (line.operation == "SendMessageToxApp" && isSecretText(text)) return kMessage + std::string(kMask);
   std::string result = text;
   for (const auto& secret : kSecrets) mask(result, secret.name, secret.next);
-  return result;
+  // What callers chose may tell of a secret too.
+  std::string others = result;
+  for (const auto& secret : kSecrets) {
+    const std::size_t named = others.find(secret.name);
+    if (named != std::string::npos) others.erase(named, std::strlen(secret.name));
+  }
+  if (!isSecretName(others)) return result;
+  const std::string name = line.adapter + "::" + line.operation;
+  const std::size_t at = text.find(name);
+  return at == std::string::npos ? kMask : text.substr(0, at + name.size() + 1) + kMask;
 }
 
 std::string TraceLine::shape(const std::string& text) {
