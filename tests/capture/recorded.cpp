@@ -117,7 +117,8 @@ TEST_F(Recorded, MaskSecretsAndKnowThemAgain) {
 
 TEST_F(Recorded, GoOnWhenTheProgramClosesEveryDescriptor) {
 #ifdef __SANITIZE_THREAD__
-  GTEST_SKIP() << "the sanitizer calls it a race that a program closes what another thread has open";
+  GTEST_SKIP()
+      << "the program closes on purpose what another thread uses, and the thread sanitizer tells that";
 #endif
   const std::string precious = std::string(kFolder) + "/precious";
   EXPECT_EQ(capture("closes " + m_path + " " + precious), "");

@@ -95,10 +95,13 @@ class Ring {
     return m_head.load(std::memory_order_relaxed) - m_tail.load(std::memory_order_relaxed) > m_size / 2;
   }
 
-  /// The next record, or null; it stays until pass().
-  const char* front() const {
+  /// How far it is written.
+  std::size_t head() const { return m_head.load(std::memory_order_acquire); }
+
+  /// The next record before `head`, or null; it stays until pass().
+  const char* front(std::size_t head) const {
     const std::size_t tail = m_tail.load(std::memory_order_relaxed);
-    return tail == m_head.load(std::memory_order_acquire) ? nullptr : m_bytes + (tail & (m_size - 1));
+    return tail == head ? nullptr : m_bytes + (tail & (m_size - 1));
   }
 
   void pass(std::size_t size) {

@@ -26,7 +26,8 @@ namespace {
 constexpr long kPeriod = 20000000;  ///< Nanoseconds between two looks at the rings.
 constexpr std::int64_t kSecond = 1000000000;
 constexpr int kCrashes[] = {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL};
-constexpr int kLongestWait = 1000;  ///< Milliseconds that the end of a process waits for the writer.
+constexpr int kLongestWait =
+    1000;  ///< Milliseconds that the end of a process waits for a writer that does nothing.
 
 /// What the environment asks for.
 struct Request {
@@ -209,9 +210,11 @@ class Writer {
       complain(request->audio + ": " + std::strerror(errno) + "; the sound is kept no longer");
   }
 
+  /// What is there, and not what comes meanwhile: a thread that calls all the time would hold up the others and the end.
   void drain(Thread& thread) {
     bool named = false;
-    while (const char* const record = thread.ring.front()) {
+    const std::size_t written = thread.ring.head();
+    while (const char* const record = thread.ring.front(written)) {
       Head head;
       std::memcpy(&head, record, sizeof head);
       if (head.kind != Kind::kSkip && head.kind != Kind::kSound && !named) name(thread);
@@ -357,15 +360,28 @@ void* writerMain(void*) {
   writer->run();
 }
 
+/// How long the writer has worked; a disk that hangs is no work.
+std::int64_t writersWork() {
+  const int id = writerId;
+  timespec time{};
+  // The processor's clock of another thread, as the system numbers them.
+  if (id) clock_gettime(static_cast<clockid_t>((~static_cast<unsigned>(id) << 3U) | 6U), &time);
+  return time.tv_sec * kSecond + time.tv_nsec;
+}
+
 /// Waits until all that is there has been written.
 void flush() {
   if (!started || syscall(SYS_gettid) == writerId) return;
   const std::uint32_t wanted = asked.fetch_add(1) + 1;
   wakeWriter();
+  std::int64_t work = 0;
   for (int i = 0; i < kLongestWait && !hasFailed && static_cast<std::int32_t>(answered.load() - wanted) < 0;
        ++i) {
     const timespec moment = {0, 1000000};
     nanosleep(&moment, nullptr);
+    const std::int64_t more = writersWork();
+    if (more != work) i = 0;
+    work = more;
   }
 }
 
