@@ -30,6 +30,7 @@ void callWith(Trial& trial, const Operation& operation, Given given) {
 void answers(Trial& trial, const Operation& operation) {
   trial.host();
   callWith(trial, operation, Given::kPlain);
+  callWith(trial, operation, Given::kWord);
   for (int thread = 0; thread < 2; ++thread)
     trial.onThreads(1, [&](int) { callWith(trial, operation, Given::kPlain); });
 }
@@ -106,6 +107,17 @@ class OwnAnswers {
 /// How a load is made: at full speed, or held up in the midst of calls, or also compared with what was answered before.
 enum class Load { kFull, kDisturbed, kCompared };
 
+/// After each of the calls, one with a text that was never given before: what is kept by name grows.
+void addNew(std::vector<Prepared>& calls, const Operation& operation) {
+  constexpr std::size_t kMost = 24;
+  std::vector<Prepared> all;
+  for (std::size_t i = 0; i < kMost; ++i) {
+    all.push_back(calls[i % calls.size()]);
+    all.push_back(operation.prepare(Given::kNew, 0));
+  }
+  calls = std::move(all);
+}
+
 /// One load of a fresh host, whose first calls overlap already, unless they are compared.
 void load(Trial& trial, const Operation& operation, milliseconds time, Load kind) {
   const bool disturbed = kind != Load::kFull;
@@ -113,6 +125,9 @@ void load(Trial& trial, const Operation& operation, milliseconds time, Load kind
   guardMemory(disturbed);
   std::vector<std::vector<Prepared>> calls;
   for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
+  if (kind != Load::kCompared && operation.takesTexts) {
+    for (auto& of : calls) addNew(of, operation);
+  }
   trial.host();
   const OwnAnswers own(trial, operation, kind == Load::kCompared ? calls.front() : std::vector<Prepared>());
   const auto end = Clock::now() + time;
@@ -232,9 +247,11 @@ void inSequence(Trial& trial, const Operation& operation) {
   const Prepared own = operation.prepare(Given::kPlain, operation.samples(Given::kPlain) - 1);
   const auto atLast = Clock::now() + milliseconds(1500);
   for (const Operation* const other : before) {
-    for (int which = 0; which < std::min(3, other->samples(Given::kPlain)); ++which) {
+    const int plain = std::min(3, other->samples(Given::kPlain)), words = other->samples(Given::kWord);
+    for (int which = 0; which < plain + std::min(words, 8); ++which) {
       if (Clock::now() > atLast) return;
-      const Prepared first = other->prepare(Given::kPlain, which);
+      const Prepared first = which < plain ? other->prepare(Given::kPlain, which)
+                                           : other->prepare(Given::kWord, which - plain);
       try {
         trial.explain("after " + own.shown);
         call(trial, *other, first);

@@ -60,7 +60,7 @@ const std::vector<Area>& table() {
 std::vector<Round> rounds(const std::vector<const Operation*>& which) {
   std::vector<Round> all;
   for (const Operation* const operation : which) {
-    for (const Given given : {Given::kPlain, Given::kLoad}) {
+    for (const Given given : {Given::kPlain, Given::kLoad, Given::kWord}) {
       for (int sample = 0; sample < operation->samples(given); ++sample)
         all.push_back({operation, operation->prepare(given, sample)});
     }
@@ -217,11 +217,13 @@ void day(Trial& trial) {
   std::string last;
   for (int turn = 0; turn < 2; ++turn) {
     for (const Operation* const operation : wholeDay()) {
-      for (int which = 0; which < operation->samples(Given::kPlain); ++which) {
-        trial.explain(last.empty() ? "" : "after " + last);
-        const Round round{operation, operation->prepare(Given::kPlain, which)};
-        make(trial, round);
-        last = round.prepared.shown;
+      for (const Given given : {Given::kWord, Given::kPlain}) {
+        for (int which = 0; which < operation->samples(given); ++which) {
+          trial.explain(last.empty() ? "" : "after " + last);
+          const Round round{operation, operation->prepare(given, which)};
+          make(trial, round);
+          last = round.prepared.shown;
+        }
       }
     }
   }
