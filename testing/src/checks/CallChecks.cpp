@@ -250,8 +250,8 @@ void inSequence(Trial& trial, const Operation& operation) {
     const int plain = std::min(3, other->samples(Given::kPlain)), words = other->samples(Given::kWord);
     for (int which = 0; which < plain + std::min(words, 8); ++which) {
       if (Clock::now() > atLast) return;
-      const Prepared first = which < plain ? other->prepare(Given::kPlain, which)
-                                           : other->prepare(Given::kWord, which - plain);
+      const Prepared first =
+          which < plain ? other->prepare(Given::kPlain, which) : other->prepare(Given::kWord, which - plain);
       try {
         trial.explain("after " + own.shown);
         call(trial, *other, first);
@@ -273,18 +273,29 @@ void staysOut(Trial& trial, const Operation& operation) {
   const auto atLast = Clock::now() + milliseconds(1000);
   for (std::size_t i = 0; i < 100 && (i < calls.size() || Clock::now() < atLast); ++i)
     callThrough(trial, operation, calls[i % calls.size()]);
+  // What is odd often has a way of its own.
+  for (const Given given : {Given::kWord, Given::kEmpty, Given::kHostile, Given::kLarge}) {
+    for (int which = 0; which < operation.samples(given); ++which)
+      callThrough(trial, operation, operation.prepare(given, which));
+  }
 }
 
 void letsGo(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
+  const auto atLast = Clock::now() + milliseconds(1500);
   for (int which = 0; which < operation.samples(Given::kLent); ++which) {
-    for (int turn = 0; turn < 2; ++turn) {
+    // Some come to what they kept after a number of calls only.
+    for (int turn = 0; turn < 2 || (turn < 40 && Clock::now() < atLast); ++turn) {
       const Prepared prepared = operation.prepare(Given::kLent, which);
       call(trial, operation, prepared);
       prepared.revoke();
       trial.explain("after " + operation.name + "() had returned and its arguments were gone");
     }
-    callAll(trial, neighbours(operation));
+    // Another operation first: what it comes to was lent to this one, and not since.
+    auto others = neighbours(operation);
+    std::stable_partition(others.begin(), others.end(),
+                          [&](const Operation* other) { return other != &operation; });
+    callAll(trial, others);
   }
   std::this_thread::sleep_for(milliseconds(60));  // a worker may come to it later
   trial.destroy();

@@ -314,6 +314,8 @@ void callAll(Trial& trial, const std::vector<const Operation*>& which) {
   for (const Operation* const operation : which) {
     try {
       call(trial, *operation, Given::kPlain, 0);
+      for (int word = 0; word < std::min(8, operation->samples(Given::kWord)); ++word)
+        call(trial, *operation, Given::kWord, word);
     } catch (const Outcome& outcome) {
       if (outcome.kind == HostVerdict::kBroken) throw;
     }
