@@ -282,7 +282,7 @@ void staysOut(Trial& trial, const Operation& operation) {
 
 void letsGo(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  const auto atLast = Clock::now() + milliseconds(1500);
+  const auto atLast = Clock::now() + milliseconds(250);
   for (int which = 0; which < operation.samples(Given::kLent); ++which) {
     // Some come to what they kept after a number of calls only.
     for (int turn = 0; turn < 2 || (turn < 40 && Clock::now() < atLast); ++turn) {

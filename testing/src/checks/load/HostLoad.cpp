@@ -10,6 +10,7 @@
 #include <chrono>
 #include <clocale>
 #include <csignal>
+#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -322,6 +323,19 @@ std::size_t memory() {
 #endif
 }
 
+/// Processes that this one has made and not waited for.
+std::size_t children() {
+  std::size_t count = 0;
+  const std::string folder = "/proc/self/task/";
+  DIR* const threads = opendir(folder.c_str());
+  while (const dirent* const thread = threads ? readdir(threads) : nullptr) {
+    std::ifstream all(folder + thread->d_name + "/children");
+    for (std::string process; all >> process;) ++count;
+  }
+  if (threads) closedir(threads);
+  return count;
+}
+
 /// What belongs to the process and not to the host, put into words.
 std::map<std::string, std::string> surroundings() {
   std::map<std::string, std::string> found;
@@ -437,6 +451,8 @@ void addHostChecks(Checks& checks) {
     leaves(
         trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
   }));
+  checks.push_back(checkOfHost("processes", "Calls leave no process behind.", kLeak,
+                               [](Trial& trial) { leaves(trial, "processes", children, 3); }));
   checks.push_back(checkOfHost("surroundings", "What belongs to the process stays as it was.",
                                "Leave it to the program: a host is one part of it.", leavesSurroundings));
 }

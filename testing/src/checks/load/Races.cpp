@@ -27,8 +27,17 @@ std::chrono::milliseconds computed() {
 
 /// A call, with arguments for two threads, and what it touched.
 struct Step {
+  Given given;
   Round first, second;
   std::vector<Access> touched;
+
+  /// What is to come for the first time is made anew for each time.
+  void renew() {
+    if (given != Given::kNew) return;
+    guardMemory(false);
+    for (Round* const round : {&first, &second}) round->prepared = round->operation->prepare(given, 0);
+    guardMemory(true);
+  }
 };
 
 /// A call that is to stop where it touches memory, and another that is to come to it meanwhile.
@@ -42,13 +51,21 @@ std::vector<Step> steps() {
   const auto add = [&](Given given, int from, int step) {
     for (const Operation& operation : operations()) {
       for (int which = from; which < operation.samples(given); which += step)
-        all.push_back({{&operation, operation.prepare(given, which)},
+        all.push_back({given,
+                       {&operation, operation.prepare(given, which)},
                        {&operation, operation.prepare(given, which)},
                        {}});
     }
   };
   add(Given::kPlain, 0, 1);
   add(Given::kLoad, 4, samples(Given::kLoad));
+  for (const Operation& operation : operations()) {
+    if (operation.takesTexts)
+      all.push_back({Given::kNew,
+                     {&operation, operation.prepare(Given::kNew, 0)},
+                     {&operation, operation.prepare(Given::kNew, 0)},
+                     {}});
+  }
   return all;
 }
 
@@ -95,8 +112,9 @@ std::map<std::pair<std::string, std::string>, std::vector<Suspicion>> suspicions
   return found;
 }
 
-void tryToMeet(Trial& trial, const Step& stops, const Step& comes, const Access& place,
-               const Accesses& accesses) {
+void tryToMeet(Trial& trial, Step& stops, Step& comes, const Access& place, const Accesses& accesses) {
+  stops.renew();
+  comes.renew();
   std::atomic<bool> over{false};
   std::vector<Access> met;
   trial.onThreads(2, [&](int thread) {
@@ -141,6 +159,7 @@ void races(Trial& trial) {
     }
     const auto end = computed() + kLook;
     for (Step& step : all) {
+      step.renew();
       if (computed() < end && Clock::now() < late)
         step.touched = accesses.of([&] { make(trial, step.first); });
     }

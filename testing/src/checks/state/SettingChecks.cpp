@@ -106,6 +106,19 @@ void reported(Trial& trial) {
   }
 }
 
+/// What nobody named may be refused.
+void unnamed(Trial& trial) {
+  bool accepted = false;
+  for (const char* const name : {"vorn-conformance a", "vorn-conformance"}) {
+    for (const char* const value : {"1", "2"}) {
+      if (!set(trial, name, value)) continue;
+      accepted = true;
+      expect(trial, name, value);
+    }
+  }
+  if (!accepted) trial.notAsked("setSystemSetting() refuses settings that nobody named");
+}
+
 void presumeReported(Trial& trial) {
   trial.presume(kReported, [&] { reported(trial); });
 }
@@ -336,6 +349,8 @@ void addSettingChecks(Checks& checks) {
       "Assign to the text, and only then answer true.", replacesText);
   add(kSet, "reported", "A setting that was accepted is what getSystemSetting() reports.",
       "Keep the value where getSystemSetting() looks, or answer false.", reported);
+  add(kSet, "unnamed", "A setting that nobody named is reported too when it was accepted.",
+      "Answer false to what you do not keep.", unnamed);
   add(kSet, "often", "A setting is accepted and reported however often it was changed.",
       "Give back what a change takes.", reportedOften);
   add(kSet, "last-reported", "The value accepted last is the one reported.",
