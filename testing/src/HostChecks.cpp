@@ -21,6 +21,7 @@ const checks::Checks& all() {
     checks::addVolumeChecks(*made);
     checks::addLifeChecks(*made);
     checks::addHostChecks(*made);
+    checks::addLeftChecks(*made);
     checks::addUpwardChecks(*made);
     std::stable_sort(made->begin(), made->end(), [](const checks::Check& left, const checks::Check& right) {
       const auto place = [](const checks::Check& check) {

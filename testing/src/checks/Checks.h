@@ -29,6 +29,8 @@ void addVolumeChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.
 void addLifeChecks(Checks& checks);
 
+/// What calls leave behind.
+void addLeftChecks(Checks& checks);
 /// What goes upward: news, and sound.
 void addUpwardChecks(Checks& checks);
 

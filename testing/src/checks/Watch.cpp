@@ -302,7 +302,8 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
       {}};
   if (report.twice) {
     verdict.kind = HostVerdict::kBroken;
-    verdict.detail = std::string(report.twiceCall) + " returned in two processes: the host made one by fork()";
+    verdict.detail =
+        std::string(report.twiceCall) + " returned in two processes: the host made one by fork()";
     return verdict;
   }
   const std::string reason = report.reason, context = report.context;

@@ -1,16 +1,8 @@
-// What is about all operations together: loads, orders, and what a host leaves behind.
-
-#include <dirent.h>
-#include <malloc.h>
-#include <sys/stat.h>
-#include <unistd.h>
+// What is about all operations together: loads and orders.
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <clocale>
-#include <csignal>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -58,17 +50,6 @@ const std::vector<Area>& table() {
   return *kAreas;
 }
 
-std::vector<Round> rounds(const std::vector<const Operation*>& which) {
-  std::vector<Round> all;
-  for (const Operation* const operation : which) {
-    for (const Given given : {Given::kPlain, Given::kLoad, Given::kWord}) {
-      for (int sample = 0; sample < operation->samples(given); ++sample)
-        all.push_back({operation, operation->prepare(given, sample)});
-    }
-  }
-  return all;
-}
-
 /// Numbers that look random and are the same in every run.
 class Dice {
  public:
@@ -83,6 +64,23 @@ class Dice {
 };
 
 }  // namespace
+
+std::vector<Round> rounds(const std::vector<const Operation*>& which) {
+  std::vector<Round> all;
+  for (const Operation* const operation : which) {
+    for (const Given given : {Given::kPlain, Given::kLoad, Given::kWord}) {
+      for (int sample = 0; sample < operation->samples(given); ++sample)
+        all.push_back({operation, operation->prepare(given, sample)});
+    }
+  }
+  return all;
+}
+
+std::vector<const Operation*> everything() {
+  std::vector<const Operation*> all;
+  for (const Operation& operation : operations()) all.push_back(&operation);
+  return all;
+}
 
 void make(Trial& trial, const Round& round) {
   try {
@@ -147,12 +145,6 @@ void together(Trial& trial, const std::vector<const Operation*>& which, millisec
         disturbed);
   }
   trial.addLoad();
-}
-
-std::vector<const Operation*> everything() {
-  std::vector<const Operation*> all;
-  for (const Operation& operation : operations()) all.push_back(&operation);
-  return all;
 }
 
 void anyOrder(Trial& trial) {
@@ -230,6 +222,23 @@ void day(Trial& trial) {
   }
 }
 
+constexpr int kOften = 40;
+
+/// Some mutexes are taken every so many calls only.
+void lookOften(Trial& trial, const std::vector<Round>& all) {
+  const auto enough = Clock::now() + milliseconds(3000);
+  std::map<const Operation*, std::vector<std::size_t>> steps;
+  for (std::size_t step = 0; step < all.size(); ++step) steps[all[step].operation].push_back(step);
+  for (const auto& of : steps) {
+    for (int i = 0; i < kOften && Clock::now() < enough; ++i) {
+      const std::size_t step = of.second[static_cast<std::size_t>(i) % of.second.size()];
+      LockOrder::at(static_cast<int>(step));
+      trial.explain("called often");
+      make(trial, all[step]);
+    }
+  }
+}
+
 /// A day is looked at for mutexes that are taken in two orders; those who take them are then made to meet.
 void lockOrder(Trial& trial) {
   const FakeAssistant assistant;
@@ -247,6 +256,7 @@ void lockOrder(Trial& trial) {
     trial.explain(step ? "after " + all[step - 1].prepared.shown : "");
     make(trial, all[step]);
   }
+  lookOften(trial, all);
   LockOrder::at(-1);
   const auto circles = order.circles();
   trial.explain("while other threads took the same mutexes in another order");
@@ -258,6 +268,8 @@ void lockOrder(Trial& trial) {
       // What came before may have led to where the mutexes are taken.
       for (int before = std::min(2, step); before >= 0; --before)
         make(trial, all[static_cast<std::size_t>(step - before)]);
+      for (int turn = 0; turn < kOften && !LockOrder::came(static_cast<std::size_t>(thread)); ++turn)
+        make(trial, all[static_cast<std::size_t>(step)]);
     });
   }
   trial.saw(std::to_string(circles.size()) + " circles of mutexes tried");
@@ -279,102 +291,6 @@ void letsGoLater(Trial& trial) {
   trial.explain("after every call had returned and its arguments were gone");
   std::this_thread::sleep_for(milliseconds(700));  // a worker that kept one tells nobody when it looks
   callAll(trial, everything());
-}
-
-// ---- What a host leaves behind ----
-
-std::size_t entriesOf(const char* folder) {
-  DIR* const opened = opendir(folder);
-  std::size_t count = 0;
-  while (opened && readdir(opened)) ++count;
-  if (opened) closedir(opened);
-  return count;
-}
-
-/// The calls are made ready once: what is measured is the host's.
-void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
-  for (int i = 0; i < times; ++i) {
-    for (const Round& round : all) make(trial, round);
-  }
-}
-
-void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count,
-            std::size_t allowance) {
-  constexpr std::size_t kTimes = 20;
-  guardMemory(false);
-  const auto all = rounds(everything());
-  makeAll(trial, all, 5);
-  const std::size_t before = count();
-  makeAll(trial, all, static_cast<int>(kTimes));
-  const std::size_t after = count();
-  trial.saw(std::to_string(before) + ", then " + std::to_string(after));
-  if (after > before + allowance)
-    trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
-                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) +
-                 ")");
-}
-
-std::size_t memory() {
-#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
-  const auto info = mallinfo2();
-  return info.uordblks + info.hblkhd;
-#else
-  return 0;
-#endif
-}
-
-/// Processes that this one has made and not waited for.
-std::size_t children() {
-  std::size_t count = 0;
-  const std::string folder = "/proc/self/task/";
-  DIR* const threads = opendir(folder.c_str());
-  while (const dirent* const thread = threads ? readdir(threads) : nullptr) {
-    std::ifstream all(folder + thread->d_name + "/children");
-    for (std::string process; all >> process;) ++count;
-  }
-  if (threads) closedir(threads);
-  return count;
-}
-
-/// What belongs to the process and not to the host, put into words.
-std::map<std::string, std::string> surroundings() {
-  std::map<std::string, std::string> found;
-  char folder[4096] = "";
-  found["the working directory"] = getcwd(folder, sizeof folder) ? folder : "gone";
-  const mode_t mask = umask(0);
-  umask(mask);
-  found["the umask"] = std::to_string(mask);
-  found["the locale"] = std::setlocale(LC_ALL, nullptr);
-  for (char** entry = environ; entry && *entry; ++entry)
-    found["the environment"] += std::string(*entry) + "\n";
-  sigset_t blocked;
-  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-  for (int signal = 1; signal < 32; ++signal) {
-    found["the signal mask"] += sigismember(&blocked, signal) == 1 ? '1' : '0';
-    struct sigaction action = {};
-    sigaction(signal, nullptr, &action);
-    found["the handling of signals"] +=
-        std::to_string(reinterpret_cast<std::uintptr_t>(reinterpret_cast<void*>(action.sa_handler))) + " ";
-  }
-  for (const int stream : {0, 1, 2}) {
-    struct stat file = {};
-    const bool open = fstat(stream, &file) == 0;
-    found["a standard stream"] +=
-        open ? std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + " " : "- ";
-  }
-  return found;
-}
-
-void leavesSurroundings(Trial& trial) {
-  const auto before = surroundings();
-  trial.host();
-  makeAll(trial, rounds(everything()), 1);
-  const auto after = surroundings();
-  std::string changed;
-  for (const auto& entry : before) {
-    if (after.at(entry.first) != entry.second) changed += (changed.empty() ? "" : ", ") + entry.first;
-  }
-  if (!changed.empty()) trial.remark("the host changed " + changed + " of its process");
 }
 
 }  // namespace
@@ -439,22 +355,6 @@ void addHostChecks(Checks& checks) {
   checks.push_back(checkOfHost("lets-go",
                                "Arguments are the caller's and end with the call, also for a worker.",
                                "Copy what you hand to another thread.", letsGoLater));
-
-  const char* const kLeak = "Give back what a call took before it returns.";
-  checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak,
-                               [](Trial& trial) { leaves(trial, "bytes of memory", memory, 20480); }));
-  checks.push_back(checkOfHost("descriptors", "Calls leave no descriptor open.", kLeak, [](Trial& trial) {
-    leaves(
-        trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);
-  }));
-  checks.push_back(checkOfHost("threads", "Calls leave no thread behind.", kLeak, [](Trial& trial) {
-    leaves(
-        trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
-  }));
-  checks.push_back(checkOfHost("processes", "Calls leave no process behind.", kLeak,
-                               [](Trial& trial) { leaves(trial, "processes", children, 3); }));
-  checks.push_back(checkOfHost("surroundings", "What belongs to the process stays as it was.",
-                               "Leave it to the program: a host is one part of it.", leavesSurroundings));
 }
 
 }  // namespace vorn_testing::checks

@@ -10,6 +10,11 @@ struct Round {
   Prepared prepared;
 };
 
+/// Calls of each: those of a good day, of a load, and the words of the headers.
+std::vector<Round> rounds(const std::vector<const Operation*>& which);
+
+std::vector<const Operation*> everything();
+
 /// Makes the call as a device sees it; one that is known to fail is passed over.
 void make(Trial& trial, const Round& round);
 
