@@ -337,6 +337,9 @@ void addHostChecks(Checks& checks) {
   checks.push_back(checkOfHost("races",
                                "What operations share, no two of them touch at once when one of them writes.",
                                kGuard, races));
+  checks.push_back(checkOfHost("first-calls",
+                               "What the first call makes is not touched by the second before it is made.",
+                               "Make it in the constructor, or by std::call_once().", firstCalls));
   std::map<std::string, std::vector<const Operation*>> groups;
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {

@@ -24,4 +24,7 @@ void createAdapters(Host& host);
 /// Calls that touch the same memory without a common mutex are made to be there at once.
 void races(Trial& trial);
 
+/// The same of the first calls of a host.
+void firstCalls(Trial& trial);
+
 }  // namespace vorn_testing::checks
