@@ -28,6 +28,7 @@
 #include "../doctor/Stack.h"
 #include "../text/Spelling.h"
 #include "Operations.h"
+#include "load/Load.h"
 #include "load/LockOrder.h"
 #include "load/Steps.h"
 #include "vorn_testing/Interposed.h"
@@ -546,6 +547,10 @@ void place() {
 
 void waits() {
   if (checks::t_meanwhile) checks::setPaused(0);  // for a mutex of the thread that is held up
+}
+
+void staticPlace(const char* function) {
+  if (checks::t_inHost) checks::noteStaticPlace(function);
 }
 
 bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }

@@ -340,6 +340,10 @@ void addHostChecks(Checks& checks) {
   checks.push_back(checkOfHost("first-calls",
                                "What the first call makes is not touched by the second before it is made.",
                                "Make it in the constructor, or by std::call_once().", firstCalls));
+  checks.push_back(
+      checkOfHost("static-places",
+                  "Functions of the C library that all threads share a place of are called by one at a time.",
+                  "Call strtok_r(), localtime_r() and their like.", staticPlaces));
   std::map<std::string, std::vector<const Operation*>> groups;
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {

@@ -24,7 +24,13 @@ void createAdapters(Host& host);
 /// Calls that touch the same memory without a common mutex are made to be there at once.
 void races(Trial& trial);
 
-/// The same of the first calls of a host.
+/// Functions of the C library that keep something in static memory are called one at a time.
+void staticPlaces(Trial& trial);
+
+/// Told when one is called.
+void noteStaticPlace(const char* function);
+
+/// The same as races() of the first calls of a host.
 void firstCalls(Trial& trial);
 
 }  // namespace vorn_testing::checks
