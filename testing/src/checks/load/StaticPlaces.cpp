@@ -9,6 +9,7 @@
 #include "../Checks.h"
 #include "Load.h"
 #include "LockOrder.h"
+#include "Steps.h"
 #include "vorn_testing/Interposed.h"
 
 namespace vorn_testing::checks {
@@ -23,10 +24,15 @@ struct Use {
 };
 
 constexpr std::size_t kUses = 1000;
+constexpr int kMostTries = 20;
 Use g_uses[kUses];
 std::atomic<std::size_t> g_count{0};
 std::atomic<bool> g_looks{false};
 std::size_t g_step = 0;
+
+/// Whether this thread is to stop there, whether one has, and whether another came meanwhile.
+thread_local bool t_stops = false;
+std::atomic<bool> g_stopped{false}, g_met{false};
 
 /// What they share: strtok() its own place, the others one for the time.
 bool shareAPlace(const Use& left, const Use& right) {
@@ -39,7 +45,28 @@ bool guardedAlike(const Use& left, const Use& right) {
                             right.mutexes + right.held) != left.mutexes + left.held;
 }
 
-void mustBeApart(Trial& trial, const std::vector<Round>& all, const Use& one, const Use& other) {
+/// Whether the second comes to such a function while the first is in one: other locks than mutexes are not seen.
+bool meet(Trial& trial, const Round& one, const Round& other) {
+  std::atomic<bool> over{false};
+  g_met = false;
+  trial.onThreads(2, [&](int thread) {
+    if (thread == 0) {
+      const AtEnd atEnd([&] { over = true; });
+      t_stops = true;
+      make(trial, one);
+      t_stops = false;
+      return;
+    }
+    while (!over) {
+      if (Trial::meanwhile([&] { make(trial, other); })) return;
+    }
+  });
+  return g_met;
+}
+
+void mustBeApart(Trial& trial, const std::vector<Round>& all, const std::vector<Round>& others,
+                 const Use& one, const Use& other) {
+  if (!meet(trial, all[one.step], others[other.step])) return;
   const auto from = [&](const Use& use) {
     return all[use.step].prepared.shown + " calls " + use.function + "()";
   };
@@ -58,22 +85,32 @@ void staticPlaces(Trial& trial) {
   if (!LockOrder::sees())
     trial.notAsked(
         "this program does not see what is called; vorn-conformance does, built without a sanitizer");
-  const auto all = rounds(everything());
+  const auto all = rounds(everything()), others = rounds(everything());
   g_count = 0;
   g_looks = true;
   const AtEnd end([] { g_looks = false; });
   for (g_step = 0; g_step < all.size(); ++g_step) make(trial, all[g_step]);
-  const std::size_t count = std::min(g_count.load(), kUses);
-  for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t j = i; j < count; ++j) {
-      if (shareAPlace(g_uses[i], g_uses[j]) && !guardedAlike(g_uses[i], g_uses[j]))
-        mustBeApart(trial, all, g_uses[i], g_uses[j]);
+  const std::vector<Use> uses(g_uses, g_uses + std::min(g_count.load(), kUses));
+  int tried = 0;
+  for (std::size_t i = 0; i < uses.size(); ++i) {
+    for (std::size_t j = i; j < uses.size() && tried < kMostTries; ++j) {
+      if (!shareAPlace(uses[i], uses[j]) || guardedAlike(uses[i], uses[j])) continue;
+      ++tried;
+      mustBeApart(trial, all, others, uses[i], uses[j]);
     }
   }
 }
 
 void noteStaticPlace(const char* function) {
   if (!g_looks.load(std::memory_order_relaxed)) return;
+  if (t_stops) {
+    t_stops = false;
+    g_stopped = true;
+    pauseHere();
+    g_stopped = false;
+  } else if (g_stopped) {
+    g_met = true;
+  }
   const std::size_t at = g_count++;
   if (at >= kUses) return;
   Use& use = g_uses[at];

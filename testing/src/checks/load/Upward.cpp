@@ -122,8 +122,8 @@ class Buffers {
     return false;
   }
   /// Waits for that many more.
-  bool come(long more, milliseconds atMost) const {
-    const long enough = count() + more;
+  bool come(long more, milliseconds atMost) const { return reach(count() + more, atMost); }
+  bool reach(long enough, milliseconds atMost) const {
     const auto end = Clock::now() + atMost;
     while (count() < enough && Clock::now() < end) std::this_thread::sleep_for(milliseconds(2));
     return count() >= enough;
@@ -174,7 +174,7 @@ struct Listening {
   /// Leaves without a word where no sound comes at all: a device may have nothing to say.
   void presumeSound() const {
     if (!start()) trial.refused("startStreamingAudioData() answered false");
-    if (!buffers.come(3, kSoon)) trial.notAsked("no sound was pushed within a second");
+    if (!buffers.reach(3, kSoon)) trial.notAsked("no sound was pushed within a second");
   }
 
   Trial& trial;
