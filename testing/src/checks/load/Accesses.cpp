@@ -43,7 +43,7 @@ thread_local Role t_role = Role::kNone;
 thread_local Log* t_log = nullptr;
 thread_local Kind t_before = Kind::kOther;
 thread_local std::uintptr_t t_entry = 0, t_caller = 0;
-thread_local long t_count = 0;
+thread_local long t_instructions = 0;
 thread_local std::uintptr_t t_fresh = 0;  ///< Blocks beyond were asked for since.
 
 /// The place where two threads are to meet; what the one that stops is about to do there.
@@ -121,7 +121,7 @@ bool isJumpThroughTable(std::uintptr_t instruction) {
 
 /// Before the next instruction of a call. Returns whether to go on so.
 bool onInstruction(const void* context) {
-  if (++t_count > kMostSteps) return false;
+  if (++t_instructions > kMostSteps) return false;
   const std::uintptr_t instruction = instructionOf(context);
   const Kind kind = kindOf(instruction);
   if (kind == Kind::kCLibrary && t_before != Kind::kCLibrary) t_entry = instruction;
@@ -200,7 +200,7 @@ bool Accesses::sees() { return canStep() && interposesMemory(); }
 std::vector<Access> Accesses::of(const std::function<void()>& act) const {
   static Log log;
   log.count = 0;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kNotes, &log, act);
   std::vector<Access> exact;
   std::copy_if(log.all, log.all + log.count, std::back_inserter(exact),
@@ -242,7 +242,7 @@ bool Accesses::collide(const Access& left, const Access& right) const {
 
 void Accesses::stopAt(const Access& place, const std::function<void()>& act) const {
   g_place = place;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kStops, nullptr, act);
 }
 
@@ -260,7 +260,7 @@ bool Accesses::guardedApart(const Access& left, const Access& right) {
 std::vector<Access> Accesses::meet(const std::function<void()>& act, bool apart) const {
   static Log log;
   log.count = 0;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kMeets, &log, act);
   std::vector<Access> met;
   for (std::size_t i = 0; i < log.count; ++i) {

@@ -277,7 +277,7 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
                  use.writes,
                  use.size > 8,
                  !parts.locked && changes(parts, number),
-                 parts.locked || number == 0x86 || number == 0x87};
+                 parts.locked || (parts.map == 0 && (parts.opcode == 0x86 || parts.opcode == 0x87))};
   return 1;
 }
 

@@ -17,7 +17,7 @@ namespace vorn_testing::checks {
 namespace {
 
 /// A call of such a function from inside a host's operation.
-struct Use {
+struct StaticUse {
   const char* function;
   std::size_t step, held;
   const void* mutexes[4];
@@ -25,22 +25,22 @@ struct Use {
 
 constexpr std::size_t kUses = 1000;
 constexpr int kMostTries = 20;
-Use g_uses[kUses];
-std::atomic<std::size_t> g_count{0};
-std::atomic<bool> g_looks{false};
-std::size_t g_step = 0;
+StaticUse g_uses[kUses];
+std::atomic<std::size_t> g_useCount{0};
+std::atomic<bool> g_looksAtUses{false};
+std::size_t g_stepOfUse = 0;
 
 /// Whether this thread is to stop there, whether one has, and whether another came meanwhile.
 thread_local bool t_stops = false;
-std::atomic<bool> g_stopped{false}, g_met{false};
+std::atomic<bool> g_stoppedInUse{false}, g_met{false};
 
 /// What they share: strtok() its own place, the others one for the time.
-bool shareAPlace(const Use& left, const Use& right) {
-  const auto own = [](const Use& use) { return std::string(use.function) == "strtok"; };
+bool shareAPlace(const StaticUse& left, const StaticUse& right) {
+  const auto own = [](const StaticUse& use) { return std::string(use.function) == "strtok"; };
   return own(left) == own(right);
 }
 
-bool guardedAlike(const Use& left, const Use& right) {
+bool guardedAlike(const StaticUse& left, const StaticUse& right) {
   return std::find_first_of(left.mutexes, left.mutexes + left.held, right.mutexes,
                             right.mutexes + right.held) != left.mutexes + left.held;
 }
@@ -65,9 +65,9 @@ bool meet(Trial& trial, const Round& one, const Round& other) {
 }
 
 void mustBeApart(Trial& trial, const std::vector<Round>& all, const std::vector<Round>& others,
-                 const Use& one, const Use& other) {
+                 const StaticUse& one, const StaticUse& other) {
   if (!meet(trial, all[one.step], others[other.step])) return;
-  const auto from = [&](const Use& use) {
+  const auto from = [&](const StaticUse& use) {
     return all[use.step].prepared.shown + " calls " + use.function + "()";
   };
   const std::string said =
@@ -86,11 +86,11 @@ void staticPlaces(Trial& trial) {
     trial.notAsked(
         "this program does not see what is called; vorn-conformance does, built without a sanitizer");
   const auto all = rounds(everything()), others = rounds(everything());
-  g_count = 0;
-  g_looks = true;
-  const AtEnd end([] { g_looks = false; });
-  for (g_step = 0; g_step < all.size(); ++g_step) make(trial, all[g_step]);
-  const std::vector<Use> uses(g_uses, g_uses + std::min(g_count.load(), kUses));
+  g_useCount = 0;
+  g_looksAtUses = true;
+  const AtEnd end([] { g_looksAtUses = false; });
+  for (g_stepOfUse = 0; g_stepOfUse < all.size(); ++g_stepOfUse) make(trial, all[g_stepOfUse]);
+  const std::vector<StaticUse> uses(g_uses, g_uses + std::min(g_useCount.load(), kUses));
   int tried = 0;
   for (std::size_t i = 0; i < uses.size(); ++i) {
     for (std::size_t j = i; j < uses.size() && tried < kMostTries; ++j) {
@@ -102,20 +102,20 @@ void staticPlaces(Trial& trial) {
 }
 
 void noteStaticPlace(const char* function) {
-  if (!g_looks.load(std::memory_order_relaxed)) return;
+  if (!g_looksAtUses.load(std::memory_order_relaxed)) return;
   if (t_stops) {
     t_stops = false;
-    g_stopped = true;
+    g_stoppedInUse = true;
     pauseHere();
-    g_stopped = false;
-  } else if (g_stopped) {
+    g_stoppedInUse = false;
+  } else if (g_stoppedInUse) {
     g_met = true;
   }
-  const std::size_t at = g_count++;
+  const std::size_t at = g_useCount++;
   if (at >= kUses) return;
-  Use& use = g_uses[at];
+  StaticUse& use = g_uses[at];
   use.function = function;
-  use.step = g_step;
+  use.step = g_stepOfUse;
   use.held = std::min<std::size_t>(heldMutexes(use.mutexes, 4), 4);
 }
 

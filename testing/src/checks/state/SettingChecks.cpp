@@ -16,8 +16,6 @@ namespace vorn_testing::checks {
 
 namespace {
 
-using Values = std::vector<std::string>;
-
 const std::string kReported = "VornDALImplIF/23/setSystemSetting/reported";
 
 /// What is read, when it is not yet `expected` for some time: many a device follows a moment later.
@@ -32,7 +30,7 @@ std::string soon(const std::function<std::string()>& read, const std::string& ex
 }
 
 /// The settings to try: the team's, or made-up ones.
-std::map<std::string, Values> settings(const Trial& trial) {
+std::map<std::string, Texts> settings(const Trial& trial) {
   if (!trial.demands.settings.empty()) return trial.demands.settings;
   return {{"vorn-conformance a", {"1", "2"}}, {"vorn-conformance b", {"1", "2"}}};
 }
@@ -192,7 +190,7 @@ void refused(Trial& trial) {
   const PutBack putBack(trial);
   bool any = false;
   for (const auto& named : settings(trial)) {
-    Values values{"\xff", "", "vorn-conformance \x01"};
+    Texts values{"\xff", "", "vorn-conformance \x01"};
     values.insert(values.end(), named.second.begin(), named.second.end());
     for (const std::string& value : values) {
       const auto before = get(trial, named.first);
@@ -208,7 +206,7 @@ void refused(Trial& trial) {
   if (!any) trial.notAsked("setSystemSetting() refuses nothing");
 }
 
-/// Values that a cut or a change of letters would show; whatever of them is accepted is reported.
+/// Texts that a cut or a change of letters would show; whatever of them is accepted is reported.
 void whole(Trial& trial) {
   presumeReported(trial);
   const PutBack putBack(trial);
@@ -311,7 +309,7 @@ void replacesText(Trial& trial) {
   auto all = settings(trial);
   for (const char* const nobodys : {"vorn-conformance none", "", "\xff"}) all[nobodys] = {};
   for (const auto& named : all) {
-    Values values = named.second;
+    Texts values = named.second;
     // The first stands for what is there already; nobody's setting is not made.
     values.insert(values.begin(), named.second.empty() ? 1 : 2, "");
     for (std::size_t i = 0; i < values.size(); ++i) {
