@@ -18,13 +18,19 @@ const checks::Checks& all() {
     checks::addStoreChecks(*made);
     checks::addDurabilityChecks(*made);
     checks::addSettingChecks(*made);
+    checks::addVolumeChecks(*made);
     checks::addLifeChecks(*made);
     checks::addHostChecks(*made);
+    checks::addLeftChecks(*made);
+    checks::addUpwardChecks(*made);
     std::stable_sort(made->begin(), made->end(), [](const checks::Check& left, const checks::Check& right) {
       const auto place = [](const checks::Check& check) {
         const std::string& id = check.shown.id;
         const std::size_t slash = id.rfind('/');
-        const int turn = check.shown.slot == 1 ? 2 : id.compare(slash, id.npos, "/answers") == 0 ? 0 : 1;
+        const auto named = [&](const char* name) { return id.compare(slash, id.npos, name) == 0; };
+        // Whether the store opens when its process was killed is seen before one was.
+        const bool first = named("/killed") && check.shown.operation == "open";
+        const int turn = first ? 0 : named("/answers") ? 1 : check.shown.slot == 1 ? 3 : 2;
         return std::make_pair(turn, id.substr(0, slash));
       };
       return place(left) < place(right);

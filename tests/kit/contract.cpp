@@ -21,6 +21,8 @@ namespace {
 const bool kMemory =
     vorn_testing::addHostContract("MemoryHost", [] { return std::make_shared<vorn_testing::MemoryHost>(); });
 
+const char* const kAnswers = "VornDALImplIF/03/alexaStateChanged/answers";
+
 TEST(HostChecks, AreMoreThanSixHundredAndNameTheirPlaceRuleAndRemedy) {
   EXPECT_TRUE(kMemory);
   EXPECT_GE(hostChecks().size(), 600U);
@@ -119,7 +121,7 @@ TEST(HostChecks, AreBrokenByWhatGoesWrongInAnotherOperation) {
 TEST(HostChecks, AreKeptWhenTheCallerIgnoresTheEndOfItsChildren) {
   const auto before = std::signal(SIGCHLD, SIG_IGN);
   const auto verdict =
-      runHostCheck(hostChecks().front(), [] { return std::make_shared<vorn_testing::NullHost>(); });
+      runHostCheck(named(kAnswers), [] { return std::make_shared<vorn_testing::NullHost>(); });
   std::signal(SIGCHLD, before);
   EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kKept) << verdict.detail;
 }
@@ -136,7 +138,7 @@ TEST(HostChecks, BreakARequiredAreaThatCouldNotBeAsked) {
 }
 
 TEST(HostChecks, AreBrokenByAHostThatIsNotMade) {
-  const auto verdict = runHostCheck(hostChecks().front(), [] { return nullptr; });
+  const auto verdict = runHostCheck(named(kAnswers), [] { return nullptr; });
   EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kBroken);
   EXPECT_EQ(verdict.detail, "no host was made");
 }

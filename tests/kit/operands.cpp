@@ -54,6 +54,8 @@ void expect(const std::vector<Row>& rows) {
       EXPECT_EQ(found[i].writes, row.operands[i].writes) << row.text;
       EXPECT_EQ(found[i].changes, row.operands[i].changes) << row.text;
       EXPECT_EQ(found[i].wide, row.operands[i].wide) << row.text;
+      const std::string text = row.text;
+      EXPECT_EQ(found[i].locked, text.find("lock") == 0 || text.find("xchg") == 0) << text;
     }
   }
 }

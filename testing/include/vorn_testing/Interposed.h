@@ -24,6 +24,9 @@ void locked(const void* mutex);
 /// Before pthread_mutex_unlock().
 void unlocked(const void* mutex);
 
+/// Before a function of the C library is called that keeps something in static memory.
+void staticPlace(const char* function);
+
 /// Whether blocks of memory get pages of their own now, which nobody can reach when they were given back.
 bool guardsMemory();
 

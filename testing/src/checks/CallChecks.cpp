@@ -30,6 +30,7 @@ void callWith(Trial& trial, const Operation& operation, Given given) {
 void answers(Trial& trial, const Operation& operation) {
   trial.host();
   callWith(trial, operation, Given::kPlain);
+  callWith(trial, operation, Given::kWord);
   for (int thread = 0; thread < 2; ++thread)
     trial.onThreads(1, [&](int) { callWith(trial, operation, Given::kPlain); });
 }
@@ -106,6 +107,17 @@ class OwnAnswers {
 /// How a load is made: at full speed, or held up in the midst of calls, or also compared with what was answered before.
 enum class Load { kFull, kDisturbed, kCompared };
 
+/// After each of the calls, one with a text that was never given before: what is kept by name grows.
+void addNew(std::vector<Prepared>& calls, const Operation& operation) {
+  constexpr std::size_t kMost = 24;
+  std::vector<Prepared> all;
+  for (std::size_t i = 0; i < kMost; ++i) {
+    all.push_back(calls[i % calls.size()]);
+    all.push_back(operation.prepare(Given::kNew, 0));
+  }
+  calls = std::move(all);
+}
+
 /// One load of a fresh host, whose first calls overlap already, unless they are compared.
 void load(Trial& trial, const Operation& operation, milliseconds time, Load kind) {
   const bool disturbed = kind != Load::kFull;
@@ -113,6 +125,9 @@ void load(Trial& trial, const Operation& operation, milliseconds time, Load kind
   guardMemory(disturbed);
   std::vector<std::vector<Prepared>> calls;
   for (int thread = 0; thread < kThreads; ++thread) calls.push_back(ammunition(operation));
+  if (kind != Load::kCompared && operation.takesTexts) {
+    for (auto& of : calls) addNew(of, operation);
+  }
   trial.host();
   const OwnAnswers own(trial, operation, kind == Load::kCompared ? calls.front() : std::vector<Prepared>());
   const auto end = Clock::now() + time;
@@ -232,9 +247,11 @@ void inSequence(Trial& trial, const Operation& operation) {
   const Prepared own = operation.prepare(Given::kPlain, operation.samples(Given::kPlain) - 1);
   const auto atLast = Clock::now() + milliseconds(1500);
   for (const Operation* const other : before) {
-    for (int which = 0; which < std::min(3, other->samples(Given::kPlain)); ++which) {
+    const int plain = std::min(3, other->samples(Given::kPlain)), words = other->samples(Given::kWord);
+    for (int which = 0; which < plain + std::min(words, 8); ++which) {
       if (Clock::now() > atLast) return;
-      const Prepared first = other->prepare(Given::kPlain, which);
+      const Prepared first =
+          which < plain ? other->prepare(Given::kPlain, which) : other->prepare(Given::kWord, which - plain);
       try {
         trial.explain("after " + own.shown);
         call(trial, *other, first);
@@ -256,18 +273,29 @@ void staysOut(Trial& trial, const Operation& operation) {
   const auto atLast = Clock::now() + milliseconds(1000);
   for (std::size_t i = 0; i < 100 && (i < calls.size() || Clock::now() < atLast); ++i)
     callThrough(trial, operation, calls[i % calls.size()]);
+  // What is odd often has a way of its own.
+  for (const Given given : {Given::kWord, Given::kEmpty, Given::kHostile, Given::kLarge}) {
+    for (int which = 0; which < operation.samples(given); ++which)
+      callThrough(trial, operation, operation.prepare(given, which));
+  }
 }
 
 void letsGo(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
+  const auto atLast = Clock::now() + milliseconds(250);
   for (int which = 0; which < operation.samples(Given::kLent); ++which) {
-    for (int turn = 0; turn < 2; ++turn) {
+    // Some come to what they kept after a number of calls only.
+    for (int turn = 0; turn < 2 || (turn < 40 && Clock::now() < atLast); ++turn) {
       const Prepared prepared = operation.prepare(Given::kLent, which);
       call(trial, operation, prepared);
       prepared.revoke();
       trial.explain("after " + operation.name + "() had returned and its arguments were gone");
     }
-    callAll(trial, neighbours(operation));
+    // Another operation first: what it comes to was lent to this one, and not since.
+    auto others = neighbours(operation);
+    std::stable_partition(others.begin(), others.end(),
+                          [&](const Operation* other) { return other != &operation; });
+    callAll(trial, others);
   }
   std::this_thread::sleep_for(milliseconds(60));  // a worker may come to it later
   trial.destroy();

@@ -22,10 +22,17 @@ void addCallChecks(Checks& checks);
 void addStoreChecks(Checks& checks);
 /// That it outlives its process.
 void addDurabilityChecks(Checks& checks);
-/// That settings, volume and mute are what they were set to.
+/// That settings are what they were set to.
 void addSettingChecks(Checks& checks);
+/// The same for volume and mute.
+void addVolumeChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.
 void addLifeChecks(Checks& checks);
+
+/// What calls leave behind.
+void addLeftChecks(Checks& checks);
+/// What goes upward: news, and sound.
+void addUpwardChecks(Checks& checks);
 
 /// What is about all operations together, under the name "host".
 void addHostChecks(Checks& checks);

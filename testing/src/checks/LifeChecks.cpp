@@ -1,5 +1,8 @@
 #include <chrono>
+#include <random>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Checks.h"
@@ -15,6 +18,25 @@ void useAll(Trial& trial) {
   callAll(trial, all);
 }
 
+/// Its calls of a good day, the words that it may be given among them.
+std::vector<Prepared> ordinary(const Operation& operation) {
+  std::vector<Prepared> all;
+  for (const Given given : {Given::kPlain, Given::kWord}) {
+    for (int which = 0; which < operation.samples(given); ++which)
+      all.push_back(operation.prepare(given, which));
+  }
+  return all;
+}
+
+/// A call that may fail where that is known.
+void tryCall(Trial& trial, const Operation& operation, const Prepared& made) {
+  try {
+    call(trial, operation, made);
+  } catch (const Outcome& outcome) {
+    if (outcome.kind == HostVerdict::kBroken) throw;
+  }
+}
+
 void expectPlayer(Trial& trial) { trial.player(); }
 
 void playerOnAnyThread(Trial& trial) {
@@ -26,14 +48,10 @@ void playerOnAnyThread(Trial& trial) {
 void playerAfterUse(Trial& trial) {
   trial.player();
   for (const Operation& operation : operations()) {
-    for (int which = 0; which < 2; ++which) {
+    for (const Prepared& made : ordinary(operation)) {
       trial.explain("");
-      try {
-        call(trial, operation, Given::kPlain, which);
-      } catch (const Outcome& outcome) {
-        if (outcome.kind == HostVerdict::kBroken) throw;
-      }
-      trial.explain("after " + operation.name + "()");
+      tryCall(trial, operation, made);
+      trial.explain("after " + made.shown);
       trial.player();
     }
   }
@@ -73,7 +91,38 @@ void endsUsed(Trial& trial) {
   useAll(trial);
   trial.destroy();
   trial.explain("after the host was destroyed");
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));  // as above
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // as above; some work takes its time
+}
+
+/// One call or a few, and it ends: whatever was begun.
+void endsInAnyState(Trial& trial) {
+  presumeEnd(trial);
+  constexpr std::size_t kFew = 12;
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::seconds(4);
+  const auto over = [&] { return std::chrono::steady_clock::now() > enough; };
+  const auto end = [&](const std::string& last) {
+    trial.explain("after " + last);
+    trial.destroy();
+    trial.explain("");
+  };
+  std::vector<std::pair<const Operation*, Prepared>> all;
+  for (const Operation& operation : operations()) {
+    for (const Prepared& made : ordinary(operation)) {
+      all.emplace_back(&operation, made);
+      if (over()) continue;
+      tryCall(trial, operation, made);
+      end(made.shown);
+    }
+  }
+  std::mt19937 dice(1);
+  while (!over()) {
+    const std::pair<const Operation*, Prepared>* last = nullptr;
+    for (std::size_t i = dice() % kFew + 2; i > 0; --i) {
+      last = &all[dice() % all.size()];
+      tryCall(trial, *last->first, last->second);
+    }
+    end("a few calls, the last of them " + last->second.shown);
+  }
 }
 
 void endsOnAnyThread(Trial& trial) {
@@ -121,6 +170,8 @@ void addLifeChecks(Checks& checks) {
   add("unused", "A host that was never called can be destroyed.", "Release only what was taken.", endsUnused);
   add("after-use", "A host that was called can be destroyed.", "Stop and join what the calls started.",
       endsUsed);
+  add("in-any-state", "A host can be destroyed whatever was called last.",
+      "End in the destructor whatever a call may have begun and none has ended.", endsInAnyState);
   add("any-thread", "A host can be destroyed on another thread than the one that made it.",
       "Tie nothing to the thread of the constructor.", endsOnAnyThread);
   add("again", "When a host is destroyed the next one can be made and used.",

@@ -14,6 +14,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Words.h"
 #include "vorn_testing/Operations.h"
 
 namespace vorn_testing::checks {
@@ -136,6 +137,14 @@ std::map<std::string, std::vector<Texts>>& accepted() {
   return *all;
 }
 
+/// The same for one, or the words that the headers name for it.
+const std::vector<Texts>& namedFor(const std::string& operation, Given given) {
+  static const auto* const kNone = new std::vector<Texts>;
+  if (given == Given::kWord) return wordsOf(operation);
+  const auto found = accepted().find(operation);
+  return found == accepted().end() ? *kNone : found->second;
+}
+
 template <class Parameter, class Value>
 void accept(Value& value, const Texts& texts, std::size_t& next) {
   if constexpr (std::is_same_v<Value, std::string> && !std::is_same_v<Parameter, std::string&>) {
@@ -182,10 +191,9 @@ template <class... Parameters>
 auto* lentValues(const std::string& called, Given given, int which) {
   using Values = std::tuple<std::decay_t<Parameters>...>;
   Values values(Sample<std::decay_t<Parameters>>::make(given, which)...);
-  const auto found = accepted().find(called);
-  if (found != accepted().end() && which >= samples(given)) {
-    const Texts& texts =
-        found->second[static_cast<std::size_t>(which - samples(given)) % found->second.size()];
+  const auto& own = namedFor(called, given);
+  if (!own.empty() && which >= samples(given)) {
+    const Texts& texts = own[static_cast<std::size_t>(which - samples(given)) % own.size()];
     std::size_t next = 0;
     std::apply([&](auto&... each) { (accept<Parameters>(each, texts, next), ...); }, values);
   }
@@ -306,6 +314,8 @@ void callAll(Trial& trial, const std::vector<const Operation*>& which) {
   for (const Operation* const operation : which) {
     try {
       call(trial, *operation, Given::kPlain, 0);
+      for (int word = 0; word < std::min(8, operation->samples(Given::kWord)); ++word)
+        call(trial, *operation, Given::kWord, word);
     } catch (const Outcome& outcome) {
       if (outcome.kind == HostVerdict::kBroken) throw;
     }
@@ -322,10 +332,9 @@ std::vector<const Operation*> neighbours(const Operation& operation) {
 }
 
 int Operation::samples(Given given) const {
-  const auto found = accepted().find(name);
-  const bool plain = given == Given::kPlain || given == Given::kLent || given == Given::kLoad;
-  return checks::samples(given) +
-         (plain && found != accepted().end() ? static_cast<int>(found->second.size()) : 0);
+  const bool named =
+      given == Given::kPlain || given == Given::kLent || given == Given::kLoad || given == Given::kWord;
+  return checks::samples(given) + (named ? static_cast<int>(namedFor(name, given).size()) : 0);
 }
 
 void takeAccepted(const HostDemands& demands) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +22,8 @@ enum class Given {
   kHostile,  ///< Bytes and numbers that nobody expects.
   kLent,  ///< Too long for a text to hold without a buffer; in an order and a case that somebody may want to change.
   kLoad,  ///< Of many lengths, so that what is shared without a guard is laid out anew.
+  kWord,  ///< The words that the headers name for the operation, one in each sample; none for most.
+  kNew,   ///< A text that was never given before.
   kCut    ///< Long, of characters of three bytes, which stand differently in each sample: every cut shows.
 };
 
@@ -34,6 +37,8 @@ inline int samples(Given given) {
     case Given::kCut:
     case Given::kLarge:
       return 3;
+    case Given::kWord:
+      return 0;
     default:
       return 2;
   }
@@ -71,6 +76,12 @@ struct Sample<std::string> {
         return which % 2 ? "Vorn Conform  " : "L" + std::string(kOwnPages, 'l');
       case Given::kLoad:
         return std::string(std::size_t{3} << (which % 6 * 2), static_cast<char>('a' + which % 26));
+      case Given::kWord:
+        return "";
+      case Given::kNew: {
+        static std::atomic<int> count{0};
+        return "vorn-conformance new " + std::to_string(++count);
+      }
       case Given::kCut: {
         std::string text(static_cast<std::size_t>(which % 3), 'c');
         for (int i = 0; i < 1500; ++i) text += "\xe9\x9f\xb3";

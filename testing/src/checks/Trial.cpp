@@ -27,6 +27,7 @@
 #include <vorn_testing/Stack.h>
 #include "../text/Spelling.h"
 #include "Operations.h"
+#include "load/Load.h"
 #include "load/LockOrder.h"
 #include "load/Steps.h"
 #include "vorn_testing/Interposed.h"
@@ -281,19 +282,28 @@ void Trial::ask(const std::string& shown, const std::function<void()>& call) {
   if (m_known.dead.count(nameOf(shown))) notAsked(nameOf(shown) + "() fails, see its checks");
   const OnItsWay onItsWay(m_report, shown);
   const auto after = [&] { return *m_report.context ? std::string(", ") + m_report.context : std::string(); };
+  const pid_t process = getpid();
   try {
     call();
+    endTwin(process, shown);
     if (m_report.descriptor > 0 && fcntl(m_report.descriptor, F_GETFD) < 0 &&
         m_report.descriptor.exchange(0) > 0)
       broken(shown + " closed a descriptor that is not the host's" + after());
   } catch (const Outcome&) {
     throw;
   } catch (const std::exception& exception) {
+    endTwin(process, shown);
     broken(shown + " threw " + demangled(typeid(exception).name()) + ": " +
            spelled(std::string(exception.what())) + after());
   } catch (...) {
     broken(shown + " threw what is no std::exception" + after());
   }
+}
+
+void Trial::endTwin(int process, const std::string& shown) {
+  if (getpid() == process) return;
+  if (!m_report.twice.exchange(true)) put(m_report.twiceCall, shown);
+  _exit(0);
 }
 
 std::shared_ptr<Host> Trial::make() {
@@ -511,6 +521,10 @@ void place() {
 
 void waits() {
   if (checks::t_meanwhile) checks::setPaused(0);  // for a mutex of the thread that is held up
+}
+
+void staticPlace(const char* function) {
+  if (checks::t_inHost) checks::noteStaticPlace(function);
 }
 
 bool guardsMemory() { return checks::g_guards.load(std::memory_order_relaxed); }

@@ -59,6 +59,9 @@ struct Report {
   std::atomic<int> acknowledged;       ///< Of a process that is killed while it writes: how much was written.
   std::atomic<long> overlaps, loaded;  ///< Of a load: how many calls overlapped, of how many.
 
+  std::atomic<bool> twice;  ///< Whether a call returned in another process too; that one's words stand in:
+  Text twiceCall;
+
   // Of a thread that was ended by a signal.
   std::atomic<bool> crashed;
   Text crashedCall;
@@ -153,6 +156,9 @@ class Trial {
   std::atomic<int>& acknowledged() { return m_report.acknowledged; }
 
  private:
+  /// Ends this process when a host made it by fork() and let it return.
+  void endTwin(int process, const std::string& shown);
+
   const Known& m_known;
   Report& m_report;
   const HostMaker& m_maker;

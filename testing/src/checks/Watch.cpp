@@ -300,6 +300,12 @@ HostVerdict runWatched(const Check& check, const HostMaker& maker, const HostDem
       false,
       report.seen,
       {}};
+  if (report.twice) {
+    verdict.kind = HostVerdict::kBroken;
+    verdict.detail =
+        std::string(report.twiceCall) + " returned in two processes: the host made one by fork()";
+    return verdict;
+  }
   const std::string reason = report.reason, context = report.context;
   const int status = report.status;
   if (report.watched && reason.empty() && report.ended && status == 0) return verdict;

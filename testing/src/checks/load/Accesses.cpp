@@ -30,8 +30,8 @@ struct Range {
 // Read by a handler: places of fixed size.
 constexpr std::size_t kRanges = 256, kAccesses = 4096;
 constexpr long kMostSteps = 12000;
-Range g_code[kRanges], g_data[kRanges];
-std::size_t g_codes = 0, g_datas = 0;
+Range g_code[kRanges], g_data[kRanges], g_adapters[kRanges];
+std::size_t g_codes = 0, g_datas = 0, g_adapterDatas = 0;
 
 struct Log {
   Access all[kAccesses];
@@ -43,7 +43,7 @@ thread_local Role t_role = Role::kNone;
 thread_local Log* t_log = nullptr;
 thread_local Kind t_before = Kind::kOther;
 thread_local std::uintptr_t t_entry = 0, t_caller = 0;
-thread_local long t_count = 0;
+thread_local long t_instructions = 0;
 thread_local std::uintptr_t t_fresh = 0;  ///< Blocks beyond were asked for since.
 
 /// The place where two threads are to meet; what the one that stops is about to do there.
@@ -63,6 +63,12 @@ bool isShared(std::uintptr_t address) {
     if (address >= g_data[i].begin && address < g_data[i].end) return true;
   }
   return false;
+}
+
+bool isOwn(const void* mutex) {
+  const auto address = reinterpret_cast<std::uintptr_t>(mutex);
+  return std::none_of(g_adapters, g_adapters + g_adapterDatas,
+                      [&](const Range& range) { return address >= range.begin && address < range.end; });
 }
 
 bool overlap(const Access& left, const Access& right) {
@@ -99,6 +105,8 @@ int addRanges(dl_phdr_info* info, std::size_t, void*) {
       if (g_codes < kRanges) g_code[g_codes++] = {begin, end, kind};
     } else if (part.p_flags & PF_W && kind == Kind::kHost) {
       if (g_datas < kRanges) g_data[g_datas++] = {begin, end, kind};
+    } else if (part.p_flags & PF_W && has("libVornDALImpl")) {
+      if (g_adapterDatas < kRanges) g_adapters[g_adapterDatas++] = {begin, end, kind};
     }
   }
   return 0;
@@ -113,7 +121,7 @@ bool isJumpThroughTable(std::uintptr_t instruction) {
 
 /// Before the next instruction of a call. Returns whether to go on so.
 bool onInstruction(const void* context) {
-  if (++t_count > kMostSteps) return false;
+  if (++t_instructions > kMostSteps) return false;
   const std::uintptr_t instruction = instructionOf(context);
   const Kind kind = kindOf(instruction);
   if (kind == Kind::kCLibrary && t_before != Kind::kCLibrary) t_entry = instruction;
@@ -130,16 +138,20 @@ bool onInstruction(const void* context) {
                   operand.writes,
                   operand.wide,
                   operand.changes,
+                  operand.locked,
                   operand.address >= t_fresh && isGuarded(reinterpret_cast<const void*>(operand.address)),
                   instruction,
                   kind == Kind::kCLibrary ? t_entry : 0,
                   t_caller,
                   0,
-                  {}};
+                  {},
+                  false};
     access.held = heldMutexes(access.mutexes, 4);
+    access.own = std::any_of(access.mutexes, access.mutexes + std::min<std::size_t>(access.held, 4), isOwn);
     if (t_role == Role::kNotes || (t_role == Role::kMeets && g_isStopped && overlap(access, g_stopped)))
       note(access);
-    if (t_role == Role::kStops && overlap(access, g_place) && access.writes == g_place.writes) {
+    const bool here = g_place.size ? overlap(access, g_place) : instruction == g_place.instruction;
+    if (t_role == Role::kStops && here && access.writes == g_place.writes) {
       g_stopped = access;
       g_isStopped = true;
       t_role = Role::kNone;
@@ -167,7 +179,7 @@ void play(Role role, Log* log, const std::function<void()>& act) {
 }  // namespace
 
 Accesses::Accesses() {
-  g_codes = g_datas = 0;
+  g_codes = g_datas = g_adapterDatas = 0;
   dl_iterate_phdr(addRanges, nullptr);
   const auto find = [](std::vector<std::uintptr_t>& all, std::initializer_list<const char*> names) {
     for (const char* const name : names) {
@@ -188,7 +200,7 @@ bool Accesses::sees() { return canStep() && interposesMemory(); }
 std::vector<Access> Accesses::of(const std::function<void()>& act) const {
   static Log log;
   log.count = 0;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kNotes, &log, act);
   std::vector<Access> exact;
   std::copy_if(log.all, log.all + log.count, std::back_inserter(exact),
@@ -230,18 +242,30 @@ bool Accesses::collide(const Access& left, const Access& right) const {
 
 void Accesses::stopAt(const Access& place, const std::function<void()>& act) const {
   g_place = place;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kStops, nullptr, act);
 }
 
-std::vector<Access> Accesses::meet(const std::function<void()>& act) const {
+void Accesses::stopAtInstruction(const Access& like, const std::function<void()>& act) const {
+  Access place = like;
+  place.size = 0;
+  stopAt(place, act);
+}
+
+bool Accesses::guardedApart(const Access& left, const Access& right) {
+  return overlap(left, right) && (left.writes || right.writes) && left.own && right.own && !left.locked &&
+         !right.locked && !left.entry && !right.entry;
+}
+
+std::vector<Access> Accesses::meet(const std::function<void()>& act, bool apart) const {
   static Log log;
   log.count = 0;
-  t_count = 0;
+  t_instructions = 0;
   play(Role::kMeets, &log, act);
   std::vector<Access> met;
   for (std::size_t i = 0; i < log.count; ++i) {
-    if (collide(log.all[i], g_stopped)) met.push_back(log.all[i]);
+    if (collide(log.all[i], g_stopped) || (apart && guardedApart(log.all[i], g_stopped)))
+      met.push_back(log.all[i]);
   }
   return met;
 }

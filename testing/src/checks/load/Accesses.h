@@ -16,12 +16,14 @@ struct Access {
   bool writes;
   bool wide;     ///< By an instruction of more than eight bytes, which no std::atomic is made of.
   bool changes;  ///< What stands there, which another such instruction may undo.
+  bool locked;   ///< In one step, as a std::atomic is changed.
   bool fresh;    ///< The block was asked for in this call.
   std::uintptr_t instruction;
   std::uintptr_t entry;   ///< Where the C library was entered, if the instruction is its own; else 0.
   std::uintptr_t caller;  ///< Where the host itself is.
   std::size_t held;       ///< How many mutexes the thread held, as far as there is place for them.
   const void* mutexes[4];
+  bool own;  ///< Whether one of them is the host's own.
 };
 
 /// Notes what calls of this process touch, instruction by instruction; and makes two calls meet at one place of memory.
@@ -42,11 +44,18 @@ class Accesses {
   /// Whether two accesses collide: at the same bytes, one of them writes, and at least one is surely none of an atomic.
   bool collide(const Access& left, const Access& right) const;
 
+  /// The same of places that every call keeps a mutex of the host's for, but not both the same: no std::atomic is kept so.
+  static bool guardedApart(const Access& left, const Access& right);
+
+  /// As stopAt(), but where that instruction comes for the first time, at whatever place.
+  void stopAtInstruction(const Access& like, const std::function<void()>& act) const;
+
   /// Acts on this thread; the first time that it is about to touch that place it waits, while another thread runs what
   /// it does in meet(). Call on two threads.
   void stopAt(const Access& place, const std::function<void()>& act) const;
   /// Acts as soon as the other thread waits; answers with what collided with what that one is about to do, if anything.
-  std::vector<Access> meet(const std::function<void()>& act) const;
+  /// Also with what is guardedApart(), if that is asked for.
+  std::vector<Access> meet(const std::function<void()>& act, bool apart) const;
 
   /// What the other thread is about to do.
   static Access stoppedAt();

@@ -1,15 +1,8 @@
-// What is about all operations together: loads, orders, and what a host leaves behind.
-
-#include <dirent.h>
-#include <malloc.h>
-#include <sys/stat.h>
-#include <unistd.h>
+// What is about all operations together: loads and orders.
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <clocale>
-#include <csignal>
 #include <map>
 #include <sstream>
 #include <string>
@@ -57,17 +50,6 @@ const std::vector<Area>& table() {
   return *kAreas;
 }
 
-std::vector<Round> rounds(const std::vector<const Operation*>& which) {
-  std::vector<Round> all;
-  for (const Operation* const operation : which) {
-    for (const Given given : {Given::kPlain, Given::kLoad}) {
-      for (int sample = 0; sample < operation->samples(given); ++sample)
-        all.push_back({operation, operation->prepare(given, sample)});
-    }
-  }
-  return all;
-}
-
 /// Numbers that look random and are the same in every run.
 class Dice {
  public:
@@ -82,6 +64,23 @@ class Dice {
 };
 
 }  // namespace
+
+std::vector<Round> rounds(const std::vector<const Operation*>& which) {
+  std::vector<Round> all;
+  for (const Operation* const operation : which) {
+    for (const Given given : {Given::kPlain, Given::kLoad, Given::kWord}) {
+      for (int sample = 0; sample < operation->samples(given); ++sample)
+        all.push_back({operation, operation->prepare(given, sample)});
+    }
+  }
+  return all;
+}
+
+std::vector<const Operation*> everything() {
+  std::vector<const Operation*> all;
+  for (const Operation& operation : operations()) all.push_back(&operation);
+  return all;
+}
 
 void make(Trial& trial, const Round& round) {
   try {
@@ -148,12 +147,6 @@ void together(Trial& trial, const std::vector<const Operation*>& which, millisec
   trial.addLoad();
 }
 
-std::vector<const Operation*> everything() {
-  std::vector<const Operation*> all;
-  for (const Operation& operation : operations()) all.push_back(&operation);
-  return all;
-}
-
 void anyOrder(Trial& trial) {
   createAdapters(trial.host());
   const auto all = rounds(everything());
@@ -217,12 +210,31 @@ void day(Trial& trial) {
   std::string last;
   for (int turn = 0; turn < 2; ++turn) {
     for (const Operation* const operation : wholeDay()) {
-      for (int which = 0; which < operation->samples(Given::kPlain); ++which) {
-        trial.explain(last.empty() ? "" : "after " + last);
-        const Round round{operation, operation->prepare(Given::kPlain, which)};
-        make(trial, round);
-        last = round.prepared.shown;
+      for (const Given given : {Given::kWord, Given::kPlain}) {
+        for (int which = 0; which < operation->samples(given); ++which) {
+          trial.explain(last.empty() ? "" : "after " + last);
+          const Round round{operation, operation->prepare(given, which)};
+          make(trial, round);
+          last = round.prepared.shown;
+        }
       }
+    }
+  }
+}
+
+constexpr int kOften = 40;
+
+/// Some mutexes are taken every so many calls only.
+void lookOften(Trial& trial, const std::vector<Round>& all) {
+  const auto enough = Clock::now() + milliseconds(3000);
+  std::map<const Operation*, std::vector<std::size_t>> steps;
+  for (std::size_t step = 0; step < all.size(); ++step) steps[all[step].operation].push_back(step);
+  for (const auto& of : steps) {
+    for (int i = 0; i < kOften && Clock::now() < enough; ++i) {
+      const std::size_t step = of.second[static_cast<std::size_t>(i) % of.second.size()];
+      LockOrder::at(static_cast<int>(step));
+      trial.explain("called often");
+      make(trial, all[step]);
     }
   }
 }
@@ -244,6 +256,7 @@ void lockOrder(Trial& trial) {
     trial.explain(step ? "after " + all[step - 1].prepared.shown : "");
     make(trial, all[step]);
   }
+  lookOften(trial, all);
   LockOrder::at(-1);
   const auto circles = order.circles();
   trial.explain("while other threads took the same mutexes in another order");
@@ -255,6 +268,8 @@ void lockOrder(Trial& trial) {
       // What came before may have led to where the mutexes are taken.
       for (int before = std::min(2, step); before >= 0; --before)
         make(trial, all[static_cast<std::size_t>(step - before)]);
+      for (int turn = 0; turn < kOften && !LockOrder::came(static_cast<std::size_t>(thread)); ++turn)
+        make(trial, all[static_cast<std::size_t>(step)]);
     });
   }
   trial.saw(std::to_string(circles.size()) + " circles of mutexes tried");
@@ -276,89 +291,6 @@ void letsGoLater(Trial& trial) {
   trial.explain("after every call had returned and its arguments were gone");
   std::this_thread::sleep_for(milliseconds(700));  // a worker that kept one tells nobody when it looks
   callAll(trial, everything());
-}
-
-// ---- What a host leaves behind ----
-
-std::size_t entriesOf(const char* folder) {
-  DIR* const opened = opendir(folder);
-  std::size_t count = 0;
-  while (opened && readdir(opened)) ++count;
-  if (opened) closedir(opened);
-  return count;
-}
-
-/// The calls are made ready once: what is measured is the host's.
-void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
-  for (int i = 0; i < times; ++i) {
-    for (const Round& round : all) make(trial, round);
-  }
-}
-
-void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count,
-            std::size_t allowance) {
-  constexpr std::size_t kTimes = 20;
-  guardMemory(false);
-  const auto all = rounds(everything());
-  makeAll(trial, all, 5);
-  const std::size_t before = count();
-  makeAll(trial, all, static_cast<int>(kTimes));
-  const std::size_t after = count();
-  trial.saw(std::to_string(before) + ", then " + std::to_string(after));
-  if (after > before + allowance)
-    trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
-                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) +
-                 ")");
-}
-
-std::size_t memory() {
-#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
-  const auto info = mallinfo2();
-  return info.uordblks + info.hblkhd;
-#else
-  return 0;
-#endif
-}
-
-/// What belongs to the process and not to the host, put into words.
-std::map<std::string, std::string> surroundings() {
-  std::map<std::string, std::string> found;
-  char folder[4096] = "";
-  found["the working directory"] = getcwd(folder, sizeof folder) ? folder : "gone";
-  const mode_t mask = umask(0);
-  umask(mask);
-  found["the umask"] = std::to_string(mask);
-  found["the locale"] = std::setlocale(LC_ALL, nullptr);
-  for (char** entry = environ; entry && *entry; ++entry)
-    found["the environment"] += std::string(*entry) + "\n";
-  sigset_t blocked;
-  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-  for (int signal = 1; signal < 32; ++signal) {
-    found["the signal mask"] += sigismember(&blocked, signal) == 1 ? '1' : '0';
-    struct sigaction action = {};
-    sigaction(signal, nullptr, &action);
-    found["the handling of signals"] +=
-        std::to_string(reinterpret_cast<std::uintptr_t>(reinterpret_cast<void*>(action.sa_handler))) + " ";
-  }
-  for (const int stream : {0, 1, 2}) {
-    struct stat file = {};
-    const bool open = fstat(stream, &file) == 0;
-    found["a standard stream"] +=
-        open ? std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + " " : "- ";
-  }
-  return found;
-}
-
-void leavesSurroundings(Trial& trial) {
-  const auto before = surroundings();
-  trial.host();
-  makeAll(trial, rounds(everything()), 1);
-  const auto after = surroundings();
-  std::string changed;
-  for (const auto& entry : before) {
-    if (after.at(entry.first) != entry.second) changed += (changed.empty() ? "" : ", ") + entry.first;
-  }
-  if (!changed.empty()) trial.remark("the host changed " + changed + " of its process");
 }
 
 }  // namespace
@@ -405,6 +337,13 @@ void addHostChecks(Checks& checks) {
   checks.push_back(checkOfHost("races",
                                "What operations share, no two of them touch at once when one of them writes.",
                                kGuard, races));
+  checks.push_back(checkOfHost("first-calls",
+                               "What the first call makes is not touched by the second before it is made.",
+                               "Make it in the constructor, or by std::call_once().", firstCalls));
+  checks.push_back(
+      checkOfHost("static-places",
+                  "Functions of the C library that all threads share a place of are called by one at a time.",
+                  "Call strtok_r(), localtime_r() and their like.", staticPlaces));
   std::map<std::string, std::vector<const Operation*>> groups;
   for (const Operation& operation : operations()) groups[operation.adapter].push_back(&operation);
   for (const auto& group : groups) {
@@ -423,20 +362,6 @@ void addHostChecks(Checks& checks) {
   checks.push_back(checkOfHost("lets-go",
                                "Arguments are the caller's and end with the call, also for a worker.",
                                "Copy what you hand to another thread.", letsGoLater));
-
-  const char* const kLeak = "Give back what a call took before it returns.";
-  checks.push_back(checkOfHost("memory", "Calls leave no memory behind.", kLeak,
-                               [](Trial& trial) { leaves(trial, "bytes of memory", memory, 20480); }));
-  checks.push_back(checkOfHost("descriptors", "Calls leave no descriptor open.", kLeak, [](Trial& trial) {
-    leaves(
-        trial, "descriptors", [] { return entriesOf("/proc/self/fd"); }, 3);
-  }));
-  checks.push_back(checkOfHost("threads", "Calls leave no thread behind.", kLeak, [](Trial& trial) {
-    leaves(
-        trial, "threads", [] { return entriesOf("/proc/self/task"); }, 3);
-  }));
-  checks.push_back(checkOfHost("surroundings", "What belongs to the process stays as it was.",
-                               "Leave it to the program: a host is one part of it.", leavesSurroundings));
 }
 
 }  // namespace vorn_testing::checks

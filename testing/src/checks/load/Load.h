@@ -10,6 +10,11 @@ struct Round {
   Prepared prepared;
 };
 
+/// Calls of each: those of a good day, of a load, and the words of the headers.
+std::vector<Round> rounds(const std::vector<const Operation*>& which);
+
+std::vector<const Operation*> everything();
+
 /// Makes the call as a device sees it; one that is known to fail is passed over.
 void make(Trial& trial, const Round& round);
 
@@ -18,5 +23,14 @@ void createAdapters(Host& host);
 
 /// Calls that touch the same memory without a common mutex are made to be there at once.
 void races(Trial& trial);
+
+/// Functions of the C library that keep something in static memory are called one at a time.
+void staticPlaces(Trial& trial);
+
+/// Told when one is called.
+void noteStaticPlace(const char* function);
+
+/// The same as races() of the first calls of a host.
+void firstCalls(Trial& trial);
 
 }  // namespace vorn_testing::checks

@@ -158,6 +158,8 @@ void LockOrder::meetAt(std::size_t circle) {
   g_meeting.size = edges.size();
 }
 
+bool LockOrder::came(std::size_t which) { return g_meeting.there[which]; }
+
 }  // namespace vorn_testing::checks
 
 namespace vorn_testing::interposed {

@@ -30,6 +30,9 @@ class LockOrder {
   /// Until the next call: a thread that asks for a mutex of that circle while it holds the one before waits for the
   /// others of the circle, a moment at most.
   static void meetAt(std::size_t circle);
+
+  /// Whether a thread came to the mutex that step number `which` of the circle asks for.
+  static bool came(std::size_t which);
 };
 
 /// Notes that this thread holds a mutex.

@@ -272,7 +272,12 @@ std::size_t operandsOf(const void* context, Operand (&operands)[2]) {
   }
   if (fromNext)
     address += reinterpret_cast<std::uintptr_t>(code.at) + static_cast<std::uintptr_t>(use.immediate);
-  operands[0] = {address, use.size, use.writes, use.size > 8, !parts.locked && changes(parts, number)};
+  operands[0] = {address,
+                 use.size,
+                 use.writes,
+                 use.size > 8,
+                 !parts.locked && changes(parts, number),
+                 parts.locked || (parts.map == 0 && (parts.opcode == 0x86 || parts.opcode == 0x87))};
   return 1;
 }
 

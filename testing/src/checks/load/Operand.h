@@ -9,8 +9,9 @@ namespace vorn_testing::checks {
 struct Operand {
   std::uintptr_t address, size;
   bool writes;
-  bool wide;     ///< More than eight bytes, or by a repetition.
-  bool changes;  ///< What stands there, without locking it.
+  bool wide;            ///< More than eight bytes, or by a repetition.
+  bool changes;         ///< What stands there, without locking it.
+  bool locked = false;  ///< In one step that nobody comes between.
 };
 
 /// Of a context that a handler of signals is given. On x86-64; no instruction is understood elsewhere. May be called by

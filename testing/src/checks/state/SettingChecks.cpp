@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -7,19 +9,28 @@
 #include <utility>
 #include <vector>
 
-#include "../Checks.h"
+#include "Often.h"
+#include "Store.h"
 
 namespace vorn_testing::checks {
 
 namespace {
 
-using Result = std::pair<bool, std::string>;
-using Values = std::vector<std::string>;
-
 const std::string kReported = "VornDALImplIF/23/setSystemSetting/reported";
 
+/// What is read, when it is not yet `expected` for some time: many a device follows a moment later.
+std::string soon(const std::function<std::string()>& read, const std::string& expected) {
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(1500);
+  std::string found = read();
+  while (found != expected && std::chrono::steady_clock::now() < enough) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // the host alone knows when it has followed
+    found = read();
+  }
+  return found;
+}
+
 /// The settings to try: the team's, or made-up ones.
-std::map<std::string, Values> settings(const Trial& trial) {
+std::map<std::string, Texts> settings(const Trial& trial) {
   if (!trial.demands.settings.empty()) return trial.demands.settings;
   return {{"vorn-conformance a", {"1", "2"}}, {"vorn-conformance b", {"1", "2"}}};
 }
@@ -53,12 +64,6 @@ void expect(Trial& trial, const std::string& name, const std::string& value, con
   if (!found) trial.broken(shown + " answered false, accepted was " + spelled(value) + when);
   if (*found != value)
     trial.broken(shown + " answered " + spelled(*found) + ", accepted was " + spelled(value) + when);
-}
-
-/// Again and again, as in the months of a device's life: the next round after three hundred, or after two seconds.
-void often(const std::function<void(std::size_t)>& act) {
-  const auto enough = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-  for (std::size_t turn = 0; turn < 300 && std::chrono::steady_clock::now() < enough; ++turn) act(turn);
 }
 
 /// Puts the settings back as they were found, whatever came out.
@@ -97,6 +102,19 @@ void reported(Trial& trial) {
       }
     }
   }
+}
+
+/// What nobody named may be refused.
+void unnamed(Trial& trial) {
+  bool accepted = false;
+  for (const char* const name : {"vorn-conformance a", "vorn-conformance"}) {
+    for (const char* const value : {"1", "2"}) {
+      if (!set(trial, name, value)) continue;
+      accepted = true;
+      expect(trial, name, value);
+    }
+  }
+  if (!accepted) trial.notAsked("setSystemSetting() refuses settings that nobody named");
 }
 
 void presumeReported(Trial& trial) {
@@ -172,7 +190,7 @@ void refused(Trial& trial) {
   const PutBack putBack(trial);
   bool any = false;
   for (const auto& named : settings(trial)) {
-    Values values{"\xff", "", "vorn-conformance \x01"};
+    Texts values{"\xff", "", "vorn-conformance \x01"};
     values.insert(values.end(), named.second.begin(), named.second.end());
     for (const std::string& value : values) {
       const auto before = get(trial, named.first);
@@ -188,7 +206,7 @@ void refused(Trial& trial) {
   if (!any) trial.notAsked("setSystemSetting() refuses nothing");
 }
 
-/// Values that a cut or a change of letters would show; whatever of them is accepted is reported.
+/// Texts that a cut or a change of letters would show; whatever of them is accepted is reported.
 void whole(Trial& trial) {
   presumeReported(trial);
   const PutBack putBack(trial);
@@ -198,8 +216,9 @@ void whole(Trial& trial) {
         "K\xc3\xbc"
         "che ";
     for (int i = 0; i < 40; ++i) longer += "\xe9\x9f\xb3";
-    for (const std::string& value :
-         {longer, std::string("MiXed Case  "), std::string("a=b\nc;d"), std::string("a\0b", 3)}) {
+    Texts values = odd();
+    values.insert(values.end(), {longer, "MiXed Case  ", "a=b\nc;d"});
+    for (const std::string& value : values) {
       if (!set(trial, named.first, value)) continue;
       ++accepted;
       expect(trial, named.first, value);
@@ -237,6 +256,37 @@ void readWhileSet(Trial& trial) {
   }
 }
 
+/// A device that follows the assistant's locale at all follows it to those that it is said to accept.
+void localeFollows(Trial& trial) {
+  const auto& named = trial.demands.locales;
+  if (named.size() < 2) trial.notAsked("HostDemands::locales (--locale) names less than two");
+  Host& host = trial.host();
+  const auto reported = [&] {
+    std::string locale;
+    trial.ask("getDeviceLocale()", [&] { locale = host.getDeviceLocale(); });
+    return locale;
+  };
+  const auto change = [&](const std::string& locale) {
+    trial.ask("changeAlexaLocale(" + spelled(locale) + ")", [&] { host.changeAlexaLocale(locale); });
+    return soon(reported, locale);
+  };
+  const std::string before = reported();
+  std::vector<std::pair<std::string, std::string>> found;
+  for (int turn = 0; turn < 2; ++turn) {
+    for (const std::string& locale : named) found.emplace_back(locale, change(locale));
+  }
+  change(before);
+  const bool moves = std::any_of(found.begin(), found.end(),
+                                 [&](const auto& each) { return each.second != found.front().second; });
+  for (const auto& each : found) {
+    if (each.first == each.second) continue;
+    const std::string said = "after changeAlexaLocale(" + spelled(each.first) +
+                             ") getDeviceLocale() answered " + spelled(each.second);
+    if (moves) trial.broken(said);
+    trial.remark(said + ", whatever was asked");
+  }
+}
+
 void leavesText(Trial& trial) {
   Host& host = trial.host();
   bool any = false;
@@ -256,9 +306,12 @@ void replacesText(Trial& trial) {
   const PutBack putBack(trial);
   Host& host = trial.host();
   bool any = false;
-  for (const auto& named : settings(trial)) {
-    Values values = named.second;
-    values.insert(values.begin(), {"", ""});  // the first stands for what is there already
+  auto all = settings(trial);
+  for (const char* const nobodys : {"vorn-conformance none", "", "\xff"}) all[nobodys] = {};
+  for (const auto& named : all) {
+    Texts values = named.second;
+    // The first stands for what is there already; nobody's setting is not made.
+    values.insert(values.begin(), named.second.empty() ? 1 : 2, "");
     for (std::size_t i = 0; i < values.size(); ++i) {
       if (i > 0 && !set(trial, named.first, values[i])) continue;
       std::string first = "vorn 1", second = "another one";
@@ -277,174 +330,6 @@ void replacesText(Trial& trial) {
     trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
 }
 
-/// Whether what is read is waited for until it stays: some devices follow a moment later.
-bool g_patient = false;
-
-template <class Value>
-Value settled(const std::function<Value()>& read) {
-  constexpr std::chrono::milliseconds kStill(250), kAtMost(2500), kBetween(10);
-  Value value = read();
-  const auto start = std::chrono::steady_clock::now();
-  for (auto since = start, time = start; g_patient && time - since < kStill && time - start < kAtMost;
-       time = std::chrono::steady_clock::now()) {
-    std::this_thread::sleep_for(kBetween);  // the host alone knows when it has followed
-    const Value next = read();
-    if (next != value) since = time;
-    value = next;
-  }
-  return value;
-}
-
-int volume(Trial& trial) {
-  Host& host = trial.host();
-  return settled<int>([&] {
-    int value = 0;
-    trial.ask("getVolume()", [&] { value = host.getVolume(); });
-    return value;
-  });
-}
-
-bool muted(Trial& trial) {
-  Host& host = trial.host();
-  return settled<bool>([&] {
-    bool value = false;
-    trial.ask("getMuteStatus()", [&] { value = host.getMuteStatus(); });
-    return value;
-  });
-}
-
-/// What is broken at once is looked at again with patience.
-std::function<void(Trial&)> soonOrLater(const std::function<void(Trial&)>& act) {
-  return [act](Trial& trial) {
-    g_patient = false;
-    try {
-      return act(trial);
-    } catch (const Outcome& outcome) {
-      if (outcome.kind != HostVerdict::kBroken) throw;
-    }
-    g_patient = true;
-    act(trial);
-    trial.remark("it is reported a moment later, not when the answer is true");
-  };
-}
-
-/// Gives a directive on another thread than the one that reads; answers whether it was accepted.
-bool give(Trial& trial, const std::string& shown, const std::function<Result(Host&)>& directive) {
-  Result answer;
-  Host& host = trial.host();
-  trial.onThreads(1, [&](int) { trial.ask(shown, [&] { answer = directive(host); }); });
-  return answer.first;
-}
-
-bool setVolume(Trial& trial, int to) {
-  return give(trial, "onSetVolume(" + spelled(to) + ")", [to](Host& host) { return host.onSetVolume(to); });
-}
-
-bool adjustVolume(Trial& trial, int by) {
-  return give(trial, "onAdjustVolume(" + spelled(by) + ")",
-              [by](Host& host) { return host.onAdjustVolume(by); });
-}
-
-/// Whatever the scale, its steps and its limits: more asked is never less reported, the same asked is the same
-/// reported, what is reported can be set again, and not everything is one.
-void setVolumeFollows(Trial& trial) {
-  const int before = volume(trial);
-  std::map<int, int> reported;
-  std::set<int> different;
-  const std::vector<int> kAsked = {before, 10,  50,  3,   70,  30,    1,    100, 5,  0, 20,
-                                   7,      -20, -40, 128, 300, 65566, -129, 50,  10, 3, before};
-  for (const int asked : kAsked) {
-    const int last = volume(trial);
-    const bool accepted = setVolume(trial, asked);
-    const int found = volume(trial);
-    if (!accepted) {
-      if (found != last)
-        trial.broken("onSetVolume(" + spelled(asked) + ") answered false and moved getVolume() from " +
-                     spelled(last) + " to " + spelled(found));
-      continue;
-    }
-    const auto shown =
-        "onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " + spelled(found);
-    const auto known = reported.emplace(asked, found).first;
-    if (known->second != found) trial.broken(shown + ", before that " + spelled(known->second));
-    for (const auto& other : reported) {
-      if ((other.first < asked && other.second > found) || (other.first > asked && other.second < found))
-        trial.broken(shown + ", but " + spelled(other.second) + " after onSetVolume(" + spelled(other.first) +
-                     ")");
-    }
-    different.insert(found);
-    if (setVolume(trial, found) && volume(trial) != found)
-      trial.broken("onSetVolume(" + spelled(found) +
-                   ") answered true, which getVolume() had answered; now it answers " +
-                   spelled(volume(trial)));
-  }
-  if (reported.empty()) trial.refused("onSetVolume() answered false to every volume");
-  const auto most =
-      std::max_element(reported.begin(), reported.end(),
-                       [](const auto& left, const auto& right) { return left.second < right.second; });
-  const std::pair<int, int> ends[] = {*reported.begin(), *most};
-  often([&](std::size_t turn) {
-    const auto [asked, expected] = ends[turn % 2];
-    if (g_patient || !setVolume(trial, asked)) return;
-    const int found = volume(trial);
-    if (found != expected)
-      trial.broken("onSetVolume(" + spelled(asked) + ") answered true, then getVolume() answered " +
-                   spelled(found) + " at the " + std::to_string(turn + 1) + ". time, before that " +
-                   spelled(expected));
-  });
-  setVolume(trial, before);
-  if (different.size() < 2 && reported.size() > 1)
-    trial.broken("onSetVolume() answered true to " + spelled(static_cast<int>(reported.size())) +
-                 " volumes, and getVolume() answers " + spelled(before) + " whatever is set");
-}
-
-void adjustVolumeFollows(Trial& trial) {
-  const int before = volume(trial);
-  bool accepted = false, moved = false;
-  for (const int by : {0, -5, 5, -10, 10, -1, 1, -30, 30, 20, -20, 50, -50, 50, 100, 100, -100, -100}) {
-    const int from = volume(trial);
-    const bool done = adjustVolume(trial, by);
-    const int to = volume(trial);
-    if (to != from && (by == 0 || !done))
-      trial.broken("onAdjustVolume(" + spelled(by) + ") answered " + (done ? "true" : "false") +
-                   " and moved getVolume() from " + spelled(from) + " to " + spelled(to));
-    if (!done) continue;
-    accepted = true;
-    moved = moved || to != from;
-    if ((by > 0 && to < from) || (by < 0 && to > from))
-      trial.broken("onAdjustVolume(" + spelled(by) + ") answered true and moved getVolume() from " +
-                   spelled(from) + " to " + spelled(to));
-  }
-  if (!accepted) trial.refused("onAdjustVolume() answered false to every delta");
-  if (!moved)
-    trial.broken("onAdjustVolume() answered true, and getVolume() answers " + spelled(before) +
-                 " whatever is asked");
-  setVolume(trial, before);
-}
-
-void muteFollows(Trial& trial) {
-  const bool before = muted(trial);
-  bool accepted = false;
-  const auto mute = [&](bool to) {
-    const std::string shown = "onMute(" + spelled(to) + ")";
-    const bool last = muted(trial);
-    if (!give(trial, shown, [to](Host& host) { return host.onMute(to); })) {
-      if (muted(trial) != last)
-        trial.broken(shown + " answered false and moved getMuteStatus() to " + spelled(!last));
-      return;
-    }
-    accepted = true;
-    if (muted(trial) != to)
-      trial.broken(shown + " answered true, then getMuteStatus() answered " + spelled(!to));
-  };
-  for (const bool to : {true, true, false, false, true, false, true}) mute(to);
-  often([&](std::size_t turn) {
-    if (!g_patient) mute(turn % 2 == 0);
-  });
-  mute(before);
-  if (!accepted) trial.refused("onMute() answered false");
-}
-
 }  // namespace
 
 void addSettingChecks(Checks& checks) {
@@ -452,14 +337,18 @@ void addSettingChecks(Checks& checks) {
                        const std::function<void(Trial&)>& run) {
     checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
   };
-  constexpr int kGet = 22, kSet = 23, kSetVolume = 61, kAdjustVolume = 62, kMute = 63;
+  constexpr int kLocale = 17, kGet = 22, kSet = 23;
 
+  add(kLocale, "reported", "Who follows the assistant's locale reports it.",
+      "Report a locale as it was given, or stay with your own.", localeFollows);
   add(kGet, "leaves-text", "When it answers false the caller's text is as it was.",
       "Write to the text only when you are going to answer true.", leavesText);
   add(kGet, "replaces-text", "When it answers true the caller's text is the setting, whatever it was before.",
       "Assign to the text, and only then answer true.", replacesText);
   add(kSet, "reported", "A setting that was accepted is what getSystemSetting() reports.",
       "Keep the value where getSystemSetting() looks, or answer false.", reported);
+  add(kSet, "unnamed", "A setting that nobody named is reported too when it was accepted.",
+      "Answer false to what you do not keep.", unnamed);
   add(kSet, "often", "A setting is accepted and reported however often it was changed.",
       "Give back what a change takes.", reportedOften);
   add(kSet, "last-reported", "The value accepted last is the one reported.",
@@ -476,13 +365,6 @@ void addSettingChecks(Checks& checks) {
   add(kSet, "threads", "A setting is read while it is changed.",
       "Guard the settings with one mutex for both: getSystemSetting() comes without the adapter's.",
       readWhileSet);
-
-  const char* const kFollow = "Change what the getter reports before you answer true, or answer false.";
-  add(kSetVolume, "reported", "getVolume() follows what is set, on its own scale, steps and limits.", kFollow,
-      soonOrLater(setVolumeFollows));
-  add(kAdjustVolume, "reported", "The volume moves the way that was asked, and getVolume() reports it.",
-      kFollow, soonOrLater(adjustVolumeFollows));
-  add(kMute, "reported", "getMuteStatus() reports what was set.", kFollow, soonOrLater(muteFollows));
 }
 
 }  // namespace vorn_testing::checks

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,11 +16,24 @@ class Store {
   }
   explicit Store(Trial& trial) : Store(trial, trial.host()) {}
 
-  /// Writes, or ends the check when the host refuses.
-  void write(const Entries& entries) const {
+  /// Writes; answers whether the host did.
+  bool accepts(const Entries& entries) const {
     bool done = false;
     m_trial.ask("writeKeyValue(" + spelled(entries) + ")", [&] { done = m_host.writeKeyValue(entries); });
-    if (!done) m_trial.refused("writeKeyValue() answered false");
+    return done;
+  }
+
+  /// Writes, or ends the check when the host refuses.
+  void write(const Entries& entries) const {
+    if (!accepts(entries)) m_trial.refused("writeKeyValue() answered false");
+  }
+
+  /// Writes what the host accepts of them, alone if not together; ends the check when it refuses all.
+  Entries writeSome(const Entries& entries) const {
+    Entries accepted;
+    collectAccepted(entries, accepted);
+    if (accepted.empty()) m_trial.refused("writeKeyValue() answered false");
+    return accepted;
   }
 
   void remove(const Texts& keys) const {
@@ -77,6 +91,14 @@ class Store {
   }
 
  private:
+  void collectAccepted(const Entries& entries, Entries& accepted) const {
+    if (accepts(entries)) return accepted.insert(entries.begin(), entries.end());
+    if (entries.size() < 2) return;
+    const auto half = std::next(entries.begin(), static_cast<std::ptrdiff_t>(entries.size() / 2));
+    collectAccepted({entries.begin(), half}, accepted);
+    collectAccepted({half, entries.end()}, accepted);
+  }
+
   Trial& m_trial;
   Host& m_host;
 };

@@ -1,0 +1,264 @@
+// What the host sends upward, and an assistant side that asks back from inside, as clients do.
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "../Checks.h"
+#include "Load.h"
+#include "vorn_testing/FakeAssistant.h"
+
+namespace vorn_testing::checks {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+/// What went wrong in a call of the assistant side: it may not pass through the host's own frames.
+class Kept {
+ public:
+  void run(const std::function<void()>& act) {
+    try {
+      act();
+    } catch (const Outcome& outcome) {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      if (!m_first && outcome.kind == HostVerdict::kBroken) m_first = outcome;
+    }
+  }
+  void mustBeNone() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_first) throw Outcome(*m_first);
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::optional<Outcome> m_first;
+};
+
+std::vector<Round> ordinaryRounds() {
+  std::vector<Round> all;
+  for (const Operation& operation : operations()) {
+    for (const Given given : {Given::kWord, Given::kPlain}) {
+      for (int which = 0; which < operation.samples(given); ++which)
+        all.push_back({&operation, operation.prepare(given, which)});
+    }
+  }
+  return all;
+}
+
+/// Whether this thread is in a locked operation, or in the assistant side already.
+thread_local bool t_underMutex = false, t_asksBack = false;
+
+/// Asks every operation from inside, the first times that something is told. From inside a locked operation only what is
+/// unlocked: who sends news there knows that the assistant side does not ask the adapter back.
+void askedBack(Trial& trial) {
+  constexpr int kTimes = 2;
+  const FakeAssistant assistant;
+  assistant.recorder->keepCalls(false);
+  createAdapters(trial.host());
+  const auto all = ordinaryRounds(), inside = ordinaryRounds();
+  Kept kept;
+  std::mutex mutex;
+  std::map<std::string, int> times;
+  assistant.recorder->onCall([&](const Call& told) {
+    if (t_asksBack || told.operation == "sendAudioData") return;
+    {
+      const std::lock_guard<std::mutex> lock(mutex);
+      if (++times[told.operation + (t_underMutex ? " locked" : "")] > kTimes) return;
+    }
+    t_asksBack = true;
+    const AtEnd end([] { t_asksBack = false; });
+    kept.run([&] {
+      for (const Round& round : inside) {
+        if (!round.operation->locked || !t_underMutex) make(trial, round);
+      }
+    });
+  });
+  trial.explain("with an assistant side that asks every operation from inside what it is told");
+  for (const Round& round : all) {
+    t_underMutex = round.operation->locked;
+    make(trial, round);
+  }
+  t_underMutex = false;
+  std::this_thread::sleep_for(milliseconds(200));  // the host's own threads tell when they come to it
+  trial.destroy();
+  assistant.recorder->onCall(nullptr);
+  kept.mustBeNone();
+  trial.saw(std::to_string(times.size()) + " kinds of news");
+}
+
+/// The buffers that come, and from which thread.
+class Buffers {
+ public:
+  void note() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_count;
+    if (m_threads.empty() || m_threads.back() != std::this_thread::get_id())
+      m_threads.push_back(std::this_thread::get_id());
+  }
+  long count() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_count;
+  }
+  void begin() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_threads.clear();
+  }
+  /// Whether a thread came, another one, and the first again.
+  bool mixed() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (std::size_t i = 2; i < m_threads.size(); ++i) {
+      if (std::find(m_threads.begin(), m_threads.begin() + static_cast<long>(i) - 1, m_threads[i]) !=
+          m_threads.begin() + static_cast<long>(i) - 1)
+        return true;
+    }
+    return false;
+  }
+  /// Waits for that many more.
+  bool come(long more, milliseconds atMost) const { return reach(count() + more, atMost); }
+  bool reach(long enough, milliseconds atMost) const {
+    const auto end = Clock::now() + atMost;
+    while (count() < enough && Clock::now() < end) std::this_thread::sleep_for(milliseconds(2));
+    return count() >= enough;
+  }
+  /// Waits until none came for a while.
+  bool end(milliseconds atMost) const {
+    constexpr milliseconds kStill(300);
+    const auto last = Clock::now() + atMost;
+    while (Clock::now() < last) {
+      if (!come(1, kStill)) return true;
+    }
+    return false;
+  }
+
+ private:
+  mutable std::mutex m_mutex;
+  long m_count = 0;
+  std::vector<std::thread::id> m_threads;
+};
+
+constexpr milliseconds kSoon(1000), kLate(8000);
+
+/// A host that was told to push sound, and an assistant side that hears it.
+struct Listening {
+  explicit Listening(Trial& of) : trial(of) {
+    assistant.recorder->keepCalls(false);
+    createAdapters(trial.host());
+    assistant.recorder->onCall([this](const Call& told) {
+      if (told.operation != "sendAudioData") return;
+      buffers.note();
+      if (inside) kept.run(inside);
+    });
+  }
+  ~Listening() { assistant.recorder->onCall(nullptr); }
+  Listening(const Listening&) = delete;
+  Listening& operator=(const Listening&) = delete;
+
+  bool start() const {
+    bool started = false;
+    Host& host = trial.host();
+    trial.ask("startStreamingAudioData()", [&] { started = host.startStreamingAudioData(); });
+    return started;
+  }
+  void stop() const {
+    Host& host = trial.host();
+    trial.ask("stopStreamingAudioData()", [&] { host.stopStreamingAudioData(); });
+  }
+  /// Leaves without a word where no sound comes at all: a device may have nothing to say.
+  void presumeSound() const {
+    if (!start()) trial.refused("startStreamingAudioData() answered false");
+    if (!buffers.reach(3, kSoon)) trial.notAsked("no sound was pushed within a second");
+  }
+
+  Trial& trial;
+  FakeAssistant assistant;
+  Buffers buffers;
+  Kept kept;
+  std::function<void()> inside;
+};
+
+void stopsFromInside(Trial& trial) {
+  Listening listening(trial);
+  std::atomic<int> turn{0}, done{0};
+  listening.inside = [&] {
+    if (turn++ != 3) return;
+    listening.stop();
+    done = 1;
+  };
+  trial.explain("from inside sendAudioData(), on the thread that pushes sound");
+  listening.presumeSound();
+  const auto end = Clock::now() + trial.demands.bound;
+  while (!done && turn <= 3 && Clock::now() < end) std::this_thread::sleep_for(milliseconds(2));
+  while (turn > 3 && !done && Clock::now() < end) {
+    std::this_thread::sleep_for(milliseconds(2));
+    listening.kept.mustBeNone();
+  }
+  trial.explain("after it was stopped from inside sendAudioData()");
+  trial.destroy();
+  listening.kept.mustBeNone();
+}
+
+void stopsPushing(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  listening.stop();
+  if (!listening.buffers.end(kLate))
+    trial.broken("stopStreamingAudioData() returned, and sound was pushed for " +
+                 std::to_string(kLate.count() / 1000) + " s more");
+}
+
+void startsAgain(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  for (int turn = 0; turn < 2; ++turn) {
+    listening.stop();
+    listening.buffers.end(kLate);
+    if (!listening.start()) trial.refused("startStreamingAudioData() answered false");
+    if (!listening.buffers.come(1, kLate))
+      trial.broken(
+          "startStreamingAudioData() answered true after stopStreamingAudioData(), and no sound came for " +
+          std::to_string(kLate.count() / 1000) + " s");
+  }
+}
+
+void pushesFromOneThread(Trial& trial) {
+  Listening listening(trial);
+  listening.presumeSound();
+  listening.start();
+  listening.start();
+  listening.buffers.begin();
+  listening.buffers.come(60, kSoon);
+  if (listening.buffers.mixed())
+    trial.broken("startStreamingAudioData() was called again, and two threads push sound by turns");
+}
+
+}  // namespace
+
+void addUpwardChecks(Checks& checks) {
+  checks.push_back(checkOfHost(
+      "asked-back", "The assistant side may ask from inside what it is told.",
+      "Let go of your own mutex before you notify, or notify from a thread that holds nothing.", askedBack));
+  constexpr int kStart = 8, kStop = 9;
+  const auto add = [&](int slot, const char* name, const char* rule, const char* remedy,
+                       const std::function<void(Trial&)>& run) {
+    checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
+  };
+  add(kStart, "one-thread", "Sound is pushed from one thread, however often it is started.",
+      "Answer true at once when sound is on its way.", pushesFromOneThread);
+  add(kStart, "anew", "Sound is pushed again when it is started after a stop.",
+      "Begin anew with each start that you answer true to.", startsAgain);
+  add(kStop, "from-inside", "It may come on the thread that pushes sound.",
+      "Tell the thread to stop and join it when the host ends; hold no mutex while you push.",
+      stopsFromInside);
+  add(kStop, "ends", "Sound ends when it is stopped.", "Let the thread look whether it is to go on.",
+      stopsPushing);
+}
+
+}  // namespace vorn_testing::checks

@@ -1,0 +1,389 @@
+// Mistakes that show in a state, at a word, at the first call or at the thirtieth, or when the assistant side asks back.
+
+#include <DeviceAbstractionLayer/AuthorizationStates.h>
+#include <DeviceAbstractionLayer/DeviceInfoConstants.h>
+#include <VornAudioIn.h>
+#include <VornDeviceCapabilities.h>
+#include <VornLEDController.h>
+#include <VornOOBE.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+#include "Filed.h"
+
+using namespace VornDeviceAbstractionLayer;
+
+namespace hosts {
+namespace {
+
+// ---- Destroyed while something is on its way -----------------------------------------------------
+
+/// A thread for as long as a call lasts; it ends with stop(), and with nothing else.
+struct Ticking {
+  std::thread thread;
+  std::atomic<bool> on{false};
+  void start() {
+    if (on.exchange(true)) return;
+    thread = std::thread([this] {
+      while (on) std::this_thread::sleep_for(Milliseconds(5));
+    });
+  }
+  void stop() {
+    if (on.exchange(false)) thread.join();
+  }
+};
+struct TicksWithCard : Device {
+  Ticking ticking;
+  bool renderGUICard(const std::string&) override {
+    const Lock lock(mutex);
+    ticking.start();
+    return true;
+  }
+  bool clearGUICard() override {
+    const Lock lock(mutex);
+    ticking.stop();
+    return true;
+  }
+};
+struct WaitsForSilence : Device {
+  ~WaitsForSilence() override {
+    while (playback == "PLAYING") std::this_thread::sleep_for(Milliseconds(5));
+  }
+};
+struct TokenAtEnd : Player {
+  std::string token;
+  bool login(const std::string& given, const std::string&, bool, Milliseconds, std::string) override {
+    const Lock lock(mutex);
+    token = given;
+    return true;
+  }
+  bool logout(std::string) override {
+    const Lock lock(mutex);
+    token.clear();
+    return true;
+  }
+  ~TokenAtEnd() override {
+    if (!token.empty()) std::abort();
+  }
+};
+VORN_HOST("ends in any state", TicksWithCard, "destructor")
+VORN_HOST("ends in any state", WaitsForSilence, "destructor")
+VORN_PLAYER("ends in any state", TokenAtEnd, "destructor")
+
+// ---- Words of the headers ------------------------------------------------------------------------
+
+struct NoPlayerInPreview : Device {
+  std::atomic<bool> preview{false};
+  void alexaAuthStatusChanged(std::string status) override {
+    preview = status == DeviceAbstractionLayer::PREVIEW_MODE_AUTHORIZED_STATE;
+  }
+  VornEMPAdapterIF* getEMPAdapter() override { return preview ? nullptr : &player; }
+};
+struct TerminatesApp : Device {
+  Result onSendKeystroke(std::string key) override {
+    if (key == DeviceAbstractionLayer::TERMINATE_APP_KEYEVENT_CODE) std::exit(0);
+    return {true, ""};
+  }
+};
+struct YearAsNumber : Device {
+  std::string getConfigData(std::string key) override {
+    const std::string year;
+    return key == DeviceAbstractionLayer::MANUFACTURER_YEAR_CODE ? std::to_string(std::stoi(year)) : "";
+  }
+};
+VORN_HOST("words", NoPlayerInPreview, "getEMPAdapter")
+VORN_HOST("words", TerminatesApp, "onSendKeystroke")
+VORN_HOST("words", YearAsNumber, "getConfigData")
+
+// ---- Sound ---------------------------------------------------------------------------------------
+
+/// Pushes from a thread for each start.
+struct Sounding : Device {
+  std::vector<std::thread> threads;
+  std::atomic<bool> on{false};
+  void push() const {
+    std::vector<short> samples(160);
+    while (on) {
+      if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(samples);
+      std::this_thread::sleep_for(Milliseconds(2));
+    }
+  }
+  void begin() {
+    on = true;
+    threads.emplace_back([this] { push(); });
+  }
+  void end() {
+    on = false;
+    for (std::thread& thread : threads) thread.join();
+    threads.clear();
+  }
+  ~Sounding() override { end(); }
+};
+struct ThreadForEachStart : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.size() < 3) begin();
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+struct JoinsFromInside : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.empty()) begin();
+    return true;
+  }
+  void stopStreamingAudioData() override {
+    const Lock lock(mutex);
+    end();
+  }
+};
+struct SoundsOnce : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.empty()) begin();
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+struct NeverSilent : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.empty()) begin();
+    return true;
+  }
+  void stopStreamingAudioData() override {}
+};
+VORN_HOST("sound", ThreadForEachStart, "startStreamingAudioData")
+VORN_HOST("sound", JoinsFromInside, "stopStreamingAudioData")
+VORN_HOST("sound", SoundsOnce, "startStreamingAudioData")
+VORN_HOST("sound", NeverSilent, "stopStreamingAudioData")
+
+// ---- Asked back ----------------------------------------------------------------------------------
+
+struct TellsStateLocked : Device {
+  void alexaAuthStatusChanged(std::string status) override {
+    const Lock lock(mutex);
+    if (status == "UNAUTHORIZED") VornOOBE(*this).notifyOOBEInitiated();
+  }
+};
+struct TellsNameLocked : Device {
+  Result onLaunchTarget(std::string) override {
+    const Lock lock(mutex);
+    VornDeviceCapabilities(*this).notifyFriendlyNameChange(settings["name"]);
+    return {true, ""};
+  }
+};
+struct AsksLightsWhenDark : Device {
+  int setAnimation(Texts names) override { return names.empty() && VornLEDController::getInstance() ? 1 : 0; }
+};
+VORN_HOST("asked back", TellsStateLocked, "alexaAuthStatusChanged|asked-back")
+VORN_HOST("asked back", TellsNameLocked, "onLaunchTarget|asked-back")
+VORN_HOST("asked back", AsksLightsWhenDark, "setAnimation")
+
+// ---- The first call, and the thirtieth -----------------------------------------------------------
+
+struct TableWhenNeeded : Device {
+  std::atomic<bool> made{false};
+  std::map<std::string, std::string> keys;
+  Result onSendKeystroke(std::string key) override {
+    if (!made.exchange(true)) {
+      for (int i = 0; i < 30; ++i) keys["KEY " + std::to_string(i)] = "code of key " + std::to_string(i);
+    }
+    return {true, keys.count(key) ? keys[key] : ""};
+  }
+};
+struct PlanWhenNeeded : Device {
+  std::unique_ptr<std::set<std::string>> plan;
+  Result onLaunchTarget(std::string target) override {
+    if (!plan) {
+      plan = std::make_unique<std::set<std::string>>();
+      for (const char* const name : {"radio", "alarm", "timer", "news"}) plan->insert(name);
+    }
+    return {plan->count(target) > 0, ""};
+  }
+};
+struct CountsByName : Device {
+  std::map<std::string, int> counts;
+  Result onSetToggleState(std::string toggle, std::string) override { return {++counts[toggle] > 0, ""}; }
+};
+struct LogsOverflow : Device {
+  std::mutex of_logs;
+  Texts logs;
+  void onLogEmitted(const std::string& first, const std::string&) override {
+    const Lock lock(of_logs);
+    logs.push_back(first);
+    if (logs.size() < 30) return;
+    const Lock other(mutex);
+    store["last"] = logs.back();
+    logs.clear();
+  }
+  bool clear() override {
+    const Lock lock(mutex);
+    const Lock other(of_logs);
+    store.clear();
+    logs.clear();
+    return true;
+  }
+};
+struct CardsByTheDozen : Device {
+  std::vector<const std::string*> cards;
+  std::size_t length = 0;
+  bool renderGUICard(const std::string& document) override {
+    const Lock lock(mutex);
+    cards.push_back(&document);
+    if (cards.size() < 12) return true;
+    for (const std::string* const each : cards) length += each->size();
+    cards.clear();
+    return true;
+  }
+};
+struct BrightnessOfTwo : Device {
+  std::mutex of_power, of_range;
+  int brightness = 40;
+  Result onSetPowerState(bool on) override {
+    const Lock lock(of_power);
+    if (!on) brightness = 0;
+    return {true, ""};
+  }
+  Result onAdjustSeekPosition(int delta) override {
+    const Lock lock(of_range);
+    brightness = delta > brightness ? 100 : brightness;
+    return {true, ""};
+  }
+};
+struct WordsOfSearch : Device {
+  Result onSearchAndDisplayResults(std::string payload) override {
+    int words = 0;
+    for (char* word = std::strtok(&payload[0], " ,"); word; word = std::strtok(nullptr, " ,")) ++words;
+    return {words > 0, ""};
+  }
+};
+VORN_HOST("first call", TableWhenNeeded, "onSendKeystroke")
+VORN_HOST("first call", PlanWhenNeeded, "onLaunchTarget")
+VORN_HOST("grows by name", CountsByName, "onSetToggleState")
+VORN_HOST("every so often", LogsOverflow, "onLogEmitted|clear")
+VORN_HOST("every so often", CardsByTheDozen, "renderGUICard")
+VORN_HOST("a number of two", BrightnessOfTwo, "onSetPowerState|onAdjustSeekPosition")
+VORN_HOST("static place", WordsOfSearch, "onSearchAndDisplayResults")
+
+struct PresetsBetweenCalls : Device {
+  std::atomic<int> level{30};
+  int getVolume() override { return level; }
+  Result onSetVolume(int wanted) override {
+    level = std::clamp(wanted, 0, 100);
+    return {true, ""};
+  }
+  Result onAdjustVolume(int delta) override {
+    const std::int64_t sum = std::int64_t{level.load()} + delta;
+    level.store(static_cast<int>(std::clamp<std::int64_t>(sum, 0, 100)));
+    return {true, ""};
+  }
+};
+struct DeafWhenMuted : Device {
+  Result onSetVolume(int wanted) override {
+    if (getMuteStatus()) return {true, ""};
+    return Device::onSetVolume(wanted);
+  }
+};
+struct LanguageOnly : Device {
+  void changeAlexaLocale(std::string wanted) override {
+    const Lock lock(mutex);
+    locale = wanted.substr(0, 2);
+  }
+};
+struct YesToAll : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    Device::setSystemSetting(key, value);
+    return true;
+  }
+};
+struct KnowsAll : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    Device::getSystemSetting(key, value);
+    return true;
+  }
+};
+struct NamesInMarkup : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    for (std::size_t at = 0; (at = value.find('<', at)) != std::string::npos;) value.replace(at, 1, "&lt;");
+    return Device::setSystemSetting(key, value);
+  }
+};
+VORN_HOST("volume", PresetsBetweenCalls, "onAdjustVolume")
+VORN_HOST("volume", DeafWhenMuted, "onSetVolume")
+VORN_HOST("settings", LanguageOnly, "changeAlexaLocale")
+VORN_HOST("settings", YesToAll, "setSystemSetting")
+VORN_HOST("settings", KnowsAll, "getSystemSetting")
+VORN_HOST("settings", NamesInMarkup, "setSystemSetting")
+
+// ---- The store -----------------------------------------------------------------------------------
+
+struct FullWithoutAWord : Device {
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    const bool full = store.size() > 500;
+    for (auto& entry : entries) {
+      if (!full || store.count(entry.first)) store[entry.first] = std::move(entry.second);
+    }
+    return true;
+  }
+};
+/// Refuses what its lines cannot hold in a key, and forgets that values have lines too.
+struct LinesOfValues : Filed {
+  void load() override {
+    std::ifstream in(path, std::ios::binary);
+    for (std::string key, value; std::getline(in, key) && std::getline(in, value);) store[key] = value;
+  }
+  bool save() override {
+    std::ofstream out(path + "~", std::ios::binary);
+    for (const auto& entry : store) out << entry.first << "\n" << entry.second << "\n";
+    return static_cast<bool>(out.flush()) && std::rename((path + "~").c_str(), path.c_str()) == 0;
+  }
+  LinesOfValues() {
+    store.clear();
+    load();
+  }
+  bool writeKeyValue(Entries entries) override {
+    for (const auto& entry : entries) {
+      if (entry.first.find('\n') != std::string::npos) return false;
+    }
+    return Filed::writeKeyValue(std::move(entries));
+  }
+};
+struct MarkOfUse : Filed {
+  const std::string mark = folder() + "/in-use";
+  bool mine = false;
+  bool open() override {
+    const Lock lock(mutex);
+    if (mine) return true;
+    const int file = ::open(mark.c_str(), O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file < 0) return false;
+    close(file);
+    return mine = true;
+  }
+  ~MarkOfUse() override {
+    if (mine) unlink(mark.c_str());
+  }
+};
+VORN_HOST("store", FullWithoutAWord, "writeKeyValue|readKeyValue")
+VORN_HOST("durable", LinesOfValues, "writeKeyValue|readKeyValue")
+VORN_HOST("durable", MarkOfUse, "open")
+
+struct ReturnsTwice : Device {
+  Result onLaunchTarget(std::string target) override {
+    if (fork() == 0) execl("/nowhere/app", "app", target.c_str(), static_cast<char*>(nullptr));
+    return {true, ""};
+  }
+};
+VORN_HOST("process", ReturnsTwice, "onLaunchTarget")
+
+}  // namespace
+}  // namespace hosts
