@@ -120,7 +120,7 @@ TEST_F(DataFolder, IsRefusedWhileAnotherProcessHasIt) {
 
 TEST_F(DataFolder, IsNotLockedWhereTheLockIsAFolder) {
   fs::create_directory(path("lock"));
-  EXPECT_EQ(refusal(kFolder), refused(path("lock"), "cannot be written: Is a directory"));
+  EXPECT_EQ(refusal(kFolder), refused(path("lock"), "is no file"));
 }
 
 TEST_F(DataFolder, LeavesNoFileOpen) {
