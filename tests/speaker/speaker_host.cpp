@@ -199,8 +199,12 @@ TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeFailsWithWhatItSays) {
 }
 
 TEST_F(QuietBadHost, LeavesNothingBesideTheSpeakersOwnFiles) {
-  for (const char* when : {"none", "load abort", "call kill", "make throw"}) {
-    playOnIt(when);
+  for (const char* when : {"none", "load abort", "call kill", "make throw", "full"}) {
+    output(std::string("ulimit -f ") + (when == std::string("full") ? "0" : "unlimited") + "; VORN_BAD='" +
+           when +
+           "' " VORN_SPEAKER_PROGRAM
+           " --state /tmp/speaker/state --no-trace --watchdog 1 --host " VORN_BAD_HOST " " +
+           file("volume.scenario", "assistant VornDeviceInfo.getVolume\n") + " 2>&1");
     for (const auto& entry : std::filesystem::directory_iterator("/tmp/speaker/state"))
       EXPECT_TRUE(entry.path().filename() == "lock" || entry.path().filename() == "answer.wav")
           << when << ": " << entry.path();

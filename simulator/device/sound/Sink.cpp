@@ -43,6 +43,7 @@ void Sink::keepProblem(const std::function<void()>& work) {
     work();
   } catch (const std::runtime_error& error) {
     if (m_problem.empty()) m_problem = error.what();
+    giveUp();
     throw;
   }
 }
@@ -121,8 +122,11 @@ bool WavSink::made(const std::string& path) {
   return software && std::strncmp(software, kMaker, std::strlen(kMaker)) == 0;
 }
 
-WavSink::~WavSink() {
+WavSink::~WavSink() { giveUp(); }
+
+void WavSink::giveUp() {
   if (!m_aside.empty()) std::remove(m_aside.c_str());
+  m_aside.clear();
 }
 
 void WavSink::putInPlace() {

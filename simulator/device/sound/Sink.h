@@ -26,6 +26,7 @@ class Sink {
  private:
   virtual void take(const Sound& sound) = 0;
   virtual void conclude() {}
+  virtual void giveUp() {}  ///< A sound was lost: nothing of it may stay beside.
   void keepProblem(const std::function<void()>& work);
 
   mutable std::mutex m_mutex;
@@ -50,6 +51,7 @@ class WavSink : public Sink {
   struct File;
   void take(const Sound& sound) override;
   void conclude() override;
+  void giveUp() override;
   [[noreturn]] void refuse(const std::string& reason) const;
   int openAside();
   void write(int file);
