@@ -168,9 +168,11 @@ void Console::complain(const std::string& line, const Unreadable& error) {
 std::string Discretion::kept(const std::string& line, const Stage& stage) {
   const std::string shown = m_secrets ? line : maskedStatement(line);
   const bool expectation = split(line).at(0).text == "expect";
-  const bool telling = shown != line || (!m_secrets && stage.isSecret(line));
+  // It may differ from the line by its spelling alone.
+  const bool hides = !m_secrets && shown.find(kMask) != std::string::npos;
+  const bool telling = hides || (!m_secrets && stage.isSecret(line));
   if (!expectation) m_masked = telling || (!m_secrets && mayHoldSecret(line));
-  if (!expectation && telling && shown == line) return std::string("# ") + kMask;
+  if (!expectation && telling && !hides) return std::string("# ") + kMask;
   return expectation && (telling || m_masked) ? std::string("# expect ") + kMask : shown;
 }
 

@@ -213,6 +213,7 @@ TEST_F(Secrets, StayOutOfWhatThePipedConsoleSaysAndSaves) {
                              "assistant VornDeviceInfo.getSystemSetting Psk\nexpect true value=KEEP-THIS\n"
                              "expect KEEP-THIS\nfirmware VornAppMessaging.SendMessageToxApp a b KEEP-THIS\n"
                              "assistant VornStorage.writeKeyValue {passphrase=\"KEEP-THIS, a\", b=c}\n"
+                             "assistant VornStorage.removeKeyValue [a, \"p\\x73k: x\\xffKEEP-THIS\"]\n"
                              "assistant VornDeviceInfo.getVolume\nsave /tmp/speaker/saved.scenario\n"));
   EXPECT_EQ(leak(output), "");
   EXPECT_EQ(m_status, 1);
@@ -221,7 +222,7 @@ TEST_F(Secrets, StayOutOfWhatThePipedConsoleSaysAndSaves) {
             "assistant VornDeviceInfo.setSystemSetting Psk ********\n"
             "assistant VornDeviceInfo.getSystemSetting Psk\n"
             "# expect ********\n# expect ********\n# ********\n"
-            "assistant VornStorage.writeKeyValue {b=c, passphrase=********}\n"
+            "assistant VornStorage.writeKeyValue {b=c, passphrase=********}\n# ********\n"
             "assistant VornDeviceInfo.getVolume\n");
 }
 
