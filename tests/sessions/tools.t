@@ -64,11 +64,15 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Add to the store, do not start it anew.
         1   remedy: Answer an empty map for what you do not have.
         1   remedy: Answer an entry with the key asked for; answer false in writeKeyValue() when you do not store.
+        1   remedy: Answer false to what you do not keep.
         1   remedy: Answer false when you do not clear.
         1   remedy: Answer false when you do not remove.
+        1   remedy: Answer true at once when sound is on its way.
         1   remedy: Answer true at once when the store is open.
         1   remedy: Assign instead of inserting.
         1   remedy: Assign to the text, and only then answer true.
+        1   remedy: Begin anew with each start that you answer true to.
+        1   remedy: Call strtok_r(), localtime_r() and their like.
         3   remedy: Change what the getter reports before you answer true, or answer false.
         1   remedy: Check first, change then.
         1   remedy: Compare keys byte by byte: no folding of case, no trimming, no patterns.
@@ -78,7 +82,8 @@ What vorn-conformance and vorn-capture make of wrong options.
         2   remedy: Decide for each state of the device what a call means there.
        80   remedy: Decide for each state of the device what the call means there; what makes no sense is refused by an answer.
         1   remedy: Do not take an empty list for all.
-        3   remedy: Give back what a call took before it returns.
+        1   remedy: End in the destructor whatever a call may have begun and none has ended.
+        4   remedy: Give back what a call took before it returns.
         1   remedy: Give back what a change takes.
         1   remedy: Go on in the file that is in place, not in one that was replaced.
         1   remedy: Go on to the end of the list.
@@ -91,6 +96,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Hand out one player that lives as long as the host, not one for each call.
         3   remedy: Hand the change to the medium, as by fsync(), before you answer true.
         1   remedy: Hold one mutex from reading the store to writing it back.
+        1   remedy: Keep it for when the mute ends, or answer false.
         1   remedy: Keep nothing back from clear().
         1   remedy: Keep settings and the assistant client's store apart.
         1   remedy: Keep settings by their whole name.
@@ -104,15 +110,20 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Leave no mark that only an orderly end takes away.
         1   remedy: Leave the entry in the store.
         1   remedy: Leave the store open.
+        1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
+        1   remedy: Let the thread look whether it is to go on.
        51   remedy: Look whether there is a first element before you use it.
+        1   remedy: Make it in the constructor, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
+        1   remedy: Read, change and write the volume under one mutex, or in one atomic step.
         1   remedy: Release in the destructor what the constructor took.
         1   remedy: Release only what was taken.
         1   remedy: Remove what equals the key, no more.
         1   remedy: Remove what equals the key: no pattern, no cut, no folding.
         1   remedy: Replace the value before you answer.
+        1   remedy: Report a locale as it was given, or stay with your own.
         1   remedy: Stop and join what the calls started.
         1   remedy: Store all of it, or answer false.
         1   remedy: Store all of them, or answer false.
@@ -121,12 +132,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Store bytes: no lines, escapes, entities, numbers or names of files.
         1   remedy: Store keys and values by length, not as lines or C strings.
         1   remedy: Store what comes, even when it is nothing.
+        1   remedy: Tell the thread to stop and join it when the host ends; hold no mutex while you push.
        80   remedy: Tie no state to a thread; catch what you call throws, and answer with a result instead.
         1   remedy: Tie nothing to the thread of the constructor.
        15   remedy: Use your own state instead of asking the adapter, or ask on another thread and do not wait for it.
         1   remedy: Write a new file aside, hand it to the medium, and rename it over the old one.
         1   remedy: Write to the text only when you are going to answer true.
         1   rule:   A host can be destroyed on another thread than the one that made it.
+        1   rule:   A host can be destroyed whatever was called last.
         1   rule:   A host that was called can be destroyed.
         1   rule:   A host that was never called can be destroyed.
         1   rule:   A key is removed whatever stands in it, and no other with it.
@@ -138,6 +151,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   A setting is accepted and reported however often it was changed.
         1   rule:   A setting is read while it is changed.
         1   rule:   A setting stays when the store is written or emptied.
+        1   rule:   A setting that nobody named is reported too when it was accepted.
         1   rule:   A setting that was accepted is what getSystemSetting() reports.
         1   rule:   A store that was cleared can be used at once.
         1   rule:   A store whose process was killed can be opened again.
@@ -146,12 +160,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   A value may hold every byte, NUL included, and is read as it was written.
         1   rule:   A value of a mebibyte is read as it was written.
         1   rule:   A value that was refused is not taken.
+        1   rule:   A volume that is set while the speaker is muted is not lost.
         1   rule:   After clearing nothing is left.
         1   rule:   An empty value is a value.
        57   rule:   Any bytes and any number can arrive and are answered: NUL, what is not UTF-8, format directives, the smallest number, not-a-number.
         1   rule:   Arguments are the caller's and end with the call, also for a worker.
         1   rule:   Calls leave no descriptor open.
         1   rule:   Calls leave no memory behind.
+        1   rule:   Calls leave no process behind.
         1   rule:   Calls leave no thread behind.
        51   rule:   Empty texts, lists and maps can arrive and are answered.
         1   rule:   Every key of the list is removed.
@@ -160,12 +176,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Every operation answers in any order.
         1   rule:   Every operation answers in the order of a device's day.
         1   rule:   Every value that was accepted is reported as it was, long ones and those in any script too.
+        1   rule:   Functions of the C library that all threads share a place of are called by one at a time.
         1   rule:   However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.
         1   rule:   It answers null to no thread.
        80   rule:   It answers on any thread, again and again, without an exception.
        80   rule:   It answers the three-hundredth time as it did the first.
        80   rule:   It answers whatever was called before, and twice in a row.
        65   rule:   It comes without a lock: several threads may be inside at once.
+        1   rule:   It may come on the thread that pushes sound.
         1   rule:   It never answers null, however often it is asked.
         1   rule:   It never answers null, whatever was called before.
         1   rule:   It never answers null.
@@ -184,8 +202,12 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Reading takes nothing away.
         1   rule:   Removing an empty list changes nothing.
         1   rule:   Removing leaves other keys alone, also those that begin the same.
+        1   rule:   Sound ends when it is stopped.
+        1   rule:   Sound is pushed again when it is started after a stop.
+        1   rule:   Sound is pushed from one thread, however often it is started.
        36   rule:   Texts in an answer are valid UTF-8.
        57   rule:   Texts of a mebibyte, ten thousand entries and the largest numbers can arrive and are answered.
+        1   rule:   The assistant side may ask from inside what it is told.
         1   rule:   The value accepted last is the one reported.
         1   rule:   The volume moves the way that was asked, and getVolume() reports it.
         1   rule:   What VornAlexaState calls may overlap: locked operations with unlocked ones, unlocked ones with all.
@@ -202,7 +224,9 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What it hands out is valid while a command runs, also when another thread asks.
         1   rule:   What one thread wrote every other reads.
         1   rule:   What operations share, no two of them touch at once when one of them writes.
+        1   rule:   What several threads adjust at once adds up.
         1   rule:   What several threads write at once is all stored.
+        1   rule:   What the first call makes is not touched by the second before it is made.
         1   rule:   What was cleared is gone after the process was killed.
         1   rule:   What was removed is gone after the process was killed.
         1   rule:   What was stored after a removal or clearing is there for the next process too.
@@ -213,6 +237,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   When a host is destroyed the next one can be made and used.
         1   rule:   When it answers false the caller's text is as it was.
         1   rule:   When it answers true the caller's text is the setting, whatever it was before.
+        1   rule:   Who follows the assistant's locale reports it.
         1   rule:   Writing a key that exists replaces its value.
         1   rule:   Writing an empty map changes nothing.
         1   rule:   Writing leaves other keys alone.
@@ -222,11 +247,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../after-others
         1 VornDALImplIF/.../after-use
        65 VornDALImplIF/.../again
+        1 VornDALImplIF/.../anew
        64 VornDALImplIF/.../answers
         1 VornDALImplIF/.../any-order
         2 VornDALImplIF/.../any-thread
         1 VornDALImplIF/.../apart
         1 VornDALImplIF/.../as-written
+        1 VornDALImplIF/.../asked-back
         1 VornDALImplIF/.../clears
        49 VornDALImplIF/.../concurrent
         1 VornDALImplIF/.../day
@@ -236,8 +263,12 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../empty-list
         1 VornDALImplIF/.../empty-map
         1 VornDALImplIF/.../empty-value
+        1 VornDALImplIF/.../ends
         1 VornDALImplIF/.../every-byte
+        1 VornDALImplIF/.../first-calls
+        1 VornDALImplIF/.../from-inside
        41 VornDALImplIF/.../hostile-arguments
+        1 VornDALImplIF/.../in-any-state
        64 VornDALImplIF/.../in-sequence
         1 VornDALImplIF/.../in-use
         1 VornDALImplIF/.../invents-nothing
@@ -254,6 +285,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../long-value
         2 VornDALImplIF/.../many
         1 VornDALImplIF/.../memory
+        1 VornDALImplIF/.../muted
         1 VornDALImplIF/.../never-null
         1 VornDALImplIF/.../never-null-after-many
         1 VornDALImplIF/.../never-null-after-use
@@ -261,7 +293,9 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../new-host
         2 VornDALImplIF/.../odd-keys
         1 VornDALImplIF/.../often
+        1 VornDALImplIF/.../one-thread
         1 VornDALImplIF/.../past-absent
+        1 VornDALImplIF/.../processes
         1 VornDALImplIF/.../races
         1 VornDALImplIF/.../reads-again
         1 VornDALImplIF/.../reads-written
@@ -270,12 +304,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../removes-all
         1 VornDALImplIF/.../replaces
         1 VornDALImplIF/.../replaces-text
-        4 VornDALImplIF/.../reported
+        5 VornDALImplIF/.../reported
+        1 VornDALImplIF/.../static-places
         1 VornDALImplIF/.../stays
        15 VornDALImplIF/.../stays-out
         1 VornDALImplIF/.../store-apart
         1 VornDALImplIF/.../surroundings
-        3 VornDALImplIF/.../threads
+        4 VornDALImplIF/.../threads
         1 VornDALImplIF/.../together
         1 VornDALImplIF/.../together-VornAlexaState
         1 VornDALImplIF/.../together-VornAudioFocus
@@ -287,6 +322,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../together-VornOOBE
         1 VornDALImplIF/.../together-VornStorage
         1 VornDALImplIF/.../twice
+        1 VornDALImplIF/.../unnamed
         1 VornDALImplIF/.../unused
         1 VornDALImplIF/.../usable
        35 VornDALImplIF/.../utf8
