@@ -79,7 +79,7 @@ inline bool holdsSecretWord(const std::string& name) {
 /// Whether what bears this name must not be printed: a parameter, a key of a setting, a key in a store.
 ///
 /// Case and what stands between words do not matter: accessToken, wifi_password and API-KEY are all secret, also escaped
-/// as in \u0070sk and %70sk, and escaped again. A word inside another counts too: a harmless value that is masked is the
+/// as JSON, C and HTML do, and escaped again. A word inside another counts too: a harmless value that is masked is the
 /// smaller harm.
 inline bool isSecretName(const std::string& name) {
   std::string text = name;
