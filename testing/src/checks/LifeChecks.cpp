@@ -91,7 +91,7 @@ void endsUsed(Trial& trial) {
   useAll(trial);
   trial.destroy();
   trial.explain("after the host was destroyed");
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // as above; some work takes its time
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // what calls began may come to it later still
 }
 
 /// One call or a few, and it ends: whatever was begun.

@@ -125,6 +125,7 @@ class Buffers {
   bool come(long more, milliseconds atMost) const { return reach(count() + more, atMost); }
   bool reach(long enough, milliseconds atMost) const {
     const auto end = Clock::now() + atMost;
+    // The host's threads are not to be woken, slowed or kept apart by a lock of ours.
     while (count() < enough && Clock::now() < end) std::this_thread::sleep_for(milliseconds(2));
     return count() >= enough;
   }
