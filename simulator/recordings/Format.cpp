@@ -13,8 +13,8 @@ constexpr char kFormat[] = "vorn-speaker";
 
 // Longer than any stack is deep.
 constexpr int kMostInside = 1000000;
-constexpr int kMostSlots = 1000;
 constexpr int kMostThreads = 1000000000;
+constexpr std::size_t kMostNested = 16;
 
 /// What stands in place of a value that is not known.
 template <class Value, class Write>
@@ -67,6 +67,25 @@ Direction direction(const Json& json) {
   throw Unfit("expected down, up, life or own, found " + quoted(json));
 }
 
+/// How many lists and objects of a line of JSON lie inside each other at most.
+std::size_t depth(const std::string& line) {
+  std::size_t open = 0, most = 0;
+  bool inText = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    if (inText && c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      inText = !inText;
+    } else if (!inText && (c == '[' || c == '{')) {
+      most = std::max(most, ++open);
+    } else if (!inText && (c == ']' || c == '}') && open > 0) {
+      --open;
+    }
+  }
+  return most;
+}
+
 std::string nowInUtc() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now);
@@ -102,7 +121,7 @@ std::int64_t asWhole(const Json& json, std::int64_t least, std::int64_t most) {
 }
 
 std::chrono::microseconds asDuration(const Json& json) {
-  return std::chrono::microseconds(asWhole(json, 0, kMost));
+  return std::chrono::microseconds(asWhole(json, 0, kMostTime));
 }
 
 std::string asText(const Json& json) {
@@ -213,6 +232,18 @@ const std::vector<Field>& fields() {
   return all;
 }
 
+Json parsed(const std::string& line) {
+  // They are copied, and what is deeper than the stack cannot be.
+  if (depth(line) > kMostNested) throw Unfit("its lists are too deep");
+  try {
+    return Json::parse(line);
+  } catch (const Json::parse_error&) {
+    return Json(Json::value_t::discarded);
+  } catch (const Json::out_of_range&) {
+    throw Unfit("a number is too large");
+  }
+}
+
 Json headerLine() {
   return {{"recording", kFormat},
           {"version", Recording::kVersion},
@@ -220,7 +251,6 @@ Json headerLine() {
           {"writer", "vorn-speaker " VORN_SPEAKER_VERSION}};
 }
 
-/// The version that a first line names, or 0.
 int versionOf(const Json& json) {
   const bool ours = json.is_object() && json.contains("recording") && json["recording"] == kFormat &&
                     json.contains("version") && json["version"].is_number_integer();

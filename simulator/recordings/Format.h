@@ -18,6 +18,7 @@ struct Unfit : std::runtime_error {
 
 const std::string kFound = ", found ";  ///< In messages, before what may be a secret.
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMostTime = 1000000000000000;  ///< In microseconds: sums and nanoseconds have room.
 
 /// Read from JSON, or Unfit is thrown; quoted() shows what was found.
 std::string quoted(const Json& json);
@@ -38,10 +39,14 @@ struct Field {
 
 const std::vector<Field>& fields();
 
+/// A line as JSON; discarded when it is none. @throws Unfit
+Json parsed(const std::string& line);
+
 /// The first line of a recording, and the version that one names, or 0.
 Json headerLine();
 int versionOf(const Json& json);
 
+constexpr int kMostSlots = 1000;
 constexpr std::size_t kLongestHeader = 1 << 16;
 
 }  // namespace vorn_speaker

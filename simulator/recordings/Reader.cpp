@@ -16,6 +16,8 @@ namespace vorn_speaker {
 
 namespace {
 
+constexpr std::int64_t kMostLost = 1000000000000;  // So that sums have room.
+constexpr std::size_t kMostNested = 16;            // What is deeper than a stack cannot be moved.
 constexpr std::size_t kMostPiped = std::size_t{1} << 30;
 
 [[noreturn]] void refuse(const std::string& path, int error) {
@@ -75,32 +77,30 @@ class Reader {
   }
 
   void read(const std::string& text, bool last) {
-    const std::size_t mark = m_line == 1 && text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0;
-    const Json json =
-        Json::parse(text.begin() + static_cast<std::ptrdiff_t>(mark), text.end(), nullptr, false);
-    if (m_line == 1) {
-      m_recorded.version = versionOf(json);
-      if (m_recorded.version == 0) failHead();
-      for (const auto& [name, to] : {std::pair{"program", &m_recorded.program},
-                                     {"started", &m_recorded.started},
-                                     {"writer", &m_recorded.writer}}) {
-        if (json.contains(name) && json[name].is_string()) *to = json[name].get<std::string>();
-      }
-      return;
-    }
-    if (json.is_discarded()) {
-      if (!last) fail(m_line, "expected a line of a recording");
-      m_recorded.leftOut.push_back(place(m_line) + "left out, the line is cut");
-      return;
-    }
     try {
-      read(json);
+      const std::size_t mark = m_line == 1 && text.compare(0, 3, "\xef\xbb\xbf") == 0 ? 3 : 0;
+      const Json json = parsed(text.substr(mark));
+      if (m_line == 1) return readHead(json);
+      if (!json.is_discarded()) return read(json);
     } catch (const Unfit& unfit) {
+      if (m_line == 1) failHead();
       std::string why = unfit.what();
       const std::size_t found = why.find(kFound);
       if (found != std::string::npos && mayHoldSecret(text))
         why.replace(found, std::string::npos, kFound + kMask);
       fail(m_line, "expected a line of a recording; " + why);
+    }
+    if (!last) fail(m_line, "expected a line of a recording");
+    m_recorded.leftOut.push_back(place(m_line) + "left out, the line is cut");
+  }
+
+  void readHead(const Json& json) {
+    m_recorded.version = versionOf(json);
+    if (m_recorded.version == 0) failHead();
+    for (const auto& [name, to] : {std::pair{"program", &m_recorded.program},
+                                   {"started", &m_recorded.started},
+                                   {"writer", &m_recorded.writer}}) {
+      if (json.contains(name) && json[name].is_string()) *to = json[name].get<std::string>();
     }
   }
 
@@ -112,7 +112,7 @@ class Reader {
       if (!json["open"].is_object()) throw Unfit("expected a call, found " + quoted(json["open"]));
       m_recorded.open.push_back({call(json["open"], Known::kAtBegin), m_line});
     } else if (json.contains("leftOut")) {
-      m_recorded.lost.push_back({time(json), number(json, "leftOut")});
+      m_recorded.lost.push_back({time(json), number(json, "leftOut", kMostLost)});
     } else if (json.contains("sound")) {
       m_recorded.sounds.push_back(sound(json));
     } else if (json.contains("note")) {
@@ -132,7 +132,7 @@ class Reader {
   }
 
   static std::chrono::microseconds time(const Json& json, const char* name = "time") {
-    return std::chrono::microseconds(number(json, name));
+    return std::chrono::microseconds(number(json, name, kMostTime));
   }
 
   static Recorded::Sound sound(const Json& json) {

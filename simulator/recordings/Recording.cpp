@@ -38,7 +38,11 @@ void hide(Crossing& call) {
 const std::string& replaceable(const std::string& path) {
   refuseToReplace(path, "is no recording", kLongestHeader, [](const std::string& first) {
     const std::vector<std::string> all = lines(first);
-    return !all.empty() && versionOf(Json::parse(all[0], nullptr, false)) > 0;
+    try {
+      return !all.empty() && versionOf(parsed(all[0])) > 0;
+    } catch (const Unfit&) {
+      return false;
+    }
   });
   return path;
 }
