@@ -11,24 +11,31 @@ namespace {
 
 constexpr char kMessage[] = "receiveAppMessage(";
 
-/// The arguments of the trace that are secret, and what follows each: a token may hold anything, even that.
-constexpr struct {
+/// The arguments of the trace that are secret: whose, and what follows each. A token may hold anything, even that.
+constexpr struct Secret {
+  const char* operation;
   const char* name;
   const char* next;
-} kSecrets[] = {{"): accessToken: ", ", userName: "}, {"): playContextToken: ", ", offset: "}};
+} kSecrets[] = {{"VornEMPAdapterControl::login(", "): accessToken: ", ", userName: "},
+                {"VornEMPAdapterControl::launchAndPlay(", "): playContextToken: ", ", offset: "}};
 
 /// Masks from the name to the last of what follows it, and to the end when that does not fit: the line was cut, or
-/// another ran into it. What follows without the name is the rest of a token, and nobody knows where it begins.
-void mask(std::string& text, const std::string& name, const std::string& next) {
-  const std::size_t named = text.find(name);
-  const std::size_t last = text.rfind(next);
+/// another ran into it. What follows without the name is the rest of a token, and nobody knows where it begins; what stands
+/// behind its operation without it may be one.
+void mask(std::string& text, const Secret& secret) {
+  const std::size_t named = text.find(secret.name);
+  const std::size_t last = text.rfind(secret.next);
+  const std::size_t owner = text.find(secret.operation);
   if (named != std::string::npos) {
-    const std::size_t from = named + name.size();
-    const bool whole =
-        last != std::string::npos && last >= from && text.find(name, last) == std::string::npos;
+    const std::size_t from = named + std::strlen(secret.name);
+    const bool whole = last != std::string::npos && last >= from &&
+                       text.find(secret.name, last) == std::string::npos &&
+                       text.find(secret.operation, from) == std::string::npos;
     text.replace(from, whole ? last - from : std::string::npos, kMask);
   } else if (last != std::string::npos) {
     text = kMask;
+  } else if (owner != std::string::npos) {
+    text.replace(owner + std::strlen(secret.operation), std::string::npos, kMask);
   }
 }
 
@@ -117,10 +124,10 @@ std::string TraceLine::masked(const std::string& text) {
   if (line.adapter == "?") return kMask;
   if (line.operation == "SendMessageToxApp" && isSecretText(text)) return kMessage + std::string(kMask);
   std::string result = text;
-  for (const auto& secret : kSecrets) mask(result, secret.name, secret.next);
+  for (const Secret& secret : kSecrets) mask(result, secret);
   // What callers chose may tell of a secret too.
   std::string others = result;
-  for (const auto& secret : kSecrets) {
+  for (const Secret& secret : kSecrets) {
     const std::size_t named = others.find(secret.name);
     if (named != std::string::npos) others.erase(named, std::strlen(secret.name));
   }
