@@ -1,6 +1,6 @@
 // JSON as recordings use it: texts written, values read, everything else refused.
 
-#include "recording/Json.h"
+#include "src/recording/Json.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +99,10 @@ const Reading kReadings[] = {
     {R"( { "a" : 1 , "a" : 2 } )", "object {a: word 1} {a: word 2}"},
     {nested(16), toldNested(16)},
     {nested(17), kNone},
+    {R"({"a":)" + nested(16) + "}", kNone},
+    {R"("\udc00\u0041")",
+     "text \xed\xb0\x80"
+     "A"},
     {"", kNone},
     {" ", kNone},
     {"1 2", kNone},

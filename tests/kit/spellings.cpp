@@ -1,6 +1,6 @@
 // Values as the checks and the recordings spell them, and words that were meant.
 
-#include "text/Spelling.h"
+#include "src/text/Spelling.h"
 
 #include <gtest/gtest.h>
 #include <vorn_testing/Spelling.h>
