@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vorn_testing/RecordingFile.h>
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -132,6 +134,8 @@ TEST_F(Lines, StandInTheOrderInWhichTheirCallsBegan) {
   const Calls calls = read(m_head + lineOf("call", "3") + lineOf("call", "1") + lineOf("call", "2"));
   ASSERT_EQ(calls.size(), 3U);
   EXPECT_TRUE(calls[0].line == 3 && calls[1].line == 4 && calls[2].line == 2);
+  const Calls same = read(m_head + lineOf("call", "1") + lineOf("call", "1"));
+  EXPECT_TRUE(same.at(0).line == 2 && same.at(1).line == 3);
 }
 
 TEST_F(Lines, ToKeepAreOrderedByThreads) {
@@ -181,11 +185,45 @@ TEST_F(Lines, TakeNoOtherFilesPlace) {
   EXPECT_THROW(writeGoldenRecording("/dev/full", {}), std::runtime_error);
 }
 
+TEST_F(Lines, LeaveNoFileOpen) {
+  const auto next = [] {
+    const int descriptor = dup(STDIN_FILENO);
+    close(descriptor);
+    return descriptor;
+  };
+  const int before = next();
+  {
+    RecordingFile file(m_path, std::make_shared<Recorder>());
+    EXPECT_NE(next(), before);
+    file.close();
+    EXPECT_EQ(next(), before);
+  }
+  int others = -1;
+  {
+    RecordingFile file(m_path, std::make_shared<Recorder>());
+    file.close();
+    others = dup(STDIN_FILENO);  // It has the number that the recording had.
+    file.close();
+  }
+  EXPECT_EQ(close(others), 0);
+  { const RecordingFile file(m_path, std::make_shared<Recorder>()); }
+  writeGoldenRecording(m_path, {});
+  readRecording(m_path);
+  std::ofstream(m_path) << "mine";
+  EXPECT_THROW(writeGoldenRecording(m_path, {}), std::runtime_error);
+  EXPECT_EQ(next(), before);
+}
+
 TEST_F(Lines, TellWhoWroteThemAndWhen) {
   { RecordingFile file(m_path, std::make_shared<Recorder>(), "a \"b\""); }
   std::ifstream in(m_path);
   std::string head;
   std::getline(in, head);
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  char year[16];
+  std::strftime(year, sizeof year, "%Y-", gmtime_r(&now, &parts));
+  EXPECT_NE(head.find(std::string("\"started\":\"") + year), std::string::npos) << head;
   for (char& c : head) c = c >= '0' && c <= '9' ? '#' : c;
   EXPECT_EQ(
       head,
