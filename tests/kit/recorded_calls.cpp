@@ -85,6 +85,15 @@ TEST_F(RecordedCallsOf, SecretsAreMaskedWhereverTheyComeUpAgain) {
                           "VornDeviceInfo.getTimezone = threw ********"}));
 }
 
+TEST_F(RecordedCallsOf, SecretsOfAListAreFoundAgainOneByOne) {
+  const RecordedCalls calls(outer.recorder);
+  outer.setAnimation({"the token", "listed-5"});
+  inner.answer = "it is listed-5";
+  outer.getConfigData("city");
+  EXPECT_EQ(calls.calls()[0].text(), "VornLEDController.setAnimation ******** = ********");
+  EXPECT_EQ(calls.calls()[1].text(), "VornDeviceInfo.getConfigData city = ********");
+}
+
 TEST_F(RecordedCallsOf, SetsAreMaskedEntryByEntry) {
   EXPECT_EQ(last([](RecordingHost& host) {
               host.writeKeyValue({{"apiToken", "x"}, {"city", "Oslo"}, {"note", "password: y"}});
