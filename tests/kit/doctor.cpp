@@ -5,6 +5,7 @@
 #include <VornOOBE.h>
 #include <VornStorage.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <vorn_testing/DoctorHost.h>
 
 #include <csignal>
@@ -344,6 +345,37 @@ TEST_F(TheDoctor, LeavesTheCrashesOfOthersToThem) {
   GTEST_SKIP() << "the sanitizers keep the signal or turn it into an exit status of their own";
 #endif
   EXPECT_EXIT(crash(), testing::KilledBySignal(SIGSEGV), "");
+}
+
+/// More stack than there is.
+[[gnu::noinline]] int deep(const volatile int* above) {
+  const volatile int here[1000] = {*above};
+  return *above > 0 ? deep(here) + here[999] : 0;
+}
+
+TEST_F(TheDoctor, LeavesAWantOfStackToWhoeverTellsOfIt) {
+  vorn_testing::NullHost host;
+  const auto overflow = [&] {
+    static char stack[1 << 16];
+    stack_t own = {};
+    own.ss_sp = stack;
+    own.ss_size = sizeof stack;
+    sigaltstack(&own, nullptr);
+    struct sigaction tell = {};
+    tell.sa_handler = [](int) { _exit(7); };
+    tell.sa_flags = SA_ONSTACK;
+    sigaction(SIGSEGV, &tell, nullptr);
+    around(host);
+    const int more = 1;
+    deep(&more);
+  };
+#ifdef VORN_EMULATED
+  GTEST_SKIP() << "qemu-user gives a handler no stack of its own";
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers tell of a want of stack themselves";
+#endif
+  EXPECT_EXIT(overflow(), testing::ExitedWithCode(7), "");
 }
 
 TEST(Findings, ReadAsSentenceRuleAndStacks) {

@@ -1,6 +1,8 @@
 // The kit's record of calls: values as texts, calls in order, hooks, locks.
 
+#include <DeviceAbstractionLayer/OOBE.h>
 #include <gtest/gtest.h>
+#include <vorn_testing/FakeAssistant.h>
 #include <vorn_testing/Recorder.h>
 
 #include <stdexcept>
@@ -137,6 +139,16 @@ TEST_F(Recorded, EveryUseLocks) {
       locks([&] { m_recorder.calls(), m_recorder.signatures(), m_recorder.count("go"), m_recorder.clear(); }),
       4U);
   EXPECT_EQ(locks([&] { record("go"); }), 2U);
+}
+
+TEST(TheAssistantSide, IsLockedOnceByEveryUse) {
+  vorn_testing::FakeAssistant assistant;
+  const interposed::Counts before = interposed::counts();
+  assistant.create(vorn_testing::FakeAssistant::kOOBE);
+  DeviceAbstractionLayer::OOBE::getInstance();
+  vorn_testing::FakeAssistant::references(vorn_testing::FakeAssistant::kOOBE);
+  assistant.remove(vorn_testing::FakeAssistant::kOOBE);
+  EXPECT_EQ((interposed::counts() - before).locks, 4U);
 }
 
 }  // namespace

@@ -296,6 +296,8 @@ TEST_F(Recordings, AreReadOnlyWhenTheyAreWhole) {
   const std::string head = "{\"recording\":\"vorn-speaker\",\"version\":2}\n";
   EXPECT_EQ(problem("{"), m_path + ":1: no JSON");
   EXPECT_EQ(problem(head + "{\"call\":1}\n"), m_path + ":2: expected the field time");
+  EXPECT_EQ(problem(head + "{\"call\":18446744073709551616}\n"),
+            m_path + ":2: the field call: the number 18446744073709551616 is too large");
   EXPECT_EQ(problem(head + "{\"note\":\"\\u00e9\\ud83d\\ude00\",\"time\":[{\"a\":[]}]}\n"), "it was read");
 }
 

@@ -184,6 +184,21 @@ TEST(TraceMasking, HidesATokenWhoseNameIsTornAway) {
   }
 }
 
+TEST(TraceMasking, HidesATokenWhateverIsTornOutOfItsLine) {
+  for (const std::string name : {kLogin, kLaunch}) {
+    for (std::size_t from = 0; from < name.size(); ++from) {
+      for (std::size_t to = from + 1; to <= name.size(); ++to) {
+        const std::string torn = name.substr(0, from) + name.substr(to) + kSecret;
+        EXPECT_EQ(shown(" Time: " + torn).find(kSecret), std::string::npos) << torn;
+        if (from <= name.find('(')) continue;
+        // In one line with another, whose end is lost.
+        EXPECT_EQ(shown(" Time: " + (kLogin + ("a" + (kAfterToken + torn)))).find(kSecret), std::string::npos)
+            << torn;
+      }
+    }
+  }
+}
+
 class TornLines : public testing::TestWithParam<const char*> {};
 
 TEST_P(TornLines, AreNotShown) {

@@ -39,6 +39,7 @@ const Reading kReadings[] = {
     {"\x80", 0, 0},
     {"\xbf", 0, 0},
     {"\xf8\x88\x80\x80\x80", 0, 0},
+    {"\xf8\x90\x80\x80", 0, 0},
     {"\xff", 0, 0},
     // Too short.
     {"\xc2", 0, 0},

@@ -20,7 +20,7 @@ inline std::uint64_t sizeOf(const std::string& text) {
     size = size * 10 + static_cast<std::uint64_t>(text[at] - '0');
   const std::string unit = text.substr(at);
   const int shift = unit.empty() ? 0 : unit == "K" ? 10 : unit == "M" ? 20 : unit == "G" ? 30 : -1;
-  if (shift < 0 || (size << shift) < std::uint64_t{64} << 10 || (size << shift) > std::uint64_t{1} << 42)
+  if (shift < 0 || size > std::uint64_t{1} << (42 - shift) || (size << shift) < std::uint64_t{64} << 10)
     return 0;
   return size << shift;
 }

@@ -71,12 +71,19 @@ std::vector<std::string> parts(const std::string& text) {
 
 void addValues(std::map<std::string, std::vector<std::string>>& values, const char* option,
                const std::string& text) {
-  const std::size_t equals = text.find('=');
-  if (equals == std::string::npos || parts(text.substr(equals + 1)).size() < 2)
+  const std::size_t equals = std::min(text.find('='), text.size());
+  const auto named = parts(text.substr(std::min(equals + 1, text.size())));
+  if (equals == 0 || std::set<std::string>(named.begin(), named.end()).size() < 2)
     throw Problem(std::string(option) + " " + text + ": give a name and two values or more, as in " + option +
                   " mode=day,night");
-  for (const std::string& value : parts(text.substr(equals + 1)))
-    values[text.substr(0, equals)].push_back(value);
+  auto& all = values[text.substr(0, equals)];
+  all.insert(all.end(), named.begin(), named.end());
+}
+
+/// What an option names, which is something.
+const char* text(const char* option) {
+  if (!*optarg) throw Problem(std::string(option) + " needs a value; see --help");
+  return optarg;
 }
 
 void addAreas(std::set<std::string>& areas, const char* option, const std::string& text) {
@@ -98,11 +105,6 @@ void setShard(Options& options, const std::string& text) {
     throw Problem("--shard " + text + ": give a part and how many there are, as in --shard 2/4");
   options.shard = part - 1;
   options.shards = of;
-}
-
-std::string fileOf(const char* option, const std::string& name) {
-  if (name.empty()) throw Problem(std::string(option) + ": give the name of a file");
-  return name;
 }
 
 /// What is wrong with the option that getopt_long() has just refused.
@@ -145,21 +147,21 @@ Options parse(int count, char** arguments) {
   }
   opterr = 0;  // It would print what it does not know as it is.
   for (int letter; (letter = getopt_long(count, arguments, ":h", kOptions, nullptr)) != -1;) {
-    if (letter == 'o') options.only.push_back(optarg);
+    if (letter == 'o') options.only.push_back(text("--only"));
     if (letter == 'l') options.list = true;
-    if (letter == 'j') options.junit = fileOf("--junit", optarg);
-    if (letter == 'J') options.json = fileOf("--json", optarg);
+    if (letter == 'j') options.junit = text("--junit");
+    if (letter == 'J') options.json = text("--json");
     if (letter == 'r') options.resume = true;
     if (letter == 'S') setShard(options, optarg);
     if (letter == 'd') demands.durable = true;
     if (letter == 't') options.strict = true;
-    if (letter == 'w') addAreas(demands.without, "--without", optarg);
-    if (letter == 'q') addAreas(demands.required, "--require", optarg);
+    if (letter == 'w') addAreas(demands.without, "--without", text("--without"));
+    if (letter == 'q') addAreas(demands.required, "--require", text("--require"));
     if (letter == 's') addValues(demands.settings, "--setting", optarg);
     if (letter == 'm') addValues(demands.modes, "--mode", optarg);
-    if (letter == 'c') demands.channels.push_back(optarg);
-    if (letter == 'i') demands.inputs.push_back(optarg);
-    if (letter == 'L') demands.locales.push_back(optarg);
+    if (letter == 'c') demands.channels.push_back(text("--channel"));
+    if (letter == 'i') demands.inputs.push_back(text("--input"));
+    if (letter == 'L') demands.locales.push_back(text("--locale"));
     if (letter == 'b') demands.bound = bound(optarg);
     if (letter == 'h') options.help = true;
     if (letter == 'v') options.version = true;

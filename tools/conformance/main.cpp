@@ -34,12 +34,24 @@ namespace fs = std::filesystem;
 
 constexpr int kKept = 0, kBroken = 1, kResultsLost = 1, kNothingChecked = 2, kHostFailed = 3;
 
+void mustNameSome(const std::string& part) {
+  std::vector<std::string> words;
+  for (const HostCheck& check : vorn_testing::hostChecks()) {
+    if (check.id.find(part) != std::string::npos) return;
+    const std::string name = check.id.substr(check.id.find('/', check.id.find('/') + 1) + 1);
+    words.push_back(name);
+    words.push_back(name.substr(0, name.find('/')));
+  }
+  throw Problem("--only " + part + ": no check is named so" + didYouMean(part, words) +
+                " (--list names them all)");
+}
+
 std::vector<HostCheck> chosen(const Options& options) {
+  for (const std::string& part : options.only) mustNameSome(part);
   std::vector<HostCheck> checks;
-  std::vector<std::string> operations, names;  // those of one operation stay together
+  std::vector<std::string> operations;  // those of one operation stay together
   std::size_t index = 0;
   for (const HostCheck& check : vorn_testing::hostChecks()) {
-    names.push_back(check.id.substr(check.id.find('/', check.id.find('/') + 1) + 1));
     if (!options.only.empty() &&
         std::none_of(options.only.begin(), options.only.end(),
                      [&](const auto& text) { return check.id.find(text) != std::string::npos; }))
@@ -49,12 +61,6 @@ std::vector<HostCheck> chosen(const Options& options) {
     if (found == operations.end()) found = operations.insert(operations.end(), place);
     const auto number = check.slot == 1 ? index++ : static_cast<std::size_t>(found - operations.begin());
     if (number % options.shards == options.shard || options.shards == 1) checks.push_back(check);
-  }
-  if (operations.empty()) {
-    std::vector<std::string> words = names;
-    for (const std::string& name : names) words.push_back(name.substr(0, name.find('/')));
-    throw Problem("no check is named so" + didYouMean(options.only.back(), words) +
-                  " (--list names them all)");
   }
   return checks;
 }

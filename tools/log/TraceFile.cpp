@@ -63,7 +63,7 @@ bool TraceFile::replaced() {
     return false;
   }
   if (ours.st_ino != named.st_ino || ours.st_dev != named.st_dev) {
-    if (!std::exchange(m_waiting, false)) m_say(m_path + " was replaced; reading the new file");
+    if (!m_waiting) m_say(m_path + " was replaced; reading the new file");
     close();
     return true;
   }

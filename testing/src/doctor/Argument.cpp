@@ -60,13 +60,14 @@ void onFault(int, siginfo_t* info, void*) {
 void watchArguments(OnMisuse onMisuse) {
   const std::lock_guard<std::mutex> lock(g_mutex);
   g_onMisuse = onMisuse;
-  struct sigaction action = {};
-  action.sa_sigaction = onFault;
-  action.sa_flags = SA_SIGINFO | SA_NODEFER;
   struct sigaction current = {};
   sigaction(SIGSEGV, nullptr, &current);
   if (current.sa_sigaction == onFault) return;
   g_before = current;
+  struct sigaction action = {};
+  action.sa_sigaction = onFault;
+  // On the stack that whoever was there before wants: a fault for want of stack gets to them on no other.
+  action.sa_flags = SA_SIGINFO | SA_NODEFER | (current.sa_flags & SA_ONSTACK);
   sigaction(SIGSEGV, &action, nullptr);
 }
 

@@ -39,7 +39,7 @@ class Parser {
   [[noreturn]] static void fail() { throw NoJson("no JSON"); }
 
   void skip() {
-    while (m_at < m_text.size() && std::strchr(" \t\r\n", m_text[m_at])) ++m_at;
+    while (m_at < m_text.size() && m_text[m_at] != '\0' && std::strchr(" \t\r\n", m_text[m_at])) ++m_at;
   }
 
   char peek() {

@@ -44,8 +44,9 @@ template <class Number>
 void readNumber(const Json& json, Number& number) {
   const char* const end = json.text.data() + json.text.size();
   const bool whole = json.kind == Json::kWord && !json.text.empty() && json.text[0] != '-';
-  if (!whole || std::from_chars(json.text.data(), end, number).ptr != end)
-    throw recording::NoJson("expected a whole number");
+  const auto read = std::from_chars(json.text.data(), end, number);
+  if (!whole || read.ptr != end) throw recording::NoJson("expected a whole number");
+  if (read.ec != std::errc()) throw recording::NoJson("the number " + json.text + " is too large");
 }
 
 /// A field of a line, as docs/speaker.md tells them.
