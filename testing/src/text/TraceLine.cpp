@@ -136,7 +136,7 @@ std::size_t certain(const std::string& text) {
   const bool whole = end != std::string::npos && followsOne(text, end + 1, kAfter) &&
                      std::all_of(text.begin() + static_cast<std::ptrdiff_t>(types),
                                  text.begin() + static_cast<std::ptrdiff_t>(end),
-                                 [](char c) { return isWord(c) || std::strchr(":<>,&* ", c); });
+                                 [](char c) { return isWord(c) || (c && std::strchr(":<>,&* ", c)); });
   return whole ? text.size() : types;
 }
 
