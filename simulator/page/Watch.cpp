@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "recordings/Json.h"
+#include "recordings/Format.h"
 #include "text/Files.h"
 #include "text/Lines.h"
 
@@ -21,8 +21,11 @@ namespace {
 constexpr std::size_t kLongestLine = std::size_t{4} << 20;
 constexpr std::chrono::milliseconds kPause(100);
 
-bool isHeader(const Json& json) {
+bool isHeader(const std::string& line) try {
+  const Json json = parsed(line);
   return json.is_object() && json.value("recording", Json()) == "vorn-speaker";
+} catch (const Unfit&) {
+  return false;
 }
 
 std::vector<std::string> texts(const Json& json, const char* field) {
@@ -44,8 +47,7 @@ void mask(Json& json, Masker& masker) {
   call.adapter = text(json, "adapter");
   call.operation = text(json, "operation");
   call.target = text(json, "interface");
-  const Json slot = json.value("slot", Json());
-  call.slot = slot.is_number_integer() ? slot.get<int>() : 0;
+  call.slot = static_cast<int>(asWhole(json.value("slot", Json(0)), 0, kMostSlots));
   for (const std::string& argument : texts(json, "arguments")) {
     try {
       call.spelled.push_back(split(argument).size() == 1 ? argument : std::string(kMask));
@@ -82,7 +84,7 @@ Watch::Watch(const std::string& path, bool secrets, Stream& stream)
   first.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
   const std::size_t end = first.find('\n');
   // An empty file may become one.
-  if (!first.empty() && !isHeader(Json::parse(first.substr(0, end), nullptr, false))) {
+  if (!first.empty() && !isHeader(first.substr(0, end))) {
     close(m_file);
     throw std::runtime_error(oneLine(path) + ": is no recording; `vorn-speaker record FILE` makes one");
   }
@@ -145,14 +147,10 @@ void Watch::read() {
 }
 
 void Watch::tell(const std::string& line) {
-  // A line may be as deep as it is long.
-  const auto flat = [](int depth, Json::parse_event_t, const Json&) { return depth < 16; };
-  Json json = Json::parse(line, flat, false);
-  if (!json.is_object() || line.size() > kLongestLine) {
-    m_stream.push("{\"leftOut\":1}");
-    return;
-  }
   try {
+    if (line.size() > kLongestLine) throw Unfit("it is too long");
+    Json json = parsed(line);
+    if (!json.is_object()) throw Unfit("it is no object");
     Json& call = json.contains("open") && json["open"].is_object() ? json["open"] : json;
     if (!m_secrets) mask(call, m_masker);
     const std::string note = text(json, "note");

@@ -42,7 +42,12 @@ const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
 }  // namespace
 
 Speaker::Speaker(const Settings& settings, std::ostream& out)
-    : m_recorder(std::make_shared<vorn_testing::Recorder>()),
+    : m_limit(settings.limit),
+      m_secrets(settings.secrets),
+      m_keepGoing(settings.keepGoing),
+      m_trace(settings.trace),
+      m_traceStart(std::max<std::streamoff>(traceSize(), 0)),
+      m_recorder(std::make_shared<vorn_testing::Recorder>()),
       m_printer(out, settings.everyBlock),
       m_recording(settings.recording.empty() ? nullptr : std::make_unique<Recording>(settings.recording)),
       m_crossings(m_recorder, settings.secrets),
@@ -60,12 +65,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
                        : nullptr),
       m_attachments(m_recorder, m_players),
       m_adapters(m_doctorHost ? static_cast<VornDALImplIF&>(*m_doctorHost) : m_recordingHost, m_players,
-                 m_attachments),
-      m_limit(settings.limit),
-      m_secrets(settings.secrets),
-      m_keepGoing(settings.keepGoing),
-      m_trace(settings.trace),
-      m_traceStart(std::max<std::streamoff>(traceSize(), 0)) {
+                 m_attachments) {
   m_microphone.hear(settings.audio);
   for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"}) {
     m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
@@ -124,6 +124,7 @@ Speaker::~Speaker() {
   }
   m_assistantSide.reset();
   m_firmware.reset();
+  m_ownHost.reset();  // Its threads end here, watched and heard.
 }
 
 void Speaker::play(const std::string& file, const std::vector<Step>& steps) {

@@ -120,35 +120,13 @@ class Speaker : public Stage, private Crossings::Listener {
   /// Waits until `condition` holds under m_mutex, at most so long; returns whether it does.
   bool holds(std::chrono::milliseconds within, const std::function<bool()>& condition);
 
-  const std::shared_ptr<vorn_testing::Recorder> m_recorder;
-  Printer m_printer;
-  Tally m_tally;
-  std::unique_ptr<Recording> m_recording;
-  OpenCalls m_openCalls;
-  Crossings m_crossings;
-
-  std::ostringstream m_canvas;  ///< What the display draws, before it is printed.
-  std::mutex m_canvasMutex;
-  Display m_display;
-  Microphone m_microphone;
-  SpeakerHost m_host;
-  const std::shared_ptr<VornDALImplIF> m_ownHost;
-  vorn_testing::RecordingHost m_recordingHost;
-  const std::unique_ptr<vorn_testing::DoctorHost> m_doctorHost;
-  PlayerTable m_players;
-  Attachments m_attachments;
-  Adapters m_adapters;
-  std::unique_ptr<vorn_testing::FakeAssistant> m_assistantSide;
-  std::unique_ptr<Worker> m_firmware;
-  std::unique_ptr<Worker> m_assistant;
-  std::vector<std::unique_ptr<Worker>> m_moreAssistants;
-
   /// What statements put in the way of an operation's calls.
   struct Disturbance {
     std::chrono::milliseconds delay{0};
     std::optional<std::string> failure;
   };
 
+  // What is told of calls stands before what makes them, whose threads may tell until they are destroyed.
   const std::chrono::seconds m_limit;
   const bool m_secrets;
   const bool m_keepGoing;
@@ -165,6 +143,29 @@ class Speaker : public Stage, private Crossings::Listener {
   const bool m_trace;
   bool m_traceAside = false;  ///< Whether a folder stands where the trace belongs.
   const std::streamoff m_traceStart;
+
+  const std::shared_ptr<vorn_testing::Recorder> m_recorder;
+  Printer m_printer;
+  Tally m_tally;
+  std::unique_ptr<Recording> m_recording;
+  OpenCalls m_openCalls;
+  Crossings m_crossings;
+
+  std::ostringstream m_canvas;  ///< What the display draws, before it is printed.
+  std::mutex m_canvasMutex;
+  Display m_display;
+  Microphone m_microphone;
+  SpeakerHost m_host;
+  std::shared_ptr<VornDALImplIF> m_ownHost;
+  vorn_testing::RecordingHost m_recordingHost;
+  const std::unique_ptr<vorn_testing::DoctorHost> m_doctorHost;
+  PlayerTable m_players;
+  Attachments m_attachments;
+  Adapters m_adapters;
+  std::unique_ptr<vorn_testing::FakeAssistant> m_assistantSide;
+  std::unique_ptr<Worker> m_firmware;
+  std::unique_ptr<Worker> m_assistant;
+  std::vector<std::unique_ptr<Worker>> m_moreAssistants;
 };
 
 }  // namespace vorn_speaker

@@ -23,7 +23,8 @@ bool standardOutputArrived(const char* program) {
   // Both at once: a failure of one must not keep the other from being written out.
   const bool flushed = std::fflush(stdout) == 0;
   if (std::cout.good() && flushed && std::ferror(stdout) == 0) return true;
-  const bool open = (fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) != O_RDONLY;
+  const int flags = fcntl(STDOUT_FILENO, F_GETFL);
+  const bool open = flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
   std::cerr << program << ": standard output could not be written; "
             << (open ? "is the disk full?" : "it is closed") << '\n';
   return false;

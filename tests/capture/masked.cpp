@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
@@ -30,10 +31,29 @@ class Masked : public testing::Test {
       }
       static const char* const kBetween[] = {"",  "",  "_", "-",        " ",   "\n",
                                              ".", "7", "x", "\xc3\xa4", "***", "********"};
+      part = escaped(part);
       made += part.insert(below(part.size() + 1), kBetween[below(std::size(kBetween))]);
       made += kBetween[below(std::size(kBetween))];
     }
     return made;
+  }
+
+  /// Some of its characters as JSON, C, web addresses and HTML write them, and some of these again.
+  std::string escaped(std::string text) {
+    static const char* const kForms[] = {"\\u%04x", "\\x%02X", "%%%02x", "\\%03o",
+                                         "&#%d;",   "&#x%x",   "%%u%04X"};
+    while (below(3) == 0 && !text.empty()) {
+      std::string made;
+      for (const char c : text) {
+        char form[16] = {c};
+        if (below(3) == 0)
+          std::snprintf(form, sizeof form, kForms[below(std::size(kForms))], static_cast<unsigned char>(c));
+        made += form;
+      }
+      if (below(20) == 0) made.resize(below(made.size() + 1));
+      text.swap(made);
+    }
+    return text;
   }
 
   /// In parts, as a list of values is.
@@ -60,6 +80,38 @@ TEST_F(Masked, TextsAreThoseThatTheRuleOfAllToolsMasks) {
   }
   EXPECT_GT(telling, 20000);
   EXPECT_LT(telling, 80000);
+}
+
+TEST_F(Masked, NamesAndTextsAreToldHoweverTheyAreSpelled) {
+  const char* const kSpellings[] = {"accessToken",
+                                    "ACCESS_TOKEN",
+                                    "access-token",
+                                    "access\ntoken",
+                                    "\"access\" \"token\"",
+                                    "{\"to\\u006ben\":\"x\"}",
+                                    "\\u0054\\u004f\\u004b\\u0045\\u004e",
+                                    "to%6ben=x",
+                                    "to%256ben",
+                                    "to%25256ben",
+                                    "wifi%5Fpass%77ord",
+                                    "pass&#119;ord",
+                                    "pass&#x77ord",
+                                    "pass\\167ord",
+                                    "p\\x73k",
+                                    "\xff\xfePSK",
+                                    "ps\\\\k",
+                                    "a%7%70sk",
+                                    "%%%70sk",
+                                    "&#&#112;sk",
+                                    "x ******** y"};
+  for (const char* const spelling : kSpellings) {
+    EXPECT_TRUE(isTelling(spelling)) << spelling;
+    EXPECT_TRUE(vorn_testing::isSecretText(spelling)) << spelling;
+  }
+  for (const char* const harmless : {"", "%", "\\", "&#", "%74%6f", "to\\u00", "tok%65", "\\u0130ken"}) {
+    EXPECT_FALSE(isTelling(harmless)) << harmless;
+    EXPECT_FALSE(vorn_testing::isSecretText(harmless)) << harmless;
+  }
 }
 
 TEST_F(Masked, ValuesAreFoundAgainWhereverTheyStand) {

@@ -12,6 +12,7 @@
 #include <vorn_testing/Text.h>
 #include <vorn_testing/TraceLine.h>
 
+#include "Program.h"
 #include "device/parts/DeviceFile.h"
 #include "device/sound/Sound.h"
 #include "language/Console.h"
@@ -24,9 +25,6 @@
 #include "run/Replay.h"
 #include "speaker/script.h"
 #include "text/Lines.h"
-
-/// main() of vorn-speaker.
-int vornSpeaker(int argc, char** argv);
 
 namespace {
 
@@ -151,7 +149,7 @@ void options(const std::string& text) {
   for (std::string& word : words) arguments.push_back(&word[0]);
   arguments.push_back(nullptr);
   const Said said;
-  const int status = vornSpeaker(static_cast<int>(words.size()), arguments.data());
+  const int status = vorn_speaker::program(static_cast<int>(words.size()), arguments.data());
   if (status != 0 && status != 2) broken("a command line ends with " + std::to_string(status));
   if (said.text().empty()) broken("a command line without an answer");
   mustBeHarmless(said.text());

@@ -130,7 +130,14 @@ TEST(Conformance, NamesAnOptionThatWasMeantAndNothingRaw) {
       {"-j x.so", "-j is no option"},
       {"--list=all", "--list takes no value"},
       {"x.so --json", "--json needs a value"},
-      {"--json '' x.so", "--json: give the name of a file"},
+      {"--json '' x.so", "--json needs a value"},
+      {"--only '' x.so", "--only needs a value"},
+      {"--only getVolume --only nothing-like-it x.so", "--only nothing-like-it: no check is named so"},
+      {"--without '' x.so", "--without needs a value"},
+      {"--input '' x.so", "--input needs a value"},
+      {"--locale '' x.so", "--locale needs a value"},
+      {"--setting =a,b x.so", "--setting =a,b: give a name"},
+      {"--setting name=a,a x.so", "--setting name=a,a: give a name and two values"},
       {"--shard -1/-1 x.so", "--shard -1/-1: give a part and how many there are"},
       {"--shard 1/18446744073709551616 x.so", "give a part and how many there are"}};
   for (const auto& [arguments, told] : kWrong) {

@@ -103,13 +103,28 @@ TEST(Format, PassesOverWhatItDoesNotKnowAndSaysSo) {
 TEST(Format, RefusesKnownLinesThatHoldSomethingElse) {
   EXPECT_EQ(
       problem("{\"leftOut\":-1}\n"),
-      "/tmp/recordings/one:2: expected a line of a recording; the field leftOut: expected a whole number from 0, found -1");
+      "/tmp/recordings/one:2: expected a line of a recording; the field leftOut: expected a whole number from 0 to 1000000000000, found -1");
   EXPECT_EQ(problem("{\"open\":3}\n"),
             "/tmp/recordings/one:2: expected a line of a recording; expected a call, found 3");
   EXPECT_EQ(
       problem("{\"sound\":\"m\",\"peak\":32769}\n"),
       "/tmp/recordings/one:2: expected a line of a recording; the field peak: expected a whole number from 0 to 32768, "
       "found 32769");
+}
+
+TEST(Format, RefusesNumbersOfOtherLinesThatAreTooLarge) {
+  const std::string line = "/tmp/recordings/one:2: expected a line of a recording; ";
+  EXPECT_EQ(problem("{\"leftOut\":1000000000001}\n"),
+            line + "the field leftOut: expected a whole number from 0 to 1000000000000, found 1000000000001");
+  EXPECT_EQ(
+      problem("{\"note\":\"a\",\"time\":1000000000000001}\n"),
+      line + "the field time: expected a whole number from 0 to 1000000000000000, found 1000000000000001");
+}
+
+TEST(Format, RefusesANumberThatNoTypeHoldsInTheLastLineToo) {
+  const std::string why = "/tmp/recordings/one:2: expected a line of a recording; a number is too large";
+  EXPECT_EQ(problem(call(1, {{"time", "1e999"}})), why);
+  EXPECT_EQ(problem(call(1, {{"colour", "-1e999"}}) + call(2)), why);
 }
 
 TEST(Format, RefusesWhatMayHoldASecretWithoutShowingIt) {
@@ -119,7 +134,7 @@ TEST(Format, RefusesWhatMayHoldASecretWithoutShowingIt) {
                              {"arguments", "[\"KEEP-THIS secret\"]"}})),
             expected + "arguments: expected values as a scenario holds them, found ********");
   EXPECT_EQ(problem("{\"note\":4,\"leftOut\":\"psk KEEP-THIS\"}\n"),
-            expected + "leftOut: expected a whole number from 0, found ********");
+            expected + "leftOut: expected a whole number from 0 to 1000000000000, found ********");
   EXPECT_EQ(
       read("{\"token KEEP-THIS\":1}\n").leftOut.at(0),
       "/tmp/recordings/one:2: passed over, a line that begins with ******** is not known; lines that have it: 1");
@@ -169,5 +184,66 @@ TEST(Format, TakesTheFirstVersionToo) {
   EXPECT_EQ(made.version, 1);
   EXPECT_EQ(made.calls.size(), 1U);
 }
+
+struct Field {
+  const char* name;
+  const char* value;
+  const char* says;
+};
+
+class BadFields : public testing::TestWithParam<Field> {};
+
+TEST_P(BadFields, AreNamedWithTheirPlace) {
+  EXPECT_EQ(problem(made::line({{GetParam().name, GetParam().value}})),
+            std::string("/tmp/recordings/one:2: expected a line of a recording; ") + GetParam().says);
+}
+
+#define TIME "expected a whole number from 0 to 1000000000000000, found "
+const Field kBadFields[] = {
+    {"time", "", "expected the field time"},
+    {"call", "0", "the field call: expected a whole number from 1, found 0"},
+    {"call", "1.0", "the field call: expected a whole number from 1, found 1.0"},
+    {"call", "18446744073709551615",
+     "the field call: expected a whole number from 1, found 18446744073709551615"},
+    {"time", "-1", "the field time: " TIME "-1"},
+    {"duration", "\"5\"", "the field duration: " TIME "\"5\""},
+    {"time", "1000000000000001", "the field time: " TIME "1000000000000001"},
+    {"duration", "18446744073709551616", "the field duration: " TIME "1.8446744073709552e+19"},
+    {"waited", "9223372036854775807", "the field waited: " TIME "9223372036854775807"},
+    {"host", "9223372036854775807", "the field host: " TIME "9223372036854775807"},
+    {"threadNumber", "4294967297",
+     "the field threadNumber: expected a whole number from 1 to 1000000000, found 4294967297"},
+    {"slot", "4294967297", "the field slot: expected a whole number from 0 to 1000, found 4294967297"},
+    {"thread", "7", "the field thread: expected a text, found 7"},
+    {"direction", "null", "the field direction: expected down, up, life or own, found null"},
+    {"direction", "\"left\"", "the field direction: expected down, up, life or own, found \"left\""},
+    {"adapter", "\"#\"", "the field adapter: expected a name, found \"#\""},
+    {"adapter", "\"\"", "the field adapter: expected a name, found \"\""},
+    {"operation", "\"a b\"", "the field operation: expected a name, found \"a b\""},
+    {"interface", "[]", "the field interface: expected a text, found an array"},
+    {"slot", "1e300", "the field slot: expected a whole number from 0 to 1000, found 1e+300"},
+    {"slot", "-1", "the field slot: expected a whole number from 0 to 1000, found -1"},
+    {"slot", "1001", "the field slot: expected a whole number from 0 to 1000, found 1001"},
+    {"threadNumber", "0", "the field threadNumber: expected a whole number from 1 to 1000000000, found 0"},
+    {"waited", "-1", "the field waited: " TIME "-1"},
+    {"host", "\"5\"", "the field host: " TIME "\"5\""},
+    {"reached", "1", "the field reached: expected true, false or null, found 1"},
+    {"inside", "-5", "the field inside: expected a whole number from 0 to 1000000, found -5"},
+    {"inside", "2147483647", "the field inside: expected a whole number from 0 to 1000000, found 2147483647"},
+    {"arguments", "{}", "the field arguments: expected a list of texts, found an object"},
+    {"arguments", "[3]", "the field arguments: expected a text, found 3"},
+    {"arguments", "[\"a b\"]",
+     "the field arguments: expected values as a scenario holds them, found ********"},
+    {"arguments", "[\"#\"]", "the field arguments: expected values as a scenario holds them, found ********"},
+    {"arguments", "[\"[a\"]",
+     "the field arguments: expected values as a scenario holds them, found ********"},
+    {"result", "30", "the field result: expected a text, found 30"},
+    {"written", "null", "the field written: expected a list of texts, found null"},
+    {"exception", "5", "the field exception: expected a text, found 5"},
+    {"exception", "", "expected the field exception"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Format, BadFields, testing::ValuesIn(kBadFields));
+#undef TIME
 
 }  // namespace

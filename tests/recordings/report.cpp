@@ -40,6 +40,43 @@ TEST(Reports, TellPercentilesOfEachOperation) {
   EXPECT_TRUE(hasRow(reported(lines), "down VornDeviceInfo.getVolume 200 1 100 180 198 200"));
 }
 
+TEST(Reports, TellTheLeastTheMedianAndTheMostOfFewCalls) {
+  std::string lines;
+  for (const char* time : {"9", "1", "4", "2", "3"})
+    lines += made::line({{"call", time}, {"duration", time}});
+  const std::string shown = reported(lines);
+  EXPECT_NE(shown.find("       5       1       3       9       9       9\n"), std::string::npos) << shown;
+}
+
+TEST(Reports, AreForPeopleAndWithoutSecrets) {
+  const std::string path = made::file(
+      kHeader + made::line({{"call", "2"}}) +
+      R"({"call":3,"time":0,"duration":7,"thread":"assistant","direction":"down","adapter":"VornEMPAdapterControl","operation":"login","interface":"VornEMPAdapterIF","slot":3,"inside":0,"arguments":["KEEP-THIS","ada","true","1ms","x"],"result":"true","written":[],"exception":null})"
+      "\n" +
+      R"({"call":4,"time":0,"duration":9,"thread":"assistant","direction":"up","adapter":"VornDeviceInfo","operation":"notifyVolumeChanged","interface":"DeviceInfo","slot":41,"inside":2,"arguments":["3"],"result":"","written":[],"exception":"\u001b[2J KEEP-THIS"})"
+      "\n" +
+      "{");
+  std::ostringstream shown, plain;
+  Recorded recorded = Recording::read(path);
+  report(recorded, plain);
+  recorded.mask();
+  report(recorded, shown);
+  EXPECT_EQ(
+      shown.str(),
+      path +
+          ":5: left out, the line is cut\n"
+          "assistant          firmware\n"
+          "    |----------------->|  VornDeviceInfo.getVolume = 30\n"
+          "    |----------------->|  VornEMPAdapterControl.login ******** ada true 1ms x = true\n"
+          "    |<-----------------|      VornDeviceInfo.notifyVolumeChanged 3 = threw ********\n"
+          "\n"
+          "Microseconds                                                                   calls   least  median    90 %    99 %    most\n"
+          "down  VornDeviceInfo.getVolume                                                     1       5       5       5       5       5\n"
+          "down  VornEMPAdapterControl.login                                                  1       7       7       7       7       7\n"
+          "up    VornDeviceInfo.notifyVolumeChanged                                           1       9       9       9       9       9\n");
+  EXPECT_NE(plain.str().find("threw \\x1b[2J KEEP-THIS\n"), std::string::npos) << plain.str();
+}
+
 TEST(Reports, TellWaitsForLocksAndTheTimeOfTheHostWhereTheyAreKnown) {
   const std::string known = reported(call(1, {{"duration", "9"}, {"waited", "3"}, {"host", "5"}}) + call(2));
   const std::string lock = known.substr(known.find("Microseconds of waiting for the adapter's lock"));

@@ -15,7 +15,7 @@ What vorn-conformance and vorn-capture make of wrong options.
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   [3]
   $ vorn-conformance --only none "$GOOD_HOST"
-  vorn-conformance: no check is named so (--list names them all)
+  vorn-conformance: --only none: no check is named so (--list names them all)
   [2]
   $ vorn-conformance --shard 0/3 none.so
   vorn-conformance: --shard 0/3: give a part and how many there are, as in --shard 2/4
@@ -45,13 +45,11 @@ What vorn-conformance and vorn-capture make of wrong options.
   vorn-conformance: --setting mode=a: give a name and two values or more, as in --setting mode=day,night
   [2]
   $ vorn-conformance --mode =a,b none.so
-  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
-  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
-  [3]
+  vorn-conformance: --mode =a,b: give a name and two values or more, as in --mode mode=day,night
+  [2]
   $ vorn-conformance --channel "" none.so
-  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
-  What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
-  [3]
+  vorn-conformance: --channel needs a value; see --help
+  [2]
   $ vorn-conformance --resume none.so
   vorn-conformance: --resume needs --json FILE, from which it goes on
   [2]

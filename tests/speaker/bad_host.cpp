@@ -46,6 +46,16 @@ void askForOwnMutex() {
   other.join();
 }
 
+/// Asks for a mutex that its own thread holds.
+void lockTwice() {
+  std::mutex own;
+  const std::lock_guard<std::mutex> lock(own);
+  try {
+    const std::lock_guard<std::mutex> again(own);
+  } catch (const std::system_error&) {
+  }
+}
+
 void misbehave(const std::string& when) {
   const char* const set = std::getenv("VORN_BAD");
   const std::string wanted = set ? set : "";
@@ -70,6 +80,7 @@ void misbehave(const std::string& when) {
   if (what == "print") std::puts("the host prints");
   if (what == "ask-again") askAgain();
   if (what == "own-mutex") askForOwnMutex();
+  if (what == "lock-twice") lockTwice();
   if (what == "leave" && fork() == 0)
     for (;;) pause();
 }

@@ -193,6 +193,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 class QuietBadHost : public BadHost {};
 
+TEST_F(QuietBadHost, IsWatchedUntilItIsDestroyed) {
+  const std::string output = playOnIt("destroy lock-twice");
+  EXPECT_EQ(m_status, 3);
+  EXPECT_TRUE(has(output, "which its own thread holds")) << output;
+}
+
 TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeFailsWithWhatItSays) {
   EXPECT_TRUE(has(playOnIt("make throw"), "The host threw while it was made: nothing for it"));
   EXPECT_EQ(m_status, 3);

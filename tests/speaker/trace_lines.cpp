@@ -4,6 +4,9 @@
 #include <vorn_testing/Masking.h>
 #include <vorn_testing/TraceLine.h>
 
+#include <algorithm>
+#include <cstring>
+#include <fstream>
 #include <sstream>
 #include <string>
 
@@ -163,7 +166,25 @@ TEST(TraceMasking, HidesATokenOfALineThatIsTornAnywhere) {
   }
 }
 
-TEST(TraceMasking, HidesATokenWhoseNameWasTornAway) {
+// The name is torn away, and what follows the token may be too.
+TEST(TraceMasking, HidesATokenWhoseNameIsTornAway) {
+  const std::string before = " Time: " + std::string(kLogout) + "\n";
+  for (const std::string& line :
+       {loginOf(kSecret), " Time: " + std::string(kLaunch) + kSecret + ", offset: 5ms, playerId: x\n"}) {
+    const std::size_t token = line.find(kSecret), after = token + std::strlen(kSecret);
+    for (std::size_t begin = 0; begin < token; ++begin) {
+      for (std::size_t torn = token; torn > begin; torn -= std::min<std::size_t>(torn - begin, 5)) {
+        for (const std::size_t end : {after, after + 3, line.size()}) {
+          const std::string trace = before + line.substr(0, begin) + line.substr(torn, end - torn);
+          ASSERT_EQ(shown(trace).find(kSecret), std::string::npos) << trace;
+          ASSERT_EQ(shown(trace + "\n" + before).find(kSecret), std::string::npos) << trace;
+        }
+      }
+    }
+  }
+}
+
+TEST(TraceMasking, HidesATokenWhateverIsTornOutOfItsLine) {
   for (const std::string name : {kLogin, kLaunch}) {
     for (std::size_t from = 0; from < name.size(); ++from) {
       for (std::size_t to = from + 1; to <= name.size(); ++to) {
@@ -176,6 +197,54 @@ TEST(TraceMasking, HidesATokenWhoseNameWasTornAway) {
       }
     }
   }
+}
+
+class TornLines : public testing::TestWithParam<const char*> {};
+
+TEST_P(TornLines, AreNotShown) {
+  const std::string masked = TraceLine::masked(GetParam());
+  EXPECT_EQ(masked.find(kSecret), std::string::npos) << masked;
+  EXPECT_EQ(TraceLine::masked(masked), masked);
+}
+
+const char* const kTorn[] = {
+    "KEEP-THISbool " CONTROL "logout(std::string): playerId: x",
+    "KEEP-THIS, userName: ada Time: bool " CONTROL "logout(std::string): playerId: x",
+    "bool " CONTROL "logout(std::stKEEP-THIS",
+    "bool " CONTROL "logout(std::string): plaKEEP-THIS",
+    "bool " CONTROL "logout(std::string)KEEP-THIS",
+    "bool " CONTROL "logout(std::string): playerId: x\nKEEP-THIS",
+    "bool " CONTROL "login(const string&, const string&): KEEP-THIS",
+    "bool " CONTROL "skipForward(std::chrono::milliseconds, std::string): offset: KEEP-THIS",
+    "bool " CONTROL "skipForward(std::chrono::milliseconds, std::string): offset: 5KEEP-THIS, playerId: x",
+    AUDIO "sendAudioData(std::vector<short int>&) calling xApp API count=KEEP-THIS",
+    AUDIO "sendAudioData(std::vector<short int>&) calling xApp API count=3KEEP-THIS",
+    AUDIO "notifyAlexaButtonReleased() calling xAppKEEP-THIS",
+    AUDIO "notifyAlexaButtonReleased() calling xApp API\nKEEP-THIS",
+    "VornMediaPlayerFactory::createDalMediaPlayer nKEEP-THIS",
+    "VornMediaPlayerFactory::createDalMediaPlayer name=Speech\nKEEP-THIS",
+    "receiveAppMessage(a,b,KEEP-THIS",
+    "receiveAppMessage(a,b,c)\nKEEP-THIS",
+};
+
+INSTANTIATE_TEST_SUITE_P(Trace, TornLines, testing::ValuesIn(kTorn));
+
+TEST(TraceMasking, ShowsEveryWholeLineThatHoldsNoToken) {
+  std::ifstream page(VORN_TRACE_PAGE);
+  int lines = 0;
+  for (std::string row; std::getline(page, row);) {
+    const std::size_t begin = row.rfind(" | `");
+    if (row.compare(0, 6, "| Vorn") != 0 || row.compare(row.size() - 3, 3, "` |") != 0) continue;
+    std::string line = row.substr(begin + 4, row.rfind('`') - begin - 4);
+    for (std::size_t open = line.find('{'); open != std::string::npos; open = line.find('{'))
+      line.replace(open, line.find('}') - open + 1,
+                   line[open + 1] == 'c' || line[open + 1] == '1'                             ? "-7"
+                   : line.compare(open, 2, "{a") == 0 || line.compare(open, 6, "{playC") == 0 ? "********"
+                                                                                              : "x");
+    EXPECT_EQ(TraceLine::masked(line), line);
+    ++lines;
+  }
+  EXPECT_GT(lines, 35);
 }
 
 TEST(TraceMasking, GoesToTheEndWhenASecondTokenFollowsTheFirst) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vorn_testing/StandardFiles.h>
 #include <vorn_testing/Text.h>
 
 #include <cerrno>
@@ -178,8 +179,8 @@ int main(int count, char** arguments) {
   try {
     const Options options = optionsOf(count, arguments);
     if (!options.shown.empty()) {
-      std::cout << (options.shown == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp) << std::flush;
-      return std::cout ? 0 : 1;
+      std::cout << (options.shown == "--version" ? "vorn-capture " VORN_VERSION "\n" : kHelp);
+      return vorn_testing::standardOutputArrived("vorn-capture") ? 0 : 1;
     }
     start(options);
   } catch (const std::exception& error) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 
 /// What must not be shown, and what is shown in its place: one rule for every tool.
@@ -19,9 +20,14 @@ constexpr const char* kSecretWords[] = {
 
 namespace masking {
 
-/// What an escape at that place stands for, such as \u0070, \x70, \160, %70, &#112; and &#x70;, and its length; 0 where
+inline bool beginsEscape(char c) { return c == '\\' || c == '%' || c == '&'; }
+
+constexpr std::size_t kLongestEscape = 11;
+constexpr int kMostEscaped = 3;  ///< How often the same text may have been escaped.
+
+/// What an escape at the beginning stands for, such as \u0070, \x70, \160, %70, &#112; and &#x70;, and its length; 0 where
 /// none is that stands for a character of ASCII.
-inline std::size_t escape(const std::string& text, std::size_t at, char& meant) {
+inline std::size_t escape(const char* text, std::size_t size, char& meant) {
   struct Form {
     const char* begin;
     std::size_t length, digits, base;  // No digits: as many as there are.
@@ -29,10 +35,10 @@ inline std::size_t escape(const std::string& text, std::size_t at, char& meant) 
   static const Form kForms[] = {{"\\u", 2, 4, 16}, {"\\x", 2, 2, 16}, {"%u", 2, 4, 16}, {"%", 1, 2, 16},
                                 {"\\", 1, 3, 8},   {"&#x", 3, 0, 16}, {"&#", 2, 0, 10}};
   for (const Form& form : kForms) {
-    if (text.compare(at, form.length, form.begin) != 0) continue;
-    const std::size_t first = at + form.length, most = form.digits ? form.digits : 7;
-    std::size_t code = 0, end = first;
-    for (; end < text.size() && end - first < most; ++end) {
+    if (size < form.length || std::memcmp(text, form.begin, form.length) != 0) continue;
+    const std::size_t most = form.length + (form.digits ? form.digits : 7);
+    std::size_t code = 0, end = form.length;
+    for (; end < size && end < most; ++end) {
       const char c = text[end];
       const std::size_t digit = c >= '0' && c <= '9'   ? static_cast<std::size_t>(c - '0')
                                 : c >= 'a' && c <= 'f' ? static_cast<std::size_t>(c - 'a') + 10
@@ -41,9 +47,9 @@ inline std::size_t escape(const std::string& text, std::size_t at, char& meant) 
       if (digit >= form.base) break;
       code = code * form.base + digit;
     }
-    if (end == first || (form.digits && end - first != form.digits) || code >= 0x80) continue;
+    if (end == form.length || (form.digits && end != most) || code >= 0x80) continue;
     meant = static_cast<char>(code);
-    return end - at + (!form.digits && end < text.size() && text[end] == ';' ? 1 : 0);
+    return end + (!form.digits && end < size && text[end] == ';' ? 1 : 0);
   }
   return 0;
 }
@@ -53,8 +59,7 @@ inline std::string unescaped(const std::string& text) {
   std::string plain;
   for (std::size_t at = 0; at < text.size();) {
     char meant = text[at];
-    const bool begins = meant == '\\' || meant == '%' || meant == '&';
-    const std::size_t length = begins ? escape(text, at, meant) : 0;
+    const std::size_t length = beginsEscape(meant) ? escape(text.data() + at, text.size() - at, meant) : 0;
     plain += meant;
     at += length ? length : 1;
   }
@@ -83,7 +88,7 @@ inline bool holdsSecretWord(const std::string& name) {
 /// smaller harm.
 inline bool isSecretName(const std::string& name) {
   std::string text = name;
-  for (int again = 0; again < 3; ++again) {
+  for (int again = 0; again < masking::kMostEscaped; ++again) {
     if (masking::holdsSecretWord(text)) return true;
     if (text.find_first_of("\\%&") == std::string::npos) return false;
     std::string plain = masking::unescaped(text);

@@ -1,7 +1,9 @@
 #include "vorn_testing/TraceLine.h"
 
+#include <algorithm>
 #include <cstring>
 #include <istream>
+#include <iterator>
 
 #include "vorn_testing/Masking.h"
 
@@ -10,32 +12,49 @@ namespace vorn_testing {
 namespace {
 
 constexpr char kMessage[] = "receiveAppMessage(";
+constexpr char kPlayer[] = "VornMediaPlayerFactory::createDalMediaPlayer ";
+constexpr char kNamespace[] = "VornDeviceAbstractionLayer::";
 
-/// The arguments of the trace that are secret: whose, and what follows each. A token may hold anything, even that.
-constexpr struct Secret {
-  const char* operation;
+/// What stands before the class in a whole line; "X" is the class itself.
+constexpr const char* kBefore[] = {"",
+                                   "bool ",
+                                   "void ",
+                                   "std::string ",
+                                   "std::pair<bool, std::basic_string<char> > ",
+                                   "static std::shared_ptr<VornDeviceAbstractionLayer::X> "};
+
+/// What follows the signature in a whole line: # is a number, * the texts that callers chose.
+constexpr const char* kAfter[] = {"",
+                                  " calling xApp API",
+                                  " calling xApp API count=#",
+                                  " calling AudioInHelper getInstance #",
+                                  " m_instance is Null",
+                                  " dalinstance is Null",
+                                  " dalInstance is NULL",
+                                  ": playerId: *",
+                                  ": offset: #ms, playerId: *",
+                                  ": accessToken: *",
+                                  ": playContextToken: *"};
+constexpr const char* kAfterPlayer[] = {"WARNING: returning NULLPTR", "name=*"};
+
+/// The arguments of the trace that are secret, and what follows each: a token may hold anything, even that.
+constexpr struct {
   const char* name;
   const char* next;
-} kSecrets[] = {{"VornEMPAdapterControl::login(", "): accessToken: ", ", userName: "},
-                {"VornEMPAdapterControl::launchAndPlay(", "): playContextToken: ", ", offset: "}};
+} kSecrets[] = {{"): accessToken: ", ", userName: "}, {"): playContextToken: ", ", offset: "}};
 
 /// Masks from the name to the last of what follows it, and to the end when that does not fit: the line was cut, or
-/// another ran into it. What follows without the name is the rest of a token, and nobody knows where it begins; what stands
-/// behind its operation without it may be one.
-void mask(std::string& text, const Secret& secret) {
-  const std::size_t named = text.find(secret.name);
-  const std::size_t last = text.rfind(secret.next);
-  const std::size_t owner = text.find(secret.operation);
+/// another ran into it. What follows without the name is the rest of a token, and nobody knows where it begins.
+void mask(std::string& text, const std::string& name, const std::string& next) {
+  const std::size_t named = text.find(name);
+  const std::size_t last = text.rfind(next);
   if (named != std::string::npos) {
-    const std::size_t from = named + std::strlen(secret.name);
-    const bool whole = last != std::string::npos && last >= from &&
-                       text.find(secret.name, last) == std::string::npos &&
-                       text.find(secret.operation, from) == std::string::npos;
+    const std::size_t from = named + name.size();
+    const bool whole =
+        last != std::string::npos && last >= from && text.find(name, last) == std::string::npos;
     text.replace(from, whole ? last - from : std::string::npos, kMask);
   } else if (last != std::string::npos) {
     text = kMask;
-  } else if (owner != std::string::npos) {
-    text.replace(owner + std::strlen(secret.operation), std::string::npos, kMask);
   }
 }
 
@@ -56,12 +75,12 @@ std::string word(const std::string& text, std::size_t at) {
   return text.substr(at, end - at);
 }
 
-/// Finds the first qualified name of an adapter that is followed by a parenthesis: result types have none.
-void findSignature(TraceLine& line) {
-  static const std::string kNamespace = "VornDeviceAbstractionLayer::";
+/// Finds the first qualified name of an adapter that is followed by a parenthesis: result types have none. Returns where
+/// the name begins.
+std::size_t findSignature(TraceLine& line) {
   const std::string& text = line.text;
   for (std::size_t at = text.find(kNamespace); at != std::string::npos; at = text.find(kNamespace, at + 1)) {
-    const std::size_t owner = at + kNamespace.size();
+    const std::size_t owner = at + std::strlen(kNamespace);
     const std::string adapter = word(text, owner);
     const std::size_t member = owner + adapter.size() + 2;
     if (adapter.compare(0, 4, "Vorn") != 0 || text.compare(member - 2, 2, "::") != 0) continue;
@@ -69,8 +88,56 @@ void findSignature(TraceLine& line) {
     if (operation.empty() || text.compare(member + operation.size(), 1, "(") != 0) continue;
     line.adapter = adapter;
     line.operation = operation;
-    return;
+    return at;
   }
+  return std::string::npos;
+}
+
+/// Whether the rest of a text from a place on is of that form.
+bool follows(const std::string& text, std::size_t at, const char* form) {
+  for (; *form; ++form) {
+    if (*form == '*') return true;
+    if (*form == '#') {
+      const std::size_t digits = at + (text.compare(at, 1, "-") == 0 ? 1 : 0);
+      for (at = digits; at < text.size() && isDigit(text[at]);) ++at;
+      if (at == digits) return false;
+    } else if (at == text.size() || text[at++] != *form) {
+      return false;
+    }
+  }
+  return at == text.size();
+}
+
+template <std::size_t kCount>
+bool followsOne(const std::string& text, std::size_t at, const char* const (&forms)[kCount]) {
+  return std::any_of(std::begin(forms), std::end(forms),
+                     [&](const char* form) { return follows(text, at, form); });
+}
+
+/// Whether one of these stands before the class.
+bool isBefore(const TraceLine& line, std::size_t at) {
+  return std::any_of(std::begin(kBefore), std::end(kBefore), [&](std::string form) {
+    const std::size_t itself = form.find('X');
+    if (itself != std::string::npos) form.replace(itself, 1, line.adapter);
+    return line.text.compare(0, at, form) == 0;
+  });
+}
+
+/// How much of the line certainly holds no text of a caller's, which may be the rest of a torn token: all of a whole one.
+std::size_t certain(const std::string& text) {
+  if (text.compare(0, std::strlen(kMessage), kMessage) == 0)
+    return text.back() == ')' ? text.size() : std::strlen(kMessage);
+  if (text.compare(0, std::strlen(kPlayer), kPlayer) == 0)
+    return followsOne(text, std::strlen(kPlayer), kAfterPlayer) ? text.size() : std::strlen(kPlayer);
+  TraceLine line{text, "?", "", ""};
+  const std::size_t at = findSignature(line);
+  if (at == std::string::npos || !isBefore(line, at)) return 0;
+  const std::size_t types = text.find('(', at) + 1, end = text.find(')', types);
+  const bool whole = end != std::string::npos && followsOne(text, end + 1, kAfter) &&
+                     std::all_of(text.begin() + static_cast<std::ptrdiff_t>(types),
+                                 text.begin() + static_cast<std::ptrdiff_t>(end),
+                                 [](char c) { return isWord(c) || std::strchr(":<>,&* ", c); });
+  return whole ? text.size() : types;
 }
 
 std::string meaningOf(const TraceLine& line) {
@@ -109,7 +176,7 @@ TraceLine TraceLine::parse(const std::string& text) {
   if (text.compare(0, std::strlen(kMessage), kMessage) == 0) {
     line.adapter = "VornAppMessaging";
     line.operation = "SendMessageToxApp";
-  } else if (text.compare(0, 45, "VornMediaPlayerFactory::createDalMediaPlayer ") == 0) {
+  } else if (text.compare(0, std::strlen(kPlayer), kPlayer) == 0) {
     line.adapter = "VornMediaPlayerFactory";
     line.operation = "createDalMediaPlayer";
   } else {
@@ -123,11 +190,16 @@ std::string TraceLine::masked(const std::string& text) {
   const TraceLine line = parse(text);
   if (line.adapter == "?") return kMask;
   if (line.operation == "SendMessageToxApp" && isSecretText(text)) return kMessage + std::string(kMask);
+  const std::size_t whole = certain(text);
+  if (whole < text.size()) return text.substr(0, whole) + kMask;
   std::string result = text;
-  for (const Secret& secret : kSecrets) mask(result, secret);
+  for (const auto& secret : kSecrets) mask(result, secret.name, secret.next);
+  // What stands on a line of its own may have lost its beginning; only a message shows its end.
+  const std::size_t feed = line.operation == "SendMessageToxApp" ? std::string::npos : result.find('\n');
+  if (feed != std::string::npos) result.replace(feed + 1, std::string::npos, kMask);
   // What callers chose may tell of a secret too.
   std::string others = result;
-  for (const Secret& secret : kSecrets) {
+  for (const auto& secret : kSecrets) {
     const std::size_t named = others.find(secret.name);
     if (named != std::string::npos) others.erase(named, std::strlen(secret.name));
   }

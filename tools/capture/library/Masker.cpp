@@ -1,7 +1,9 @@
 #include "Masker.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <iterator>
 
 namespace vorn_capture {
 
@@ -57,6 +59,8 @@ struct SecretWords {
 
 namespace {
 
+namespace masking = vorn_testing::masking;
+
 const SecretWords& words() {
   static const SecretWords made;
   return made;
@@ -110,12 +114,10 @@ bool holds(const char* text, std::size_t size, std::size_t length) {
 }  // namespace
 
 void SecretSearch::add(const char* text, std::size_t size) {
-  static const SecretWords& table = words();
-  std::uint8_t state = m_state;
   std::uint8_t stars = m_stars;
   for (std::size_t i = 0; i < size; ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (state != kFound) state = table.next[state][table.kinds[c]];
+    const char c = text[i];
+    take(0, c);
     if (c == '*') {
       if (++stars == sizeof vorn_testing::kMask - 1) {
         m_masked = true;
@@ -125,8 +127,41 @@ void SecretSearch::add(const char* text, std::size_t size) {
       stars = 0;
     }
   }
-  m_state = state;
   m_stars = stars;
+}
+
+inline void SecretSearch::take(int level, char c) {
+  static const SecretWords& table = words();
+  Level& here = m_levels[level];
+  if (here.state != kFound) here.state = table.next[here.state][table.kinds[static_cast<unsigned char>(c)]];
+  const bool begins = masking::beginsEscape(c);
+  if (level == masking::kMostEscaped || (!begins && !here.escaped)) return;
+  if (!here.escaped) m_levels[level + 1].state = here.state;
+  here.escaped = true;
+  if (!begins && here.held == 0) return take(level + 1, c);
+  here.begun[here.held++] = c;
+  if (here.held == sizeof here.begun) decide(level);
+}
+
+/// Hands on what is held up to where the next escape may begin.
+void SecretSearch::decide(int level) {
+  Level& here = m_levels[level];
+  do {
+    char meant = here.begun[0];
+    const std::size_t escape = masking::escape(here.begun, here.held, meant), length = escape ? escape : 1;
+    here.held = static_cast<std::uint8_t>(here.held - length);
+    std::memmove(here.begun, here.begun + length, here.held);
+    take(level + 1, meant);
+  } while (here.held > 0 && (here.held == sizeof here.begun || !masking::beginsEscape(here.begun[0])));
+}
+
+bool SecretSearch::found() const {
+  SecretSearch ended = *this;
+  for (int level = 0; level < masking::kMostEscaped; ++level) {
+    while (ended.m_levels[level].held > 0) ended.decide(level);
+  }
+  return m_masked || std::any_of(std::begin(ended.m_levels), std::end(ended.m_levels),
+                                 [](const Level& level) { return level.state == kFound; });
 }
 
 namespace known {

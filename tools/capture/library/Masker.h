@@ -15,13 +15,24 @@ class SecretSearch {
   void add(const char* text, std::size_t size);
 
   /// Whether what was taken so far is a secret text.
-  bool found() const { return m_state == kFound || m_masked; }
+  bool found() const;
 
  private:
   friend struct SecretWords;
   static constexpr std::uint8_t kFound = 255;
 
-  std::uint8_t m_state = 0;
+  /// The text with so many escapes taken off. Looked through from the first escape on: before, it is the one above.
+  struct Level {
+    std::uint8_t state = 0;
+    bool escaped = false;  ///< Whether an escape may have begun.
+    std::uint8_t held = 0;
+    char begun[vorn_testing::masking::kLongestEscape] = {};  ///< What may be an escape.
+  };
+
+  void take(int level, char c);
+  void decide(int level);
+
+  Level m_levels[vorn_testing::masking::kMostEscaped + 1];
   std::uint8_t m_stars = 0;
   bool m_masked = false;
 };
