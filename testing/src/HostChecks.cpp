@@ -23,6 +23,7 @@ const checks::Checks& all() {
     checks::addHostChecks(*made);
     checks::addLeftChecks(*made);
     checks::addUpwardChecks(*made);
+    checks::addNewsChecks(*made);
     std::stable_sort(made->begin(), made->end(), [](const checks::Check& left, const checks::Check& right) {
       const auto place = [](const checks::Check& check) {
         const std::string& id = check.shown.id;

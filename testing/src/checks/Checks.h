@@ -31,8 +31,10 @@ void addLifeChecks(Checks& checks);
 
 /// What calls leave behind.
 void addLeftChecks(Checks& checks);
-/// What goes upward: news, and sound.
+/// What goes upward: that the assistant side may ask back, and sound.
 void addUpwardChecks(Checks& checks);
+/// That news are true.
+void addNewsChecks(Checks& checks);
 
 /// What is about all operations together, under the name "host".
 void addHostChecks(Checks& checks);
