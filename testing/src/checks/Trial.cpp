@@ -116,6 +116,7 @@ class OnItsWay {
       if (!call.since.compare_exchange_strong(free, -1)) continue;
       put(call.call, shown);
       call.thread = static_cast<int>(syscall(SYS_gettid));
+      call.stepped = t_onEveryStep != nullptr;
       m_call = &call;
       break;
     }
