@@ -213,6 +213,7 @@ TEST_F(Outputs, AreKeptShort) {
   for (std::size_t i = 2; i < all.size(); ++i) ASSERT_EQ(std::stoull(all[i]), first + i - 2);
   EXPECT_EQ(std::stoull(all.back()), calls);
   EXPECT_GT(fs::file_size(path), kKeep / 3);
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
   EXPECT_EQ(std::distance(fs::directory_iterator(kFolder), {}), 1);
 }
 
@@ -277,8 +278,14 @@ TEST_F(Outputs, GoOnInTheirOwnFileWhenTheProgramClosedIt) {
 }
 
 TEST_F(Outputs, LeaveTheLowNumbersToTheProgram) {
-  const int before = dup(STDIN_FILENO);
+  const int input = dup(STDIN_FILENO), before = dup(STDIN_FILENO);
   close(before);
+  close(STDIN_FILENO);
+  {
+    Output first;
+    EXPECT_EQ(open(first), "");
+  }
+  EXPECT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
   {
     Output output;
     ASSERT_EQ(open(output), "");
