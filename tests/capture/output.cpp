@@ -13,7 +13,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "../../tools/capture/library/Output.h"
+#include "../../tools/capture/library/files/Output.h"
 
 namespace {
 

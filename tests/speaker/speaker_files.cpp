@@ -52,7 +52,7 @@ TEST_F(Files, InTheCurrentFolderStayWhenThatKeepsTheState) {
     file(std::string("here/") + name, kVolume);
   runIn(path("here"), "record a --scenario a.scenario");
   EXPECT_EQ(m_status, 0);
-  EXPECT_TRUE(has(runIn(path("here"), "replay a"), "1 calls, all answered as recorded."));
+  EXPECT_TRUE(has(runIn(path("here"), "replay a"), "1 call, all answered as recorded."));
   for (const char* name : {"a.scenario", "notes", "recorded/notes"})
     EXPECT_EQ(content(path("here/") + name), kVolume);
 }
