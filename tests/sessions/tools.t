@@ -67,10 +67,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Answer false when you do not remove.
         1   remedy: Answer true at once when sound is on its way.
         1   remedy: Answer true at once when the store is open.
+        1   remedy: Answer true when the entries are stored.
+        1   remedy: Answer what is so after the call, not what the call found.
         1   remedy: Assign instead of inserting.
         1   remedy: Assign to the text, and only then answer true.
         1   remedy: Begin anew with each start that you answer true to.
         1   remedy: Call strtok_r(), localtime_r() and their like.
+        1   remedy: Change only what a call is about.
+        6   remedy: Change the value first, then tell once what the getter answers, in the order of the changes.
         3   remedy: Change what the getter reports before you answer true, or answer false.
         1   remedy: Check first, change then.
         1   remedy: Compare keys byte by byte: no folding of case, no trimming, no patterns.
@@ -108,10 +112,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Leave no mark that only an orderly end takes away.
         1   remedy: Leave the entry in the store.
         1   remedy: Leave the store open.
+        2   remedy: Let a question change nothing: no flag that it resets, nothing that is handed out once.
+        1   remedy: Let go in the destructor of what open() took.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
         1   remedy: Let the thread look whether it is to go on.
        51   remedy: Look whether there is a first element before you use it.
+        1   remedy: Make both from one value.
         1   remedy: Make it in the constructor, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
@@ -122,6 +129,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Remove what equals the key: no pattern, no cut, no folding.
         1   remedy: Replace the value before you answer.
         1   remedy: Report a locale as it was given, or stay with your own.
+        1   remedy: Stop and join in the destructor whatever tells.
         1   remedy: Stop and join what the calls started.
         1   remedy: Store all of it, or answer false.
         1   remedy: Store all of them, or answer false.
@@ -130,6 +138,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Store bytes: no lines, escapes, entities, numbers or names of files.
         1   remedy: Store keys and values by length, not as lines or C strings.
         1   remedy: Store what comes, even when it is nothing.
+        2   remedy: Take the value in every state of the device, or answer false.
         1   remedy: Tell the thread to stop and join it when the host ends; hold no mutex while you push.
        80   remedy: Tie no state to a thread; catch what you call throws, and answer with a result instead.
         1   remedy: Tie nothing to the thread of the constructor.
@@ -145,6 +154,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   A key that is not there does not keep the next ones from being removed.
         1   rule:   A key that was never written is not among the answer.
         1   rule:   A key that was removed is not read any more.
+        1   rule:   A question that is asked again has the same answer.
         1   rule:   A setting does not change another one.
         1   rule:   A setting is accepted and reported however often it was changed.
         1   rule:   A setting is read while it is changed.
@@ -179,12 +189,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   It answers null to no thread.
        80   rule:   It answers on any thread, again and again, without an exception.
        80   rule:   It answers the three-hundredth time as it did the first.
+        1   rule:   It answers true when none of the keys is stored, also when none was.
        80   rule:   It answers whatever was called before, and twice in a row.
        65   rule:   It comes without a lock: several threads may be inside at once.
         1   rule:   It may come on the thread that pushes sound.
         1   rule:   It never answers null, however often it is asked.
         1   rule:   It never answers null, whatever was called before.
         1   rule:   It never answers null.
+        1   rule:   It opens for the next host of a process as for the first.
         1   rule:   It runs under the mutex of VornAppMessaging, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
         1   rule:   It runs under the mutex of VornCommsManager, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
        10   rule:   It runs under the mutex of VornDeviceInfo, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
@@ -194,6 +206,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Keys that differ in a single byte are different keys.
         1   rule:   Mutexes are taken in one order, those of the adapters among them.
         1   rule:   Nothing is left, whatever a key begins with.
+        1   rule:   Nothing is told any more when the host has been destroyed.
         1   rule:   Opening a store that is open changes nothing in it.
         1   rule:   Opening comes without a lock, also while others write, and loses nothing of theirs.
         1   rule:   Operations of different adapters may overlap, also locked ones.
@@ -206,6 +219,8 @@ What vorn-conformance and vorn-capture make of wrong options.
        36   rule:   Texts in an answer are valid UTF-8.
        57   rule:   Texts of a mebibyte, ten thousand entries and the largest numbers can arrive and are answered.
         1   rule:   The assistant side may ask from inside what it is told.
+        1   rule:   The locale among the facts is the one that getDeviceLocale() answers.
+        1   rule:   The mute follows at every volume.
         1   rule:   The value accepted last is the one reported.
         1   rule:   The volume moves the way that was asked, and getVolume() reports it.
         1   rule:   What VornAlexaState calls may overlap: locked operations with unlocked ones, unlocked ones with all.
@@ -217,6 +232,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What VornGUIOutput calls may overlap: locked operations with unlocked ones, unlocked ones with all.
         1   rule:   What VornOOBE calls may overlap: locked operations with unlocked ones, unlocked ones with all.
         1   rule:   What VornStorage calls may overlap: locked operations with unlocked ones, unlocked ones with all.
+        1   rule:   What a device is, it is still after every call.
         1   rule:   What belongs to the process stays as it was.
         1   rule:   What is read while others write and remove is what somebody wrote.
         1   rule:   What it hands out is valid while a command runs, also when another thread asks.
@@ -225,8 +241,11 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What several threads adjust at once adds up.
         1   rule:   What several threads write at once is all stored.
         1   rule:   What the first call makes is not touched by the second before it is made.
+        1   rule:   What was answered by false is not stored.
         1   rule:   What was cleared is gone after the process was killed.
         1   rule:   What was removed is gone after the process was killed.
+        1   rule:   What was set is answered, whatever was called before.
+        1   rule:   What was set stays, whatever is asked.
         1   rule:   What was stored after a removal or clearing is there for the next process too.
         1   rule:   What was stored is there after the process was killed.
         1   rule:   What was stored is there for the host of the next process.
@@ -236,21 +255,31 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   When it answers false the caller's text is as it was.
         1   rule:   When it answers true the caller's text is the setting, whatever it was before.
         1   rule:   Who follows the assistant's locale reports it.
+        1   rule:   Who tells of it tells what was set.
+        1   rule:   Who tells of settings tells of each change, once, with what getSystemSetting() answers.
+        1   rule:   Who tells of the locale tells of each change, once, with what getDeviceLocale() answers.
+        1   rule:   Who tells of the mute tells of each change, once, with what getMuteStatus() answers.
+        2   rule:   Who tells of the volume tells of each change, once, with what getVolume() answers.
         1   rule:   Writing a key that exists replaces its value.
         1   rule:   Writing an empty map changes nothing.
         1   rule:   Writing leaves other keys alone.
         1   rule:   getMuteStatus() reports what was set.
         1   rule:   getVolume() follows what is set, on its own scale, steps and limits.
         1 Areas: calls cards channels focus inputs lights logs messages microphone modes mute playback player recording settings setup storage volume
+        1 VornDALImplIF/.../absent
         1 VornDALImplIF/.../after-others
         1 VornDALImplIF/.../after-use
        65 VornDALImplIF/.../again
-        1 VornDALImplIF/.../anew
+        1 VornDALImplIF/.../agrees
+        2 VornDALImplIF/.../anew
        64 VornDALImplIF/.../answers
         1 VornDALImplIF/.../any-order
         2 VornDALImplIF/.../any-thread
+        1 VornDALImplIF/.../any-volume
         1 VornDALImplIF/.../apart
         1 VornDALImplIF/.../as-written
+        1 VornDALImplIF/.../asked
+        1 VornDALImplIF/.../asked-again
         1 VornDALImplIF/.../asked-back
         1 VornDALImplIF/.../clears
        49 VornDALImplIF/.../concurrent
@@ -263,7 +292,9 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../empty-value
         1 VornDALImplIF/.../ends
         1 VornDALImplIF/.../every-byte
+        1 VornDALImplIF/.../facts
         1 VornDALImplIF/.../first-calls
+        1 VornDALImplIF/.../follows
         1 VornDALImplIF/.../from-inside
        41 VornDALImplIF/.../hostile-arguments
         1 VornDALImplIF/.../in-any-state
@@ -294,10 +325,11 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../one-thread
         1 VornDALImplIF/.../past-absent
         1 VornDALImplIF/.../processes
+        1 VornDALImplIF/.../quiet
         1 VornDALImplIF/.../races
         1 VornDALImplIF/.../reads-again
         1 VornDALImplIF/.../reads-written
-        1 VornDALImplIF/.../refused
+        2 VornDALImplIF/.../refused
         1 VornDALImplIF/.../removes
         1 VornDALImplIF/.../removes-all
         1 VornDALImplIF/.../replaces
@@ -319,6 +351,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../together-VornGUIOutput
         1 VornDALImplIF/.../together-VornOOBE
         1 VornDALImplIF/.../together-VornStorage
+        6 VornDALImplIF/.../told
         1 VornDALImplIF/.../twice
         1 VornDALImplIF/.../unnamed
         1 VornDALImplIF/.../unused
