@@ -16,6 +16,7 @@ const checks::Checks& all() {
     auto* const made = new checks::Checks;
     checks::addCallChecks(*made);
     checks::addStoreChecks(*made);
+    checks::addStoreAnswerChecks(*made);
     checks::addDurabilityChecks(*made);
     checks::addSettingChecks(*made);
     checks::addVolumeChecks(*made);
@@ -23,6 +24,8 @@ const checks::Checks& all() {
     checks::addHostChecks(*made);
     checks::addLeftChecks(*made);
     checks::addUpwardChecks(*made);
+    checks::addNewsChecks(*made);
+    checks::addGetterChecks(*made);
     std::stable_sort(made->begin(), made->end(), [](const checks::Check& left, const checks::Check& right) {
       const auto place = [](const checks::Check& check) {
         const std::string& id = check.shown.id;

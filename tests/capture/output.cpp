@@ -66,6 +66,9 @@ TEST_F(Outputs, BeginWithTheirHeadAndAreTheirOwners) {
   EXPECT_TRUE(output.flush(0));
   EXPECT_TRUE(output.flush(0));
   EXPECT_EQ(content(path), std::string(kHeader) + "\none\ntwo\nthree\n");
+  output.add("", 1);
+  EXPECT_TRUE(output.flush(0));
+  EXPECT_EQ(content(path), std::string(kHeader) + "\none\ntwo\nthree\n\n");
   EXPECT_EQ(output.takeLost(), 0U);
 }
 
@@ -272,7 +275,9 @@ TEST_F(Outputs, GoOnInTheirOwnFileWhenTheProgramClosedIt) {
   EXPECT_EQ(output.takeLost(), 1U);
   std::ofstream(path) << "another's";
   output.add("three", 1);
+  errno = 0;
   EXPECT_FALSE(output.flush(0));
+  EXPECT_EQ(errno, EBADF);
   EXPECT_EQ(content(path), "another's");
   close(others);
 }

@@ -97,13 +97,15 @@ TEST(AStream, TellsCallsThatAreGoneByAdapterAndOperation) {
   stream.push(R"({"adapter":"A"})");
   stream.push(R"({"operation":"get"})");
   call("A", "get", 4);
+  call("AB", "get", 5);
+  call("A", "Bget", 6);
   stream.push("last");
-  EXPECT_EQ(given(stream, 0), R"({"earlier":{"adapter":"A","operation":"get","r":4}})"
-                              "\n"
-                              R"({"earlier":{"adapter":"A","operation":"set","r":3}})"
-                              "\n"
-                              R"({"earlier":{"adapter":"B","operation":"get","r":2}})"
-                              "\n{\"missed\":6}\nlast\n@8");
+  std::string earlier;
+  for (const char* const gone :
+       {R"("A","operation":"Bget","r":6)", R"("A","operation":"get","r":4)", R"("A","operation":"set","r":3)",
+        R"("AB","operation":"get","r":5)", R"("B","operation":"get","r":2)"})
+    earlier += std::string(R"({"earlier":{"adapter":)") + gone + "}}\n";
+  EXPECT_EQ(given(stream, 0), earlier + "{\"missed\":8}\nlast\n@10");
 }
 
 TEST(AStream, RemembersFiveHundredOperations) {
@@ -151,6 +153,8 @@ TEST(AStream, ForgetsEverythingWhenItBeginsAnew) {
   stream.push("{" + std::string(56, 'x') + "}");
   stream.push("{}");
   EXPECT_EQ(given(stream, 1), "{" + std::string(56, 'x') + "}\n{}\n@5");
+  stream.push("{}");
+  EXPECT_EQ(given(stream, 1), "{\"missed\":1}\n{}\n{}\n@6");
 }
 
 class AServer : public testing::Test {

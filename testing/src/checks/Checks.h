@@ -20,6 +20,8 @@ Check checkOf(const Operation& operation, const std::string& name, const std::st
 void addCallChecks(Checks& checks);
 /// That the store keeps what it is given: slots 25 to 29.
 void addStoreChecks(Checks& checks);
+/// That what its operations answer is so.
+void addStoreAnswerChecks(Checks& checks);
 /// That it outlives its process.
 void addDurabilityChecks(Checks& checks);
 /// That settings are what they were set to.
@@ -31,8 +33,12 @@ void addLifeChecks(Checks& checks);
 
 /// What calls leave behind.
 void addLeftChecks(Checks& checks);
-/// What goes upward: news, and sound.
+/// What goes upward: that the assistant side may ask back, and sound.
 void addUpwardChecks(Checks& checks);
+/// That news are true.
+void addNewsChecks(Checks& checks);
+/// That asking changes nothing, and that answers agree.
+void addGetterChecks(Checks& checks);
 
 /// What is about all operations together, under the name "host".
 void addHostChecks(Checks& checks);

@@ -73,7 +73,8 @@ struct Sample<std::string> {
       case Given::kHostile:
         return kHostile[which % 12];
       case Given::kLent:
-        return which % 2 ? "Vorn Conform  " : "L" + std::string(kOwnPages, 'l');
+        return which % 2 ? "Vorn\tConform@a/b:c;d,e=f?g&h|i%20\"j\" (k)[l]{m}#n\n  "
+                         : "L" + std::string(kOwnPages, 'l');
       case Given::kLoad:
         return std::string(std::size_t{3} << (which % 6 * 2), static_cast<char>('a' + which % 26));
       case Given::kWord:

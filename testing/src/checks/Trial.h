@@ -38,6 +38,8 @@ struct Report {
   struct Busy {
     std::atomic<std::int64_t> since;
     std::atomic<int> thread;
+    std::atomic<bool>
+        stepped;  ///< Whether the check stops it after every instruction: its time is not the host's own.
     Text call;
   };
 

@@ -182,10 +182,12 @@ std::string wait(pid_t child, int ends, Report& report, std::chrono::millisecond
     }
     const std::chrono::nanoseconds time = std::chrono::steady_clock::now().time_since_epoch();
     const auto [call, since] = oldest(report);
-    if (time - std::chrono::nanoseconds(call ? since : report.active.load()) >
-        (call || report.ended ? std::chrono::nanoseconds(bound) : kOwnBound)) {
+    const bool hosts = call ? !call->stepped : report.ended.load();
+    const std::chrono::milliseconds atMost =
+        hosts ? bound : std::max<std::chrono::milliseconds>(bound, kOwnBound);
+    if (time - std::chrono::nanoseconds(call ? since : report.active.load()) > atMost) {
       if (call) askWhere(report, {static_cast<pid_t>(call->thread)});
-      return "did not answer within " + seconds(call || report.ended ? bound : kOwnBound);
+      return "did not answer within " + seconds(atMost);
     }
   }
 }

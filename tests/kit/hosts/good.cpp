@@ -172,8 +172,8 @@ struct GoodWorker : Device {
   }
   Result onSetVolume(int wanted) override {
     const Result result = Device::onSetVolume(wanted);
-    later([wanted] {
-      if (const auto info = VornDeviceInfo::getInstance()) info->notifyVolumeChanged(wanted);
+    later([this] {
+      if (const auto info = VornDeviceInfo::getInstance()) info->notifyVolumeChanged(getVolume());
     });
     return result;
   }

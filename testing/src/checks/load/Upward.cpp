@@ -5,12 +5,12 @@
 #include <chrono>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "../Checks.h"
+#include "../told/Kept.h"
 #include "Load.h"
 #include "vorn_testing/FakeAssistant.h"
 
@@ -20,27 +20,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-/// What went wrong in a call of the assistant side: it may not pass through the host's own frames.
-class Kept {
- public:
-  void run(const std::function<void()>& act) {
-    try {
-      act();
-    } catch (const Outcome& outcome) {
-      const std::lock_guard<std::mutex> lock(m_mutex);
-      if (!m_first && outcome.kind == HostVerdict::kBroken) m_first = outcome;
-    }
-  }
-  void mustBeNone() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_first) throw Outcome(*m_first);
-  }
-
- private:
-  std::mutex m_mutex;
-  std::optional<Outcome> m_first;
-};
 
 std::vector<Round> ordinaryRounds() {
   std::vector<Round> all;
@@ -67,8 +46,13 @@ void askedBack(Trial& trial) {
   Kept kept;
   std::mutex mutex;
   std::map<std::string, int> times;
+  std::atomic<int> asking{0};
+  std::atomic<bool> over{false};
   assistant.recorder->onCall([&](const Call& told) {
     if (t_asksBack || told.operation == "sendAudioData") return;
+    ++asking;
+    const AtEnd asked([&] { --asking; });
+    if (over) return;
     {
       const std::lock_guard<std::mutex> lock(mutex);
       if (++times[told.operation + (t_underMutex ? " locked" : "")] > kTimes) return;
@@ -88,6 +72,9 @@ void askedBack(Trial& trial) {
   }
   t_underMutex = false;
   std::this_thread::sleep_for(milliseconds(200));  // the host's own threads tell when they come to it
+  // What it tells while it ends is heard, and no more asked: no call may run when a host is destroyed.
+  over = true;
+  while (asking > 0) std::this_thread::sleep_for(milliseconds(2));
   trial.destroy();
   assistant.recorder->onCall(nullptr);
   kept.mustBeNone();

@@ -217,7 +217,7 @@ void whole(Trial& trial) {
         "che ";
     for (int i = 0; i < 40; ++i) longer += "\xe9\x9f\xb3";
     Texts values = odd();
-    values.insert(values.end(), {longer, "MiXed Case  ", "a=b\nc;d"});
+    values.insert(values.end(), {longer, "MiXed Case  ", "a=b\nc;d", ""});
     for (const std::string& value : values) {
       if (!set(trial, named.first, value)) continue;
       ++accepted;

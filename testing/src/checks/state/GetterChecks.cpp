@@ -1,0 +1,194 @@
+// That asking changes nothing, and that what is set is answered whatever was called before.
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "../Checks.h"
+#include "../load/Load.h"
+#include "Getters.h"
+
+namespace vorn_testing::checks {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr int kRounds = 40;
+
+/// Asked again and again, nothing else: no answer comes back to what it was, and none becomes empty.
+void sameWhenAsked(Trial& trial) {
+  struct Seen {
+    std::string first, last;
+    bool changed = false;
+  };
+  const auto all = facts(trial.demands);
+  std::map<std::string, Seen> seen;
+  const auto enough = Clock::now() + milliseconds(4000);
+  for (int round = 0; round < kRounds && (round < 4 || Clock::now() < enough); ++round) {
+    for (const Getter& getter : all) {
+      const std::string answer = ask(trial, getter);
+      Seen& before = seen.emplace(getter.shown, Seen{answer, answer}).first->second;
+      if (answer != before.last && (answer.empty() || (before.changed && answer == before.first)))
+        trial.broken(getter.shown + " answered " + spelled(before.first) + " and " + spelled(before.last) +
+                     ", then " + spelled(answer) + ", and it was only asked");
+      before.changed = before.changed || answer != before.last;
+      before.last = answer;
+    }
+  }
+}
+
+/// What was set stays, whatever is asked.
+void staysWhenAsked(Trial& trial) {
+  const auto all = questions(trial.demands);
+  for (const Settable& what : settables(trial)) {
+    for (const auto& to : what.values) {
+      if (!accepts(trial, to) || !becomes(trial, what, to.answered)) continue;
+      for (int round = 0; round < 3; ++round) {
+        for (const Getter& getter : all) {
+          ask(trial, getter);
+          const std::string found = ask(trial, what.getter);
+          if (found != to.answered)
+            trial.broken("after " + to.shown + " " + what.getter.shown + " answered " + spelled(to.answered) +
+                         ", then " + spelled(found) + ", and nothing was done but to ask " + getter.shown);
+        }
+      }
+    }
+  }
+}
+
+/// Ends what may hold a value back: a device that is off, lends its speaker or is muted.
+void toRest(Trial& trial) {
+  Host& host = trial.host();
+  trial.ask("onSetPowerState(true)", [&] { host.onSetPowerState(true); });
+  trial.ask("releaseAudioFocus()", [&] { host.releaseAudioFocus(); });
+  trial.ask("stopStreamingAudioData()", [&] { host.stopStreamingAudioData(); });
+  trial.ask("onChangePlaybackStop(\"\")", [&] { host.onChangePlaybackStop(""); });
+}
+
+/// What was set is answered as before, whatever was called.
+void followsAfter(Trial& trial, const std::vector<Settable>& all, const std::string& after) {
+  for (const Settable& what : all) {
+    for (const auto& to : what.values) {
+      if (!accepts(trial, to) || ask(trial, what.getter) == to.answered || becomes(trial, what, to.answered))
+        continue;
+      toRest(trial);
+      if (!becomes(trial, what, to.answered))
+        trial.broken("after " + after + " " + to.shown + " answered true, then " + what.getter.shown +
+                     " answered " + spelled(ask(trial, what.getter)) + "; before that it was " +
+                     spelled(to.answered));
+    }
+  }
+}
+
+void followsInAnyState(Trial& trial) {
+  const auto all = settables(trial);
+  const auto atLast = Clock::now() + milliseconds(8000);
+  followsAfter(trial, all, "other values were set");
+  std::vector<const Operation*> which;
+  for (const Operation& operation : operations()) {
+    if (operation.name != "clear") which.push_back(&operation);
+  }
+  for (const Given given : {Given::kPlain, Given::kWord}) {
+    for (const Operation* const operation : which) {
+      for (int sample = 0; sample < operation->samples(given) && Clock::now() < atLast; ++sample) {
+        const Round round{operation, operation->prepare(given, sample)};
+        try {
+          call(trial, *operation, round.prepared);
+        } catch (const Outcome& outcome) {
+          if (outcome.kind == HostVerdict::kBroken) throw;
+        }
+        followsAfter(trial, all, round.prepared.shown);
+      }
+    }
+  }
+}
+
+/// At each end of the volume.
+void muteAtAnyVolume(Trial& trial) {
+  int before = 0;
+  Host& host = trial.host();
+  trial.ask("getVolume()", [&] { before = host.getVolume(); });
+  const auto all = settables(trial);
+  std::vector<Settable> mutes;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(mutes),
+               [](const Settable& one) { return one.getter.shown == "getMuteStatus()"; });
+  if (mutes.empty()) trial.refused("the mute cannot be set");
+  for (const int volume : {0, 1, -1000, 1000, 100, 50, before}) {
+    const std::string shown = "onSetVolume(" + spelled(volume) + ")";
+    trial.ask(shown, [&] { host.onSetVolume(volume); });
+    followsAfter(trial, mutes, shown);
+  }
+}
+
+/// What a device is, it is after every call: no text becomes empty.
+void factsStay(Trial& trial) {
+  std::vector<std::pair<Getter, std::string>> known;
+  for (const Getter& getter : facts(trial.demands)) {
+    if (getter.shown.find("getSystemSetting") == 0 || getter.shown.find("getDeviceLocale") == 0) continue;
+    const std::string answer = ask(trial, getter);
+    if (!answer.empty()) known.emplace_back(getter, answer);
+  }
+  const auto atLast = Clock::now() + milliseconds(5000);
+  for (const Operation& operation : operations()) {
+    for (const Given given : {Given::kPlain, Given::kWord}) {
+      for (int which = 0; which < operation.samples(given) && Clock::now() < atLast; ++which) {
+        const Round round{&operation, operation.prepare(given, which)};
+        try {
+          call(trial, operation, round.prepared);
+        } catch (const Outcome& outcome) {
+          if (outcome.kind == HostVerdict::kBroken) throw;
+        }
+        for (const auto& fact : known) {
+          if (ask(trial, fact.first).empty())
+            trial.broken(fact.first.shown + " answered nothing after " + round.prepared.shown +
+                         ", before that " + spelled(fact.second));
+        }
+      }
+    }
+  }
+}
+
+/// The locale stands in two answers.
+void localesAgree(Trial& trial) {
+  const std::string kField = "deviceLocale";
+  Host& host = trial.host();
+  if (trial.demands.locales.size() < 2) trial.notAsked("HostDemands::locales (--locale) names less than two");
+  for (const std::string& locale : trial.demands.locales) {
+    std::string answered;
+    Entries facts;
+    trial.ask("changeAlexaLocale(" + spelled(locale) + ")", [&] { host.changeAlexaLocale(locale); });
+    trial.ask("getDeviceLocale()", [&] { answered = host.getDeviceLocale(); });
+    trial.ask("getDeviceInformation()", [&] { facts = host.getDeviceInformation(); });
+    if (facts.count(kField) && facts[kField] != answered)
+      trial.remark("getDeviceLocale() answers " + spelled(answered) + ", and getDeviceInformation() " +
+                   spelled(facts[kField]) + " under " + spelled(kField));
+  }
+}
+
+}  // namespace
+
+void addGetterChecks(Checks& checks) {
+  const char* const kAsked =
+      "Let a question change nothing: no flag that it resets, nothing that is handed out once.";
+  const char* const kFollow = "Take the value in every state of the device, or answer false.";
+  checks.push_back(checkOfHost("asked-again", "A question that is asked again has the same answer.", kAsked,
+                               sameWhenAsked));
+  checks.push_back(checkOfHost("asked", "What was set stays, whatever is asked.", kAsked, staysWhenAsked));
+  checks.push_back(checkOfHost("follows", "What was set is answered, whatever was called before.", kFollow,
+                               followsInAnyState));
+  checks.push_back(checkOfHost("facts", "What a device is, it is still after every call.",
+                               "Change only what a call is about.", factsStay));
+  constexpr int kInformation = 18, kMuted = 63;
+  checks.push_back(checkOf(hostOperation(kMuted), "any-volume", "The mute follows at every volume.", kFollow,
+                           muteAtAnyVolume));
+  checks.push_back(checkOf(hostOperation(kInformation), "agrees",
+                           "The locale among the facts is the one that getDeviceLocale() answers.",
+                           "Make both from one value.", localesAgree));
+}
+
+}  // namespace vorn_testing::checks

@@ -1,0 +1,313 @@
+// That what the host tells the assistant side is so: the value that its getter answers, each change once, the last one last.
+
+#include <algorithm>
+#include <atomic>
+#include <map>
+#include <utility>
+
+#include "../Checks.h"
+#include "../load/Load.h"
+#include "../state/Store.h"
+#include "News.h"
+#include "vorn_testing/Call.h"
+
+namespace vorn_testing::checks {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Something that the assistant side has the host do.
+struct Step {
+  std::string shown;
+  std::string of;      ///< What it moves.
+  std::string wanted;  ///< To what; empty when the host alone knows.
+  bool locked;
+  std::function<void(Host&)> act;
+
+  std::string operation() const { return shown.substr(0, shown.find('(')); }
+};
+using Steps = std::vector<Step>;
+
+Step setVolume(int to) {
+  return {"onSetVolume(" + spelled(to) + ")", "volume", text(to), false,
+          [to](Host& host) { host.onSetVolume(to); }};
+}
+
+Step adjustVolume(int by) {
+  return {"onAdjustVolume(" + spelled(by) + ")", "volume", "", false,
+          [by](Host& host) { host.onAdjustVolume(by); }};
+}
+
+Step mute(bool to) {
+  return {"onMute(" + spelled(to) + ")", "mute", text(to), false, [to](Host& host) { host.onMute(to); }};
+}
+
+Step handsFree(bool to) {
+  return {"setAlexaHandsFreeState(" + spelled(to) + ")", "hands-free", text(to), false,
+          [to](Host& host) { host.setAlexaHandsFreeState(to); }};
+}
+
+Step locale(const std::string& to) {
+  return {"changeAlexaLocale(" + spelled(to) + ")", "locale", to, true,
+          [to](Host& host) { host.changeAlexaLocale(to); }};
+}
+
+Step setting(const std::string& name, const std::string& to) {
+  return {"setSystemSetting(" + spelled(name) + ", " + spelled(to) + ")", "setting " + name, to, true,
+          [name, to](Host& host) { host.setSystemSetting(name, to); }};
+}
+
+/// Whether the changes of one kind of step are told, and how often each.
+struct Kind {
+  std::string told, silent;             ///< Of each the first example.
+  int moves = 0;                        ///< Of those that are waited for.
+  std::size_t least = ~std::size_t{0};  ///< How often one change was told.
+};
+
+/// What is asked on the thread that tells, from inside the step: whether it is told before it is so.
+class FromInside {
+ public:
+  FromInside(Trial& trial, Listener& listener) : m_trial(trial), m_listener(listener) {
+    listener.inside = [this](const News& news) {
+      if (std::this_thread::get_id() != m_thread) return;
+      m_onThread = true;
+      const bool readIsLocked = news.of == "locale";  // the host may know that nobody asks that there
+      if (!m_step || news.of != m_step->of || readIsLocked) return;
+      m_value = news.value;
+      m_answered = m_listener.read(news.of);
+      m_shown = news.shown;
+    };
+  }
+
+  void make(const Step& step) {
+    m_thread = std::this_thread::get_id();
+    m_step = &step;
+    m_answered.reset();
+    const AtEnd end([this] { m_step = nullptr; });
+    Host& host = m_trial.host();
+    m_trial.ask(step.shown, [&] { step.act(host); });
+    m_listener.mustBeKept();
+    if (m_answered && *m_answered != m_value && m_listener.read(step.of) == m_value)
+      m_trial.broken(step.shown + " told " + m_shown + " before it was so: asked from inside, it was still " +
+                     spelled(*m_answered));
+    if (m_onThread && step.locked) m_fromLocked = step.shown;
+    m_onThread = false;
+  }
+
+  const std::string& fromLocked() const { return m_fromLocked; }
+
+ private:
+  Trial& m_trial;
+  Listener& m_listener;
+  std::thread::id m_thread;
+  const Step* m_step = nullptr;
+  bool m_onThread = false;
+  std::optional<std::string> m_answered;
+  std::string m_value, m_shown, m_fromLocked;
+};
+
+/// One step after the other, and each waited for.
+void oneByOne(Trial& trial, Listener& listener, FromInside& steps, const Steps& all, milliseconds silence,
+              std::map<std::string, Kind>& kinds) {
+  constexpr milliseconds kWrong(3000);
+  for (const Step& step : all) {
+    const auto before = listener.read(step.of);
+    listener.begin();
+    steps.make(step);
+    const std::string wrong = listener.settle(kWrong);
+    if (!wrong.empty()) trial.broken("after " + step.shown + " it " + wrong);
+    const auto after = listener.read(step.of);
+    if (!after) continue;
+    const bool moved = before != after;
+    for (auto left = silence; moved && listener.heardOf(step.of).empty() && left.count() > 0;
+         left -= milliseconds(5))
+      std::this_thread::sleep_for(milliseconds(5));  // as in settle()
+    const auto told = listener.heardOf(step.of);
+    // What came out otherwise than it was asked for is a kind of its own: the assistant cannot know it.
+    Kind& kind = kinds[step.operation() + step.of + (step.wanted == *after ? "" : " otherwise")];
+    const std::string shown =
+        step.shown + (moved ? " moved it from " + spelled(before.value_or("")) + " to " : " left it at ") +
+        spelled(*after);
+    if (!told.empty() || moved) (told.empty() ? kind.silent : kind.told) = shown;
+    if (!moved) continue;
+    const auto times =
+        std::count_if(told.begin(), told.end(), [&](const News& news) { return news.value == *after; });
+    ++kind.moves;
+    kind.least = std::min(kind.least, static_cast<std::size_t>(times));
+  }
+}
+
+void mustNotTellWhenAsked(Trial& trial, Listener& listener, const std::string& of) {
+  constexpr std::size_t kTimes = 20;
+  listener.begin();
+  for (std::size_t i = 0; i < kTimes; ++i) listener.read(of);
+  listener.settle(milliseconds(0));
+  const auto heard = listener.heardOf(of);
+  if (heard.size() >= kTimes)
+    trial.broken("it was told " + std::to_string(heard.size()) + " times by " + heard.back().shown +
+                 " when nothing was done but to ask " + std::to_string(kTimes) + " times");
+}
+
+void toldAsItIs(Trial& trial, const Steps& all) {
+  constexpr int kBursts = 6;
+  constexpr std::size_t kFirst = 12;  // show whether anything is told
+  trial.presume("VornDALImplIF/01/host/asked-back", [] {});
+  Listener listener(trial);
+  FromInside steps(trial, listener);
+  std::map<std::string, Kind> kinds;
+  const Steps first(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(all.size(), kFirst)));
+  oneByOne(trial, listener, steps, first, milliseconds(60), kinds);
+  if (std::none_of(kinds.begin(), kinds.end(), [](const auto& kind) { return !kind.second.told.empty(); })) {
+    listener.settle(milliseconds(500));
+    if (listener.heard().empty()) trial.notAsked("nothing is told of it");
+  }
+  mustNotTellWhenAsked(trial, listener, all.front().of);
+  // Who tells at all is waited for.
+  for (auto& entry : kinds) entry.second = Kind{entry.second.told, ""};
+  oneByOne(trial, listener, steps, all, milliseconds(3000), kinds);
+  for (const auto& entry : kinds) {
+    const Kind& kind = entry.second;
+    if (!kind.told.empty() && !kind.silent.empty())
+      trial.broken(kind.silent + " and nothing was told of it, as it was when " + kind.told);
+    if (kind.moves >= 3 && kind.least >= 2)
+      trial.broken("every change was told " + std::to_string(kind.least) + " times or more, such as when " +
+                   kind.told);
+  }
+  trial.explain("after others, all at once");
+  // Who is silent about what the assistant knows anyway may have told last of another change.
+  const bool tellsAll =
+      std::all_of(kinds.begin(), kinds.end(), [](const auto& kind) { return kind.second.silent.empty(); });
+  for (int burst = 0; tellsAll && burst < kBursts; ++burst) {
+    listener.begin();
+    for (const Step& step : all) steps.make(step);
+    const std::string wrong = listener.settle(milliseconds(3000));
+    if (!wrong.empty()) trial.broken("after " + std::to_string(all.size()) + " changes in a row it " + wrong);
+  }
+  if (!steps.fromLocked().empty())
+    trial.remark(
+        steps.fromLocked() +
+        " tells on the thread that calls it: an assistant side that asks the adapter back from there hangs");
+}
+
+void volumeTold(Trial& trial, const Steps& asked) {
+  int before = 0;
+  trial.ask("getVolume()", [&] { before = trial.host().getVolume(); });
+  Steps all = asked;
+  all.push_back(setVolume(before));
+  toldAsItIs(trial, all);
+}
+
+void muteTold(Trial& trial) {
+  bool before = false;
+  trial.ask("getMuteStatus()", [&] { before = trial.host().getMuteStatus(); });
+  toldAsItIs(trial, {mute(!before), mute(before), mute(!before), mute(before)});
+}
+
+void localeTold(Trial& trial) {
+  std::string before;
+  trial.ask("getDeviceLocale()", [&] { before = trial.host().getDeviceLocale(); });
+  Steps all;
+  for (const std::string& each : trial.demands.locales) all.push_back(locale(each));
+  for (const char* const each : {"vorn-conformance", "en-US", "de-DE"}) all.push_back(locale(each));
+  all.push_back(locale(before));
+  toldAsItIs(trial, all);
+}
+
+void settingTold(Trial& trial) {
+  auto named = trial.demands.settings;
+  for (const char* const nobodys : {"vorn-conformance a", "friendlyName"}) named[nobodys];
+  Steps all, back;
+  Host& host = trial.host();
+  for (const auto& each : named) {
+    std::string before;
+    bool known = false;
+    trial.ask("getSystemSetting(" + spelled(each.first) + ")",
+              [&] { known = host.getSystemSetting(each.first, before); });
+    if (known) back.push_back(setting(each.first, before));
+    Texts values = each.second;
+    for (const std::string& value : odd()) values.push_back(value);
+    for (const std::string& value : values) all.push_back(setting(each.first, value));
+  }
+  all.insert(all.end(), back.begin(), back.end());
+  toldAsItIs(trial, all);
+}
+
+/// No getter answers it: a host may refuse to follow, but not each time the other way round.
+void handsFreeTold(Trial& trial) {
+  Listener listener(trial);
+  std::map<std::string, std::string> told;
+  for (const bool to : {true, false, true, false}) {
+    listener.begin();
+    const Step step = handsFree(to);
+    trial.ask(step.shown, [&] { step.act(trial.host()); });
+    listener.settle(milliseconds(0));
+    std::this_thread::sleep_for(milliseconds(100));  // as in settle()
+    const auto heard = listener.heardOf(step.of);
+    if (!heard.empty()) told[step.wanted] = heard.back().value;
+  }
+  if (told.empty()) trial.notAsked("nothing is told of it");
+  if (told["true"] == "false" && told["false"] == "true")
+    trial.broken(
+        "setAlexaHandsFreeState(true) told notifyHandsfreeStateChanged(false), and the other way round");
+}
+
+/// Who tells after the end works with what is gone.
+void quietAfterEnd(Trial& trial) {
+  Listener listener(trial);
+  std::atomic<bool> over{false};
+  std::mutex mutex;
+  std::string late;
+  listener.inside = [&](const News& news) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (over && late.empty()) late = news.shown;
+  };
+  for (const Step& step :
+       {setVolume(10), setVolume(50), adjustVolume(-10), mute(true), mute(false), mute(true)})
+    trial.ask(step.shown, [&] { step.act(trial.host()); });
+  for (const auto& each : trial.demands.settings) {
+    for (const std::string& value : each.second) {
+      const Step step = setting(each.first, value);
+      trial.ask(step.shown, [&] { step.act(trial.host()); });
+    }
+  }
+  trial.explain("after the host was told to change and was destroyed at once");
+  guardMemory(true);
+  trial.destroy();
+  over = true;
+  std::this_thread::sleep_for(milliseconds(700));  // a thread that was left behind may come to it later
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (!late.empty()) trial.broken("the host was destroyed, and told " + late + " after that");
+}
+
+}  // namespace
+
+void addNewsChecks(Checks& checks) {
+  const char* const kRemedy =
+      "Change the value first, then tell once what the getter answers, in the order of the changes.";
+  const auto add = [&](int slot, const char* rule, const std::function<void(Trial&)>& run) {
+    checks.push_back(checkOf(hostOperation(slot), "told", rule, kRemedy, run));
+  };
+  constexpr int kHandsFree = 11, kLocale = 17, kSetting = 23, kSetVolume = 61, kAdjustVolume = 62, kMute = 63;
+  add(kHandsFree, "Who tells of it tells what was set.", handsFreeTold);
+  add(kLocale, "Who tells of the locale tells of each change, once, with what getDeviceLocale() answers.",
+      localeTold);
+  add(kSetting, "Who tells of settings tells of each change, once, with what getSystemSetting() answers.",
+      settingTold);
+  const char* const kVolume =
+      "Who tells of the volume tells of each change, once, with what getVolume() answers.";
+  add(kSetVolume, kVolume, [](Trial& trial) {
+    volumeTold(trial, {setVolume(10), setVolume(50), setVolume(3), setVolume(70), setVolume(0),
+                       setVolume(300), setVolume(7), setVolume(-5), setVolume(40), setVolume(10)});
+  });
+  add(kAdjustVolume, kVolume, [](Trial& trial) {
+    volumeTold(trial, {adjustVolume(-10), adjustVolume(20), adjustVolume(-30), adjustVolume(1000),
+                       adjustVolume(-20), adjustVolume(10), adjustVolume(-1000), adjustVolume(20)});
+  });
+  add(kMute, "Who tells of the mute tells of each change, once, with what getMuteStatus() answers.",
+      muteTold);
+  checks.push_back(checkOfHost("quiet", "Nothing is told any more when the host has been destroyed.",
+                               "Stop and join in the destructor whatever tells.", quietAfterEnd));
+}
+
+}  // namespace vorn_testing::checks

@@ -1,0 +1,238 @@
+// Mistakes in what a host answers when it is asked, and in what it keeps in the states of a device.
+
+#include <VornDeviceInfo.h>
+
+#include <atomic>
+#include <thread>
+
+#include "Host.h"
+
+namespace hosts {
+namespace {
+
+// ---- Asking changes something --------------------------------------------------------------------
+
+struct AskedMuteEnds : Device {
+  bool getMuteStatus() override {
+    const Lock lock(mutex);
+    return std::exchange(muted, false);
+  }
+};
+struct AskedMicrophoneUnmutes : Device {
+  bool isMicrophoneAvailable() override {
+    const Lock lock(mutex);
+    muted = false;
+    return true;
+  }
+};
+struct AskedSettingForgets : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    if (!Device::getSystemSetting(key, value)) {
+      const Lock lock(mutex);
+      settings["mode"] = "day";
+      return false;
+    }
+    return true;
+  }
+};
+struct AskedConfigOnce : Device {
+  std::string region = "Québec";
+  std::string getConfigData(std::string key) override {
+    const Lock lock(mutex);
+    return key == "region" || key == "logging" ? std::exchange(region, "") : "";
+  }
+};
+struct AskedInformationMoved : Device {
+  Entries facts{{"deviceType", "SPEAKER"}, {"serial", "0042"}};
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    return std::move(facts);
+  }
+};
+struct AskedCapabilitiesByTurns : Device {
+  std::atomic<int> times{0};
+  std::string getVSKCapabilities() override { return ++times % 2 ? "[]" : "[{\"interface\":\"Vorn\"}]"; }
+};
+struct AskedVolumeFails : Device {
+  std::atomic<int> times{0};
+  int getVolume() override { return ++times % 16 ? Device::getVolume() : -1; }
+};
+struct AskedVolumeDecays : Device {
+  int getVolume() override {
+    const Lock lock(mutex);
+    return volume > 0 ? volume-- : 0;
+  }
+};
+VORN_HOST("asked", AskedMuteEnds, "getMuteStatus|onMute")
+VORN_HOST("asked", AskedMicrophoneUnmutes, "isMicrophoneAvailable")
+VORN_HOST("asked", AskedSettingForgets, "getSystemSetting|setSystemSetting")
+VORN_HOST("asked", AskedConfigOnce, "getConfigData")
+VORN_HOST("asked", AskedInformationMoved, "getDeviceInformation")
+VORN_HOST("asked", AskedCapabilitiesByTurns, "getVSKCapabilities")
+VORN_HOST("asked", AskedVolumeFails, "getVolume")
+VORN_HOST("asked", AskedVolumeDecays, "getVolume|onSetVolume")
+
+// ---- Not in every state --------------------------------------------------------------------------
+
+struct MutesWhenLoud : Device {
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    if (volume > 0) muted = mute;
+    return {true, ""};
+  }
+};
+struct SetsWhileNotRecording : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    {
+      const Lock lock(mutex);
+      if (recording) return settings.count(key) != 0;
+    }
+    return Device::setSystemSetting(key, value);
+  }
+};
+struct VolumeStuckOnTuner : Device {
+  Result onSetVolume(int wanted) override {
+    {
+      const Lock lock(mutex);
+      if (input == "TUNER") return {true, ""};
+    }
+    return Device::onSetVolume(wanted);
+  }
+};
+struct ZoneLostBySetting : Device {
+  std::string zone = "America/Vancouver";
+  std::string getTimezone() override {
+    const Lock lock(mutex);
+    return zone;
+  }
+  bool setSystemSetting(std::string key, std::string value) override {
+    const bool accepted = Device::setSystemSetting(key, value);
+    const Lock lock(mutex);
+    if (accepted) zone.clear();
+    return accepted;
+  }
+};
+struct InformationLostByCard : Device {
+  std::atomic<bool> lost{false};
+  bool renderGUICard(const std::string& document) override {
+    lost = true;
+    return Device::renderGUICard(document);
+  }
+  Entries getDeviceInformation() override { return lost ? Entries() : Device::getDeviceInformation(); }
+};
+struct KeepsForEmpty : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    return value.empty() ? settings.count(key) != 0 : Device::setSystemSetting(key, value);
+  }
+};
+VORN_HOST("states", MutesWhenLoud, "onMute")
+VORN_HOST("states", SetsWhileNotRecording, "setSystemSetting")
+VORN_HOST("states", VolumeStuckOnTuner, "onSetVolume")
+VORN_HOST("states", ZoneLostBySetting, "getTimezone")
+VORN_HOST("states", InformationLostByCard, "getDeviceInformation")
+VORN_HOST("states", KeepsForEmpty, "setSystemSetting")
+
+// ---- The store's answers -------------------------------------------------------------------------
+
+struct StoresButRefuses : Device {
+  bool writeKeyValue(Entries entries) override {
+    Device::writeKeyValue(std::move(entries));
+    return false;
+  }
+};
+struct RemovesButRefuses : Device {
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    bool all = true;
+    for (const auto& key : keys) all = store.erase(key) != 0 && all;
+    return all;
+  }
+};
+struct OpensFirstHostOnly : Device {
+  bool open() override {
+    static std::atomic<OpensFirstHostOnly*> first{nullptr};
+    OpensFirstHostOnly* nobody = nullptr;
+    return first.compare_exchange_strong(nobody, this) || nobody == this;
+  }
+  // Never at the same place as the one before.
+  std::unique_ptr<char[]> taken{new char[64]};
+};
+struct CutsUserAt : Player {
+  bool login(const std::string& token, const std::string& name, bool force, Milliseconds interval,
+             std::string id) override {
+    auto& mine = const_cast<std::string&>(name);
+    mine = mine.substr(0, mine.find('@'));
+    return Player::login(token, mine, force, interval, std::move(id));
+  }
+};
+VORN_HOST("store", StoresButRefuses, "writeKeyValue")
+VORN_HOST("store", RemovesButRefuses, "removeKeyValue")
+VORN_HOST("hosts", OpensFirstHostOnly, "open")
+VORN_PLAYER("references", CutsUserAt, "login")
+
+// ---- None of it a mistake ------------------------------------------------------------------------
+
+/// What is off takes nothing, and says so; what it is, it says by degrees.
+struct GoodOff : Device {
+  bool on = true;
+  std::atomic<int> asked{0};
+  Result onSetPowerState(bool wanted) override {
+    const Lock lock(mutex);
+    on = wanted;
+    return {true, ""};
+  }
+  bool isOff() {
+    const Lock lock(mutex);
+    return !on;
+  }
+  Result onSetVolume(int wanted) override {
+    return isOff() ? Result(false, "off") : Device::onSetVolume(wanted);
+  }
+  Result onMute(bool mute) override { return isOff() ? Result(false, "off") : Device::onMute(mute); }
+  std::string getVSKCapabilities() override { return ++asked < 20 ? "[]" : "[{\"interface\":\"Vorn\"}]"; }
+  Entries getDeviceInformation() override {
+    return {{"serial", "0042"}, {"deviceLocale", "en-CA"}, {"uptime", std::to_string(++asked)}};
+  }
+};
+/// Follows when it is on again and when it has its speaker back.
+struct GoodHeldBack : Device {
+  bool on = true;
+  int focus = 0, wanted = 30;
+  void follow() {
+    if (on && focus == 0) volume = wanted;
+  }
+  Result onSetPowerState(bool to) override {
+    const Lock lock(mutex);
+    on = to;
+    follow();
+    return {true, ""};
+  }
+  bool requestAudioFocus() override {
+    const Lock lock(mutex);
+    focus = 1;
+    return true;
+  }
+  bool releaseAudioFocus() override {
+    const Lock lock(mutex);
+    focus = 0;
+    follow();
+    return true;
+  }
+  Result onSetVolume(int to) override {
+    const Lock lock(mutex);
+    wanted = std::clamp(to, 0, 100);
+    follow();
+    return {true, ""};
+  }
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    wanted = static_cast<int>(std::clamp<std::int64_t>(std::int64_t{wanted} + delta, 0, 100));
+    follow();
+    return {true, ""};
+  }
+};
+VORN_HOST("good", GoodOff, "")
+VORN_HOST("good", GoodHeldBack, "")
+
+}  // namespace
+}  // namespace hosts

@@ -1,0 +1,375 @@
+// Mistakes in what a host tells the assistant side, and hosts that tell in ways of their own.
+
+#include <atomic>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "Telling.h"
+
+namespace hosts {
+namespace {
+
+// ---- Another value than the getter's -------------------------------------------------------------
+
+struct TellsWanted : Telling {
+  Result becomes(std::int64_t wanted) override {
+    volume = static_cast<int>(std::clamp<std::int64_t>(wanted, 0, 100));
+    tellVolume(static_cast<int>(std::clamp<std::int64_t>(wanted, -1000, 1000)));
+    return {true, ""};
+  }
+};
+struct TellsOldVolume : Telling {
+  int told = 30;
+  void tellVolume(int value) override { Telling::tellVolume(std::exchange(told, value)); }
+};
+struct TellsDelta : Telling {
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    volume = static_cast<int>(std::clamp<std::int64_t>(std::int64_t{volume} + delta, 0, 100));
+    tellVolume(delta);
+    return {true, ""};
+  }
+};
+struct TellsPercent : Telling {
+  void tellVolume(int value) override { Telling::tellVolume(value / 10); }
+};
+struct TellsRampWithoutEnd : Telling {
+  Result becomes(std::int64_t wanted) override {
+    const int value = static_cast<int>(std::clamp<std::int64_t>(wanted, 0, 100));
+    for (; volume < value; ++volume) tellVolume(volume);
+    for (; volume > value; --volume) tellVolume(volume);
+    return {true, ""};
+  }
+};
+struct TellsRefusedVolume : Telling {
+  Result onSetVolume(int wanted) override {
+    const Lock lock(mutex);
+    tellVolume(wanted);
+    if (wanted < 0 || wanted > 100) return {false, "0 to 100"};
+    volume = wanted;
+    return {true, ""};
+  }
+};
+struct TellsSilence : Telling {
+  void tellMute(bool value) override {
+    Telling::tellMute(value);
+    if (value) tellVolume(0);
+  }
+};
+struct TellsMuteAtZero : Telling {
+  void tellVolume(int value) override {
+    Telling::tellVolume(value);
+    if (value == 0) tellMute(true);
+  }
+};
+struct TellsUnmuted : Telling {
+  void tellMute(bool value) override { Telling::tellMute(!value); }
+};
+struct TellsMuteTwiceOver : Telling {
+  void tellMute(bool value) override {
+    Telling::tellMute(value);
+    Telling::tellMute(!value);
+  }
+};
+struct TellsHandsFreeOff : Telling {
+  void setAlexaHandsFreeState(bool on) override {
+    tell([on](auto& info) { info.notifyHandsfreeStateChanged(!on); });
+  }
+};
+struct TellsOldLocale : Telling {
+  std::string told = "en-CA";
+  void tellLocale(const std::string& value) override { Telling::tellLocale(std::exchange(told, value)); }
+};
+struct TellsLocaleSpelled : Telling {
+  void tellLocale(const std::string& value) override {
+    Telling::tellLocale(value.substr(0, 2) + "_" + value.substr(3));
+  }
+};
+struct TellsRefusedLocale : Telling {
+  void changeAlexaLocale(std::string wanted) override {
+    Telling::changeAlexaLocale(wanted);
+    tell([wanted](auto& info) { info.notifyLocaleChange(wanted); });
+  }
+};
+struct TellsListWithoutIt : Telling {
+  void tellLocale(const std::string&) override {
+    tell([](auto& info) { info.notifyLocaleChange(Texts{"xx-YY", "yy-XX"}); });
+  }
+};
+struct TellsSettingTurned : Telling {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    Telling::tellSetting(value, key);
+  }
+};
+struct TellsSettingRenamed : Telling {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    Telling::tellSetting("settings." + key, value);
+  }
+};
+struct TellsSettingCut : Telling {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    Telling::tellSetting(key, value.substr(0, 40));
+  }
+};
+struct TellsSettingToNul : Telling {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    Telling::tellSetting(key, value.c_str());
+  }
+};
+struct TellsAllSettings : Telling {
+  void tellSetting(const std::string&, const std::string& value) override {
+    for (const auto& setting : settings) Telling::tellSetting(setting.first, value);
+  }
+};
+struct TellsRefusedSetting : Telling {
+  bool setSystemSetting(std::string key, std::string value) override {
+    const bool accepted = Telling::setSystemSetting(key, value);
+    if (!accepted) Telling::tellSetting(key, value);
+    return accepted;
+  }
+};
+VORN_HOST("news", TellsWanted, "onSetVolume|onAdjustVolume")
+VORN_HOST("news", TellsOldVolume, "onSetVolume|onAdjustVolume")
+VORN_HOST("news", TellsDelta, "onAdjustVolume")
+VORN_HOST("news", TellsPercent, "onSetVolume")
+VORN_HOST("news", TellsRampWithoutEnd, "onSetVolume")
+VORN_HOST("news", TellsRefusedVolume, "onSetVolume")
+VORN_HOST("news", TellsSilence, "onMute")
+VORN_HOST("news", TellsMuteAtZero, "onSetVolume")
+VORN_HOST("news", TellsUnmuted, "onMute")
+VORN_HOST("news", TellsMuteTwiceOver, "onMute")
+VORN_HOST("news", TellsHandsFreeOff, "setAlexaHandsFreeState")
+VORN_HOST("news", TellsOldLocale, "changeAlexaLocale")
+VORN_HOST("news", TellsLocaleSpelled, "changeAlexaLocale")
+VORN_HOST("news", TellsRefusedLocale, "changeAlexaLocale")
+VORN_HOST("news", TellsListWithoutIt, "changeAlexaLocale")
+VORN_HOST("news", TellsSettingTurned, "setSystemSetting")
+VORN_HOST("news", TellsSettingRenamed, "setSystemSetting")
+VORN_HOST("news", TellsSettingCut, "setSystemSetting")
+VORN_HOST("news", TellsSettingToNul, "setSystemSetting")
+VORN_HOST("news", TellsAllSettings, "setSystemSetting")
+VORN_HOST("news", TellsRefusedSetting, "setSystemSetting")
+
+// ---- Not every change, or more than once ---------------------------------------------------------
+
+struct TellsFirstOnly : Telling {
+  std::set<std::string> told;
+  void tellSetting(const std::string& key, const std::string& value) override {
+    if (told.insert(key).second) Telling::tellSetting(key, value);
+  }
+};
+struct TellsMuteOnly : Telling {
+  void tellMute(bool value) override {
+    if (value) Telling::tellMute(value);
+  }
+};
+struct TellsLouderOnly : Telling {
+  int last = 30;
+  void tellVolume(int value) override {
+    if (value > std::exchange(last, value)) Telling::tellVolume(value);
+  }
+};
+struct TellsVolumeTwice : Telling {
+  void tellVolume(int value) override {
+    Telling::tellVolume(value);
+    Telling::tellVolume(value);
+  }
+};
+struct TellsMuteOften : Telling {
+  void tellMute(bool value) override {
+    for (int i = 0; i < 20; ++i) Telling::tellMute(value);
+  }
+};
+struct TellsSettingTwice : Telling {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    Telling::tellSetting(key, value);
+    Telling::tellSetting(key, value);
+  }
+};
+struct TellsWhenAsked : Telling {
+  int getVolume() override {
+    const Lock lock(mutex);
+    tellVolume(volume);
+    return volume;
+  }
+};
+VORN_HOST("news missing", TellsFirstOnly, "setSystemSetting")
+VORN_HOST("news missing", TellsMuteOnly, "onMute")
+VORN_HOST("news missing", TellsLouderOnly, "onSetVolume")
+VORN_HOST("news doubled", TellsVolumeTwice, "onSetVolume")
+VORN_HOST("news doubled", TellsMuteOften, "onMute")
+VORN_HOST("news doubled", TellsSettingTwice, "setSystemSetting")
+VORN_HOST("news doubled", TellsWhenAsked, "onSetVolume")
+
+// ---- Too early, too late, in another order -------------------------------------------------------
+
+struct TellsBefore : Device {
+  Result onSetVolume(int wanted) override {
+    wanted = std::clamp(wanted, 0, 100);
+    if (wanted != getVolume()) tellNow([wanted](auto& info) { info.notifyVolumeChanged(wanted); });
+    return Device::onSetVolume(wanted);
+  }
+};
+struct MutesAfterTelling : Device {
+  Result onMute(bool mute) override {
+    tellNow([mute](auto& info) { info.notifyMuteChanged(mute); });
+    return Device::onMute(mute);
+  }
+};
+struct SetsAfterTelling : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    VornDeviceAbstractionLayer::VornDeviceInfo(*this).notifySystemSettingChanged(key, value);
+    return Device::setSystemSetting(key, value);
+  }
+};
+struct TellsNext : Telling {
+  std::optional<int> held;
+  void tellVolume(int value) override {
+    if (held) Telling::tellVolume(*held);
+    held = value;
+  }
+};
+struct TellsLastFirst : Telling {
+  void tellVolume(int value) override {
+    const Lock lock(of_news);
+    waiting.push_front([value](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(3));
+      info.notifyVolumeChanged(value);
+    });
+    come.notify_one();
+  }
+};
+struct TellsInAnyOrder : Telling {
+  std::vector<std::thread> tellers;
+  void tellMute(bool value) override {
+    tellers.emplace_back([value] {
+      std::this_thread::sleep_for(Milliseconds(value ? 12 : 1));
+      tellNow([value](auto& info) { info.notifyMuteChanged(value); });
+    });
+  }
+  ~TellsInAnyOrder() override {
+    for (auto& teller : tellers) teller.join();
+  }
+};
+struct TellsAfterItsEnd : Device {
+  Result onMute(bool mute) override {
+    const Result result = Device::onMute(mute);
+    std::thread([this] {
+      std::this_thread::sleep_for(Milliseconds(120));
+      const bool value = getMuteStatus();
+      tellNow([value](auto& info) { info.notifyMuteChanged(value); });
+    }).detach();
+    return result;
+  }
+};
+VORN_HOST("news early", TellsBefore, "onSetVolume")
+VORN_HOST("news early", MutesAfterTelling, "onMute")
+VORN_HOST("news early", SetsAfterTelling, "setSystemSetting")
+VORN_HOST("news late", TellsNext, "onSetVolume")
+VORN_HOST("news late", TellsLastFirst, "onSetVolume")
+VORN_HOST("news late", TellsInAnyOrder, "onMute")
+VORN_HOST("news late", TellsAfterItsEnd, "onMute|host")
+
+// ---- None of it a mistake ------------------------------------------------------------------------
+
+using GoodNews = Telling;
+/// Tells also what did not change.
+struct GoodNewsUnchanged : Telling {
+  Result becomes(std::int64_t wanted) override {
+    volume = static_cast<int>(std::clamp<std::int64_t>(wanted, 0, 100));
+    tellVolume(volume);
+    return {true, ""};
+  }
+};
+/// Tells a volume only when the assistant cannot know it.
+struct GoodNewsNeeded : Telling {
+  Result onSetVolume(int wanted) override {
+    const Lock lock(mutex);
+    if (wanted < 0 || wanted > 100) return becomes(wanted);
+    volume = wanted;
+    return {true, ""};
+  }
+};
+/// Tells the newest value once it comes to it, a moment later.
+struct GoodNewsNewest : Telling {
+  std::atomic<bool> due{false};
+  ~GoodNewsNewest() override { end(); }
+  void tellVolume(int) override {
+    if (due.exchange(true)) return;
+    tell([this](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(30));
+      due = false;
+      info.notifyVolumeChanged(getVolume());
+    });
+  }
+};
+/// Moves step by step and tells each, the last one too.
+struct GoodNewsRamp : Telling {
+  Result becomes(std::int64_t wanted) override {
+    const int value = static_cast<int>(std::clamp<std::int64_t>(wanted, 0, 100));
+    while (volume != value) {
+      volume += value > volume ? 1 : -1;
+      tellVolume(volume);
+    }
+    return {true, ""};
+  }
+};
+/// Follows and tells later; until then it reports what was.
+struct GoodNewsLater : Telling {
+  int wanted = 30;
+  Result onSetVolume(int value) override { return moves(value); }
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    return follow(std::int64_t{wanted} + delta);
+  }
+  Result moves(int value) {
+    const Lock lock(mutex);
+    return follow(value);
+  }
+  Result follow(std::int64_t value) {
+    wanted = static_cast<int>(std::clamp<std::int64_t>(value, 0, 100));
+    tell([this, now = wanted](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(5));
+      {
+        const Lock lock(mutex);
+        if (volume == now) return;
+        volume = now;
+      }
+      info.notifyVolumeChanged(now);
+    });
+    return {true, ""};
+  }
+};
+/// A volume unmutes, and both are told; a locale is told alone and in a list.
+struct GoodNewsMore : Telling {
+  Result onSetVolume(int wanted) override {
+    onMute(false);
+    return Telling::onSetVolume(wanted);
+  }
+  void tellLocale(const std::string& value) override {
+    Telling::tellLocale(value);
+    tell([value](auto& info) { info.notifyLocaleChange(Texts{value, "en-CA"}); });
+  }
+};
+/// On the thread that calls, without a mutex; volume alone.
+struct GoodNewsAtOnce : Device {
+  Result onSetVolume(int wanted) override {
+    const Result result = Device::onSetVolume(wanted);
+    const int value = getVolume();
+    tellNow([value](auto& info) { info.notifyVolumeChanged(value); });
+    return result;
+  }
+};
+VORN_HOST("good", GoodNews, "")
+VORN_HOST("good", GoodNewsUnchanged, "")
+VORN_HOST("good", GoodNewsNeeded, "")
+VORN_HOST("good", GoodNewsNewest, "")
+VORN_HOST("good", GoodNewsRamp, "")
+VORN_HOST("good", GoodNewsLater, "")
+VORN_HOST("good", GoodNewsMore, "")
+VORN_HOST("good", GoodNewsAtOnce, "")
+
+}  // namespace
+}  // namespace hosts
