@@ -182,6 +182,10 @@ struct SoundsRefused : Sounding {
   }
   void stopStreamingAudioData() override { on = false; }
 };
+struct SoundsUnasked : Sounding {
+  SoundsUnasked() { begin(); }
+};
+VORN_HOST("sound", SoundsUnasked, "startStreamingAudioData")
 VORN_HOST("sound", CountsStarts, "stopStreamingAudioData|startStreamingAudioData")
 VORN_HOST("sound", SoundsRefused, "startStreamingAudioData")
 VORN_HOST("sound", ThreadForEachStart, "startStreamingAudioData")

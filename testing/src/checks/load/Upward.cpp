@@ -217,6 +217,12 @@ void startsAgain(Trial& trial) {
   }
 }
 
+void unaskedIsSilent(Trial& trial) {
+  const Listening listening(trial);
+  if (listening.buffers.reach(3, kSoon))
+    trial.broken("sound is pushed, and startStreamingAudioData() was not called");
+}
+
 void refusedIsSilent(Trial& trial) {
   const Listening listening(trial);
   if (listening.start()) trial.notAsked("startStreamingAudioData() answers true");
@@ -248,6 +254,8 @@ void addUpwardChecks(Checks& checks) {
   };
   add(kStart, "one-thread", "Sound is pushed from one thread, however often it is started.",
       "Answer true at once when sound is on its way.", pushesFromOneThread);
+  add(kStart, "unasked", "No sound is pushed before it is asked for.", "Push from the start to the stop.",
+      unaskedIsSilent);
   add(kStart, "refused", "No sound is pushed when it answers false.", "Answer true when sound is on its way.",
       refusedIsSilent);
   add(kStart, "anew", "Sound is pushed again when it is started after a stop.",
