@@ -53,3 +53,14 @@ if(NOT VORN_SANITIZED)
 endif()
 target_link_options(VornHardening INTERFACE
   LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed LINKER:--build-id=sha1)
+
+# vorn_compile_folders(TARGET): where it is only checked, the sources of a folder are compiled as one.
+function(vorn_compile_folders target)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.cpp$")
+  foreach(source ${sources})
+    get_filename_component(folder ${source} DIRECTORY)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP "in/${folder}")
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${VORN_ONLY_CHECKED} UNITY_BUILD_MODE GROUP)
+endfunction()

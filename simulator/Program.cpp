@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 #include <sstream>
 
@@ -229,12 +228,9 @@ int fulfilOrComplain(Request& request, std::ostream& out) {
 
 /// Colours and width as the terminal has them.
 void adapt(Request& request) {
-  const bool terminal = isatty(STDOUT_FILENO) == 1;
-  const char* const plain = std::getenv("NO_COLOR");
-  request.settings.colour =
-      request.colour == "always" || (request.colour == "auto" && terminal && (!plain || !*plain));
+  request.settings.colour = vorn_testing::standardOutputIsColoured(request.colour);
   winsize size{};
-  if (terminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 4)
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 4)
     request.settings.width = std::min<std::size_t>(request.settings.width, size.ws_col - 4U);
 }
 

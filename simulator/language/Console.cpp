@@ -1,6 +1,7 @@
 #include "Console.h"
 
 #include <editline/readline.h>
+#include <vorn_testing/Text.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -227,7 +228,7 @@ void Console::save(const std::string& path) {
   for (const std::string& line : m_played) file.stream() << line << '\n';
   file.finish();
   m_saved.insert(path);
-  std::cout << "  " << m_played.size() << " lines in " << oneLine(path) << std::endl;
+  std::cout << "  " << vorn_testing::counted(m_played.size(), "line") << " in " << oneLine(path) << std::endl;
 }
 
 }  // namespace vorn_speaker

@@ -18,7 +18,7 @@ namespace vorn_speaker {
 
 namespace {
 
-constexpr std::size_t kLongestLine = std::size_t{4} << 20;
+constexpr std::size_t kLongestWatched = std::size_t{4} << 20;
 constexpr std::chrono::milliseconds kPause(100);
 
 bool isHeader(const std::string& line) try {
@@ -137,7 +137,7 @@ void Watch::read() {
     for (ssize_t i = 0; i < size; ++i) {
       if (part[i] == '\n') {
         tell(std::exchange(m_begun, ""));
-      } else if (m_begun.size() <= kLongestLine) {
+      } else if (m_begun.size() <= kLongestWatched) {
         m_begun += part[i];
       }
     }
@@ -148,7 +148,7 @@ void Watch::read() {
 
 void Watch::tell(const std::string& line) {
   try {
-    if (line.size() > kLongestLine) throw Unfit("it is too long");
+    if (line.size() > kLongestWatched) throw Unfit("it is too long");
     Json json = parsed(line);
     if (!json.is_object()) throw Unfit("it is no object");
     Json& call = json.contains("open") && json["open"].is_object() ? json["open"] : json;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <ostream>
+#include <set>
 #include <utility>
 
 #include "Loudness.h"
@@ -162,7 +163,7 @@ class Mermaid {
       for (; lost != m_recording.lost.end() && lost->time <= call.began; ++lost) say(*lost);
       i += begins(call, i);
     }
-    returns(m_open.size());
+    returns();
     for (const Recorded::Call& recorded : m_recording.open) {
       begins(recorded.call, m_recording.calls.size());
       m_out << "  note right of " << callee(recorded.call) << ": had not returned\n";
@@ -175,7 +176,8 @@ class Mermaid {
   struct Open {
     const Crossing* call;
     std::string from;
-    microseconds end;
+
+    microseconds end() const { return call->began + call->took; }
   };
 
   /// In the text of a message; what means something to the reader of diagrams is written by its number.
@@ -228,10 +230,8 @@ class Mermaid {
   /// Blocks of sound that follow each other are one arrow; returns how many calls after the first it stands for.
   std::size_t begins(const Crossing& call, std::size_t at) {
     std::string from = "t" + std::to_string(call.threadNumber);
-    for (const Open& open : m_open) {
-      if (open.call->threadNumber == call.threadNumber && open.call->depth == call.depth - 1)
-        from = callee(*open.call);
-    }
+    std::vector<Open>& around = m_open[call.threadNumber];
+    if (!around.empty() && around.back().call->depth == call.depth - 1) from = callee(*around.back().call);
     std::size_t more = 0;
     while (isSound(call) && at + more + 1 < m_recording.calls.size() &&
            isSound(m_recording.calls[at + more + 1].call))
@@ -240,40 +240,54 @@ class Mermaid {
     for (const std::string& argument : arguments(call)) line += " " + argument;
     if (more > 0) line += " and " + std::to_string(more) + " more";
     m_out << "  " << from << "->>" << callee(call) << ": " << escaped(line) << '\n';
-    if (at < m_recording.calls.size()) m_open.push_back({&call, from, call.began + call.took});
+    if (at == m_recording.calls.size()) return more;
+    if (!around.empty()) m_ends.erase({around.back().end(), call.threadNumber});
+    around.push_back({&call, from});
+    m_ends.emplace(around.back().end(), call.threadNumber);
     return more;
   }
 
-  /// The calls that had ended before this one began.
+  /// The calls that had ended before this one began: of its thread all that it does not run inside.
   void returns(const Crossing& next) {
-    const auto over = [&](const Open& open) {
-      return open.call->threadNumber == next.threadNumber ? open.call->depth >= next.depth
-                                                          : open.end <= next.began;
-    };
-    std::stable_sort(m_open.begin(), m_open.end(), earlier);
-    const auto ended = std::stable_partition(m_open.begin(), m_open.end(), over);
-    returns(static_cast<std::size_t>(ended - m_open.begin()));
-  }
-
-  static bool earlier(const Open& left, const Open& right) {
-    if (left.call->threadNumber == right.call->threadNumber) return left.call->depth > right.call->depth;
-    return left.end < right.end;
-  }
-
-  void returns(std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      const Crossing& call = *m_open[i].call;
-      const std::string answer = call.threw ? "threw " + call.exception : call.answer();
-      if (answer.empty()) continue;
-      m_out << "  " << callee(call) << (call.threw ? "--x" : "-->>") << m_open[i].from << ": "
-            << escaped(answer) << '\n';
+    const std::vector<Open>& around = m_open[next.threadNumber];
+    while (!around.empty() && around.back().call->depth >= next.depth) {
+      returnOthers(std::min(around.back().end(), next.began), next.threadNumber);
+      returnInnermost(next.threadNumber);
     }
-    m_open.erase(m_open.begin(), m_open.begin() + static_cast<std::ptrdiff_t>(count));
+    returnOthers(next.began, next.threadNumber);
+  }
+
+  /// All.
+  void returns() {
+    while (!m_ends.empty()) returnInnermost(m_ends.begin()->second);
+  }
+
+  /// The calls of other threads that had ended by then, those before that ran inside them.
+  void returnOthers(microseconds time, int thread) {
+    const auto own = m_open[thread].empty() ? End(time, thread) : End(m_open[thread].back().end(), thread);
+    const bool open = m_ends.erase(own) > 0;
+    while (!m_ends.empty() && m_ends.begin()->first <= time) returnInnermost(m_ends.begin()->second);
+    if (open) m_ends.insert(own);
+  }
+
+  void returnInnermost(int thread) {
+    std::vector<Open>& around = m_open[thread];
+    const Open open = around.back();
+    around.pop_back();
+    m_ends.erase({open.end(), thread});
+    if (!around.empty()) m_ends.emplace(around.back().end(), thread);
+    const Crossing& call = *open.call;
+    const std::string answer = call.threw ? "threw " + call.exception : call.answer();
+    if (answer.empty()) return;
+    m_out << "  " << callee(call) << (call.threw ? "--x" : "-->>") << open.from << ": " << escaped(answer)
+          << '\n';
   }
 
   const Recorded& m_recording;
   std::ostream& m_out;
-  std::vector<Open> m_open;  ///< As many as calls ran at once.
+  using End = std::pair<microseconds, int>;
+  std::map<int, std::vector<Open>> m_open;  ///< By thread, the innermost last.
+  std::set<End> m_ends;                     ///< Of the innermost call of each thread.
   std::string m_anyone;
 };
 

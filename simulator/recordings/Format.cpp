@@ -15,6 +15,7 @@ constexpr char kFormat[] = "vorn-speaker";
 constexpr int kMostInside = 1000000;
 constexpr int kMostThreads = 1000000000;
 constexpr std::size_t kMostNested = 16;
+constexpr std::size_t kMostFields = 1000;
 
 /// What stands in place of a value that is not known.
 template <class Value, class Write>
@@ -67,9 +68,9 @@ Direction direction(const Json& json) {
   throw Unfit("expected down, up, life or own, found " + quoted(json));
 }
 
-/// How many lists and objects of a line of JSON lie inside each other at most.
-std::size_t depth(const std::string& line) {
-  std::size_t open = 0, most = 0;
+/// Before it is read: what is deeper than the stack cannot be copied, and each field is compared with all before it.
+void refuseUnlessFlat(const std::string& line) {
+  std::size_t open = 0, fields = 0;
   bool inText = false;
   for (std::size_t i = 0; i < line.size(); ++i) {
     const char c = line[i];
@@ -78,12 +79,13 @@ std::size_t depth(const std::string& line) {
     } else if (c == '"') {
       inText = !inText;
     } else if (!inText && (c == '[' || c == '{')) {
-      most = std::max(most, ++open);
+      if (++open > kMostNested) throw Unfit("its lists are too deep");
     } else if (!inText && (c == ']' || c == '}') && open > 0) {
       --open;
+    } else if (!inText && c == ':' && ++fields > kMostFields) {
+      throw Unfit("it has too many fields");
     }
   }
-  return most;
 }
 
 std::string nowInUtc() {
@@ -233,8 +235,7 @@ const std::vector<Field>& fields() {
 }
 
 Json parsed(const std::string& line) {
-  // They are copied, and what is deeper than the stack cannot be.
-  if (depth(line) > kMostNested) throw Unfit("its lists are too deep");
+  refuseUnlessFlat(line);
   try {
     return Json::parse(line);
   } catch (const Json::parse_error&) {

@@ -17,7 +17,6 @@ namespace vorn_speaker {
 namespace {
 
 constexpr std::int64_t kMostLost = 1000000000000;  // So that sums have room.
-constexpr std::size_t kMostNested = 16;            // What is deeper than a stack cannot be moved.
 constexpr std::size_t kMostPiped = std::size_t{1} << 30;
 
 [[noreturn]] void refuse(const std::string& path, int error) {

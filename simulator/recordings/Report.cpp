@@ -1,9 +1,12 @@
 #include "Report.h"
 
 #include <algorithm>
+#include <functional>
 #include <iomanip>
 #include <map>
 #include <ostream>
+#include <queue>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -58,6 +61,42 @@ void table(std::ostream& out, const std::string& head, std::map<std::string, Tim
   }
 }
 
+/// Of what stands in a row, each with a thread: the greatest in a part of it, of other threads than one.
+class Greatest {
+ public:
+  explicit Greatest(std::size_t size) : m_size(size), m_best(2 * size) {}
+
+  void set(std::size_t at, std::size_t value, int thread) {
+    m_best[at += m_size] = {value, thread, 0};
+    while ((at /= 2) > 0) m_best[at] = better(m_best[2 * at], m_best[2 * at + 1]);
+  }
+
+  std::size_t of(std::size_t from, std::size_t to, int exceptThread) const {
+    Best best;
+    for (from += m_size, to += m_size; from < to; from /= 2, to /= 2) {
+      if (from % 2 == 1) best = better(best, m_best[from++]);
+      if (to % 2 == 1) best = better(best, m_best[--to]);
+    }
+    return best.thread == exceptThread ? best.second : best.value;
+  }
+
+ private:
+  struct Best {
+    std::size_t value = 0;
+    int thread = 0;
+    std::size_t second = 0;  ///< The greatest of any other thread.
+  };
+
+  static Best better(const Best& left, const Best& right) {
+    const auto& [best, other] = left.value < right.value ? std::tie(right, left) : std::tie(left, right);
+    return {best.value, best.thread,
+            std::max(best.second, best.thread == other.thread ? other.second : other.value)};
+  }
+
+  const std::size_t m_size;
+  std::vector<Best> m_best;
+};
+
 /// How often calls ran while another thread's was under way, and how many at once.
 void overlaps(const Recorded& recording, std::ostream& out) {
   struct Row {
@@ -67,26 +106,33 @@ void overlaps(const Recorded& recording, std::ostream& out) {
   for (const Recorded::Call& recorded : recording.calls) begun.push_back(&recorded.call);
   std::stable_sort(begun.begin(), begun.end(),
                    [](const Crossing* left, const Crossing* right) { return left->began < right->began; });
-  std::map<std::string, Row> rows;
-  std::vector<std::pair<const Crossing*, bool>> running;  // as many as calls ran at once
-  const auto meets = [&](std::pair<const Crossing*, bool>& one, std::size_t together) {
-    Row& row = rows[title(*one.first)];
-    row.calls += one.second ? 0 : 1;
-    row.most = std::max(row.most, together);
-    one.second = true;
-  };
+  // How many there are when each begins, itself included; 0 when it is alone.
+  std::vector<std::size_t> together;
+  Greatest greatest(begun.size());
+  using Running = std::pair<std::chrono::microseconds, int>;  // when it ends, and its thread
+  std::priority_queue<Running, std::vector<Running>, std::greater<>> running;
+  std::map<int, std::size_t> ofThread;
   for (const Crossing* const call : begun) {
-    running.erase(
-        std::remove_if(running.begin(), running.end(),
-                       [&](const auto& one) { return one.first->began + one.first->took <= call->began; }),
-        running.end());
-    running.emplace_back(call, false);
-    std::size_t others = 0;
-    for (const auto& one : running) others += one.first->threadNumber != call->threadNumber;
-    if (others == 0) continue;
-    for (auto& one : running) {
-      if (one.first->threadNumber != call->threadNumber || one.first == call) meets(one, others + 1);
-    }
+    for (; !running.empty() && running.top().first <= call->began; running.pop())
+      --ofThread[running.top().second];
+    const std::size_t others = running.size() - ofThread[call->threadNumber];
+    if (others > 0) greatest.set(together.size(), others + 1, call->threadNumber);
+    together.push_back(others > 0 ? others + 1 : 0);
+    running.emplace(call->began + call->took, call->threadNumber);
+    ++ofThread[call->threadNumber];
+  }
+  std::map<std::string, Row> rows;
+  for (std::size_t i = 0; i < begun.size(); ++i) {
+    const auto ended = std::lower_bound(
+        begun.begin() + static_cast<std::ptrdiff_t>(i) + 1, begun.end(), begun[i]->began + begun[i]->took,
+        [](const Crossing* call, std::chrono::microseconds end) { return call->began < end; });
+    const std::size_t most =
+        std::max(together[i],
+                 greatest.of(i + 1, static_cast<std::size_t>(ended - begun.begin()), begun[i]->threadNumber));
+    if (most == 0) continue;
+    Row& row = rows[title(*begun[i])];
+    ++row.calls;
+    row.most = std::max(row.most, most);
   }
   if (rows.empty()) return;
   column(out << '\n', "Calls during which another thread called")

@@ -1,5 +1,7 @@
 #include "Replay.h"
 
+#include <vorn_testing/Text.h>
+
 #include <algorithm>
 #include <chrono>
 #include <deque>
@@ -184,7 +186,7 @@ bool replay(const Recorded& recording, const Replay& how, Speaker& speaker, std:
     out << "Calls that reached no host, and were not played: " << choice.unreached << '\n';
   if (choice.masked > 0)
     out << "Calls whose arguments are masked, and were not played: " << choice.masked << '\n';
-  out << played << " calls, "
+  out << vorn_testing::counted(played, "call") << ", "
       << (different == 0 ? "all answered as recorded" : std::to_string(different) + " answered differently")
       << ".\n";
   return different == 0;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 
 namespace vorn_testing {
@@ -28,6 +29,11 @@ bool standardOutputArrived(const char* program) {
   std::cerr << program << ": standard output could not be written; "
             << (open ? "is the disk full?" : "it is closed") << '\n';
   return false;
+}
+
+bool standardOutputIsColoured(const std::string& when) {
+  const char* const plain = std::getenv("NO_COLOR");
+  return when == "always" || (when == "auto" && isatty(STDOUT_FILENO) == 1 && (!plain || !*plain));
 }
 
 }  // namespace vorn_testing

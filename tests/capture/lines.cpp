@@ -81,8 +81,10 @@ TEST(Arguments, AreSpelledAsScenariosDo) {
             (Texts{R"("plain")", R"("\"a b\"")", R"("\"\"")", R"("\"\\\"\\\\\\n\\x09\\x1f\\x7f\"")",
                    R"("\"=\"")", R"("\"#,[]{}\"")"}));
   EXPECT_EQ((Texts{argument(std::string("\xc3\xa9")), argument(std::string("\xff")),
-                   argument(std::string("\xc2\x85")), argument(std::string("\xc3\xa9\xff"))}),
-            (Texts{"\"\xc3\xa9\"", R"("\"\\xff\"")", R"("\"\\xc2\\x85\"")", R"("\"\\xc3\\xa9\\xff\"")"}));
+                   argument(std::string("\xc2\x85")), argument(std::string("\xc3\xa9\xff")),
+                   argument(std::string("\xc3\xa9\x01"))}),
+            (Texts{"\"\xc3\xa9\"", R"("\"\\xff\"")", R"("\"\\xc2\\x85\"")", R"("\"\\xc3\\xa9\\xff\"")",
+                   "\"\\\"\xc3\xa9\\\\x01\\\"\""}));
   EXPECT_EQ(
       (Texts{argument(true), argument(false), argument(-7), argument(std::int64_t{1} << 40),
              argument(std::numeric_limits<std::int64_t>::min()), argument(std::chrono::milliseconds(5))}),

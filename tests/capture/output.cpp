@@ -13,7 +13,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "../../tools/capture/library/Output.h"
+#include "../../tools/capture/library/files/Output.h"
 
 namespace {
 
@@ -66,6 +66,9 @@ TEST_F(Outputs, BeginWithTheirHeadAndAreTheirOwners) {
   EXPECT_TRUE(output.flush(0));
   EXPECT_TRUE(output.flush(0));
   EXPECT_EQ(content(path), std::string(kHeader) + "\none\ntwo\nthree\n");
+  output.add("", 1);
+  EXPECT_TRUE(output.flush(0));
+  EXPECT_EQ(content(path), std::string(kHeader) + "\none\ntwo\nthree\n\n");
   EXPECT_EQ(output.takeLost(), 0U);
 }
 
@@ -213,6 +216,7 @@ TEST_F(Outputs, AreKeptShort) {
   for (std::size_t i = 2; i < all.size(); ++i) ASSERT_EQ(std::stoull(all[i]), first + i - 2);
   EXPECT_EQ(std::stoull(all.back()), calls);
   EXPECT_GT(fs::file_size(path), kKeep / 3);
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
   EXPECT_EQ(std::distance(fs::directory_iterator(kFolder), {}), 1);
 }
 
@@ -271,14 +275,22 @@ TEST_F(Outputs, GoOnInTheirOwnFileWhenTheProgramClosedIt) {
   EXPECT_EQ(output.takeLost(), 1U);
   std::ofstream(path) << "another's";
   output.add("three", 1);
+  errno = 0;
   EXPECT_FALSE(output.flush(0));
+  EXPECT_EQ(errno, EBADF);
   EXPECT_EQ(content(path), "another's");
   close(others);
 }
 
 TEST_F(Outputs, LeaveTheLowNumbersToTheProgram) {
-  const int before = dup(STDIN_FILENO);
+  const int input = dup(STDIN_FILENO), before = dup(STDIN_FILENO);
   close(before);
+  close(STDIN_FILENO);
+  {
+    Output first;
+    EXPECT_EQ(open(first), "");
+  }
+  EXPECT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
   {
     Output output;
     ASSERT_EQ(open(output), "");

@@ -11,10 +11,15 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "readers.h"
+#include "recordings/Export.h"
+#include "recordings/Report.h"
 
 namespace {
+
+using namespace vorn_speaker;
 
 /// A text of at least that size: the part again and again, with a number that goes up where it has a #.
 std::string many(const std::string& part, std::size_t size, const std::string& before = "") {
@@ -55,6 +60,26 @@ std::string deepCalls(std::size_t size) {
   call.replace(call.find("\"inside\":0"), 10, "\"inside\":1000000");
   return many(call, size, kRecording);
 }
+
+/// A call for every 16 bytes, none of which ends before the last begins: of as many threads, or inside each other.
+void tellLongCalls(std::size_t size, bool inside) {
+  Recorded recorded{"made", 2, "", "", "", {}, {}, {}, {}, {}, {}};
+  for (std::size_t i = 0; i < size / 16; ++i) {
+    Crossing call{};
+    call.number = i + 1;
+    call.adapter = "VornDeviceInfo";
+    call.operation = "getVolume";
+    call.threadNumber = inside ? 1 : static_cast<int>(i + 1);
+    call.depth = inside ? static_cast<int>(i) : 0;
+    call.began = std::chrono::microseconds(i);
+    call.took = std::chrono::hours(1);
+    recorded.calls.push_back({call, i + 1});
+  }
+  std::ostringstream told;
+  report(recorded, told);
+  for (const ExportFormat& format : exportFormats()) format.write(recorded, told);
+}
+
 #define TRACED "VornDeviceAbstractionLayer::"
 constexpr char kLogin[] =
     " Time: bool " TRACED
@@ -65,6 +90,7 @@ struct Form {
   const char* name;
   const char* reader;
   std::string (*text)(std::size_t size);
+  void (*tell)(std::size_t size) = nullptr;  ///< In place of reading a text.
 };
 
 using Size = std::size_t;
@@ -89,6 +115,10 @@ const Form kForms[] = {
     {"recording-deep", "recording", [](Size n) { return many("[", n, kRecording) + "\n{}\n"; }},
     {"recording-long-line", "recording",
      [](Size n) { return many("0, ", n, std::string(kRecording) + "["); }},
+    {"recording-fields", "recording",
+     [](Size n) { return many(",\"field#\":1", n, std::string(kRecording) + "{\"call\":1") + "}\n"; }},
+    {"recording-at-once", "", nullptr, [](Size n) { tellLongCalls(n, false); }},
+    {"recording-nested", "", nullptr, [](Size n) { tellLongCalls(n, true); }},
     {"trace-lines", "trace", [](Size n) { return many(kLogin, n); }},
     {"trace-foreign", "trace", [](Size n) { return many(" Time: line #\n", n); }},
     {"trace-long-line", "trace", [](Size n) { return many("accessToken: ", n, " Time: " TRACED); }},
@@ -103,14 +133,14 @@ const Form kForms[] = {
 };
 
 void read(const Form& form, std::size_t size) {
-  const std::string text = form.text(size);
+  const std::string text = form.text ? form.text(size) : "";
+  const std::string label = form.name + (" " + std::to_string(size));
+  CALLGRIND_ZERO_STATS;
+  if (form.tell) form.tell(size);
   for (const Reader& reader : readers()) {
-    if (std::strcmp(reader.name, form.reader) != 0) continue;
-    const std::string label = form.name + (" " + std::to_string(size));
-    CALLGRIND_ZERO_STATS;
-    reader.read(text);
-    CALLGRIND_DUMP_STATS_AT(label.c_str());
+    if (std::strcmp(reader.name, form.reader) == 0) reader.read(text);
   }
+  CALLGRIND_DUMP_STATS_AT(label.c_str());
 }
 
 }  // namespace

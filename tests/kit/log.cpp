@@ -184,7 +184,7 @@ TEST_F(Reports, TellWhatIsLeftOutAndWhatHasNoEnd) {
   EXPECT_EQ(
       of({{"a", 7, false}, {"b", 0, true}, {"c", 1, true}}),
       "?  a\n    and 7 bytes more, left out\n?  b\n    the line has no end: it was cut, or is still being "
-      "written\n?  c\n    and 1 bytes more, left out\n    the line has no end: it was cut, or is still being "
+      "written\n?  c\n    and 1 byte more, left out\n    the line has no end: it was cut, or is still being "
       "written\n");
 }
 

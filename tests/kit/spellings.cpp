@@ -92,6 +92,7 @@ const Spelled kRecorded[] = {
     {"\xc2\x85", "\"\\xc2\\x85\""},
     {"\xe2\x80\xae", "\"\\xe2\\x80\\xae\""},
     {"a\xff", "\"a\\xff\""},
+    {"\xc3\xa9\x01", "\"\xc3\xa9\\x01\""},
 };
 
 INSTANTIATE_TEST_SUITE_P(Recording, InRecordings, testing::ValuesIn(kRecorded));

@@ -27,6 +27,45 @@ TEST(AStream, GivesEveryLineOnceAndInOrder) {
   EXPECT_EQ(out, "{1}\n{2}\n");
 }
 
+/// All that a reader who is at a place is given, and where it is then.
+std::string given(const Stream& stream, std::uint64_t place, std::size_t most = 1000) {
+  std::string out;
+  const bool more = stream.read(place, most, "", out);
+  return out + (more ? "@" : "none@") + std::to_string(place);
+}
+
+TEST(AStream, GivesWhatIsBehindAPlace) {
+  Stream stream(1000);
+  EXPECT_EQ(given(stream, 0).substr(0, 5), "none@");
+  stream.push("{1}");
+  const std::uint64_t first = std::stoull(given(stream, 0).substr(5)) - 1;
+  stream.push("{2}");
+  stream.push("{3}");
+  const auto at = [&](std::uint64_t more) { return "@" + std::to_string(first + more); };
+  EXPECT_EQ(given(stream, first), "{1}\n{2}\n{3}\n" + at(3));
+  EXPECT_EQ(given(stream, first + 2), "{3}\n" + at(3));
+  EXPECT_EQ(given(stream, first + 3), "none" + at(3));
+  EXPECT_EQ(given(stream, first + 4), "{1}\n{2}\n{3}\n" + at(3)) << "a place of another's";
+  EXPECT_EQ(given(stream, first, 1), "{1}\n" + at(1));
+  EXPECT_EQ(given(stream, first, 4), "{1}\n" + at(1));
+  EXPECT_EQ(given(stream, first, 5), "{1}\n{2}\n" + at(2));
+  std::string out = "before ";
+  std::uint64_t place = first + 2;
+  stream.read(place, 100, "data: ", out);
+  EXPECT_EQ(out, "before data: {3}\n");
+}
+
+TEST(AStream, KeepsAsManyBytesAsItMayAndTheLastLine) {
+  Stream stream(10);
+  stream.push("{1234567}");
+  stream.push("x");
+  EXPECT_EQ(given(stream, 0), "{1234567}\nx\n@3");
+  stream.push("y");
+  EXPECT_EQ(given(stream, 0), "{\"missed\":1}\nx\ny\n@4");
+  stream.push("{this is longer than all that is kept}");
+  EXPECT_EQ(given(stream, 0), "{\"missed\":3}\n{this is longer than all that is kept}\n@5");
+}
+
 TEST(AStream, TellsASlowReaderHowManyLinesItMissed) {
   Stream stream(10);
   for (int i = 0; i < 5; ++i) stream.push("{12345}");
@@ -46,6 +85,53 @@ TEST(AStream, GivesTheLastCallOfEachOperationThatIsGone) {
   EXPECT_EQ(out.substr(0, out.find('\n')), R"({"earlier":{"adapter":"A","operation":"get","result":"20"}})");
 }
 
+TEST(AStream, TellsCallsThatAreGoneByAdapterAndOperation) {
+  Stream stream(1);
+  const auto call = [&](const std::string& adapter, const std::string& operation, int result) {
+    stream.push("{\"adapter\":\"" + adapter + "\",\"operation\":\"" + operation +
+                "\",\"r\":" + std::to_string(result) + "}");
+  };
+  call("A", "get", 1);
+  call("B", "get", 2);
+  call("A", "set", 3);
+  stream.push(R"({"adapter":"A"})");
+  stream.push(R"({"operation":"get"})");
+  call("A", "get", 4);
+  call("AB", "get", 5);
+  call("A", "Bget", 6);
+  stream.push("last");
+  std::string earlier;
+  for (const char* const gone :
+       {R"("A","operation":"Bget","r":6)", R"("A","operation":"get","r":4)", R"("A","operation":"set","r":3)",
+        R"("AB","operation":"get","r":5)", R"("B","operation":"get","r":2)"})
+    earlier += std::string(R"({"earlier":{"adapter":)") + gone + "}}\n";
+  EXPECT_EQ(given(stream, 0), earlier + "{\"missed\":8}\nlast\n@10");
+}
+
+TEST(AStream, RemembersFiveHundredOperations) {
+  Stream stream(1);
+  for (int i = 0; i < 600; ++i)
+    stream.push("{\"adapter\":\"A\",\"operation\":\"o" + std::to_string(i) + "\"}");
+  stream.push(R"({"adapter":"A","operation":"o7","again":1})");
+  stream.push("last");
+  const std::string all = given(stream, 0);
+  std::size_t earlier = 0;
+  for (std::size_t at = 0; (at = all.find("earlier", at)) != all.npos; ++at) ++earlier;
+  EXPECT_EQ(earlier, 500U);
+  EXPECT_TRUE(has(all, "\"again\""));
+}
+
+TEST(AStream, TellsWhoeverWaits) {
+  Stream stream(10);
+  int told = 0;
+  stream.onLine([&] { ++told; });
+  stream.push("1");
+  stream.push("2");
+  stream.onLine(nullptr);
+  stream.push("3");
+  EXPECT_EQ(told, 2);
+}
+
 TEST(AStream, BeginsAnewForWhoeverReadBefore) {
   Stream stream(1000);
   stream.push("{1}");
@@ -56,6 +142,19 @@ TEST(AStream, BeginsAnewForWhoeverReadBefore) {
   stream.push("{2}");
   stream.read(place, 1000, "", out);
   EXPECT_EQ(out, "{1}\n{2}\n");
+}
+
+TEST(AStream, ForgetsEverythingWhenItBeginsAnew) {
+  Stream stream(60);
+  stream.push(R"({"adapter":"A","operation":"get","result":"of before"})");
+  stream.push(R"({"adapter":"A","operation":"set"})");
+  stream.restart();
+  EXPECT_EQ(given(stream, 0).substr(0, 5), "none@");
+  stream.push("{" + std::string(56, 'x') + "}");
+  stream.push("{}");
+  EXPECT_EQ(given(stream, 1), "{" + std::string(56, 'x') + "}\n{}\n@5");
+  stream.push("{}");
+  EXPECT_EQ(given(stream, 1), "{\"missed\":1}\n{}\n{}\n@6");
 }
 
 class AServer : public testing::Test {

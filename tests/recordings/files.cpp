@@ -186,10 +186,14 @@ TEST_F(Recordings, AreReadInTheOrderInWhichCallsBegan) {
   EXPECT_EQ(read.calls[0].line, 3U);
 }
 
-TEST_F(Recordings, AreRefusedHoweverDeepTheyAre) {
+TEST_F(Recordings, AreRefusedHoweverDeepAndWideTheyAre) {
   const std::string deep = std::string(200000, '[') + std::string(200000, ']');
   for (const std::string& text : {made::line({{"result", deep}}), deep + "\n", "{\"note\":" + deep + "\n"})
     EXPECT_EQ(problem(kHeader + text), path + ":2: expected a line of a recording; its lists are too deep");
+  std::string wide = "{\"call\":1";
+  for (int i = 0; i < 1000; ++i) wide += ",\"field" + std::to_string(i) + "\":1";
+  EXPECT_EQ(problem(kHeader + wide + "}\n"),
+            path + ":2: expected a line of a recording; it has too many fields");
   EXPECT_EQ(problem(kHeader + line({{"result", R"("\"[[[[[[[[[[[[[[[[[[")"}})), "it was read");
 }
 

@@ -61,7 +61,7 @@ TEST_F(Replays, HoldForAnsweredWhatTheAdapterAnswersByItself) {
 
 TEST_F(Replays, PlayOnlyTheCallsThatAreWanted) {
   const std::string lines = call(1, m_other) + call(2) + call(3, m_other);
-  EXPECT_EQ(replay(lines, "--calls 2"), "1 calls, all answered as recorded.\n");
+  EXPECT_EQ(replay(lines, "--calls 2"), "1 call, all answered as recorded.\n");
   replay(lines, "--calls 2-");
   EXPECT_EQ(m_status, 1);
 }
@@ -71,7 +71,7 @@ TEST_F(Replays, PlayOnlyTheAdaptersThatAreWanted) {
                                                         {"operation", "\"open\""},
                                                         {"slot", "25"},
                                                         {"result", "\"true\""}});
-  EXPECT_EQ(replay(lines, "--adapter VornStorage"), "1 calls, all answered as recorded.\n");
+  EXPECT_EQ(replay(lines, "--adapter VornStorage"), "1 call, all answered as recorded.\n");
   EXPECT_TRUE(has(replay(lines, "-a VornStorge"), "did you mean VornStorage?"));
   EXPECT_EQ(m_status, 2);
 }
@@ -79,7 +79,7 @@ TEST_F(Replays, PlayOnlyTheAdaptersThatAreWanted) {
 TEST_F(Replays, PlayWhatTheAssistantSideCalledFromInsideANotification) {
   EXPECT_EQ(replay(made::line(made::volumeChanged({{"call", "1"}, {"time", "0"}, {"duration", "90"}})) +
                    call(2, {{"thread", "\"firmware\""}, {"threadNumber", "2"}, {"inside", "1"}})),
-            "1 calls, all answered as recorded.\n");
+            "1 call, all answered as recorded.\n");
 }
 
 TEST_F(Replays, DoNotPlayWhatTheHostCalledFromInsideACall) {
@@ -90,7 +90,7 @@ TEST_F(Replays, DoNotPlayWhatTheHostCalledFromInsideACall) {
                         {"result", "\"true volume 30\""},
                         {"duration", "90"}};
   EXPECT_EQ(replay(call(1, outer) + call(2, {{"inside", "1"}, {"result", "\"31\""}})),
-            "1 calls, all answered as recorded.\n");
+            "1 call, all answered as recorded.\n");
 }
 
 TEST_F(Replays, KnowTheCallsAroundThatNeverReturned) {
@@ -99,7 +99,7 @@ TEST_F(Replays, KnowTheCallsAroundThatNeverReturned) {
   EXPECT_TRUE(
       has(replay(call(2, {{"thread", "\"firmware\""}, {"threadNumber", "2"}, {"inside", "1"}}) +
                  "{\"open\":" + open.substr(0, open.size() - 1) + "}\n"),
-          "recording:3: the call 1 had not returned: VornDeviceInfo.notifyVolumeChanged\n1 calls, all"));
+          "recording:3: the call 1 had not returned: VornDeviceInfo.notifyVolumeChanged\n1 call, all"));
 }
 
 TEST_F(Replays, ShutAdaptersDownAndCreateThemAsTheFirmwareDid) {
@@ -111,7 +111,7 @@ TEST_F(Replays, ShutAdaptersDownAndCreateThemAsTheFirmwareDid) {
 
 TEST_F(Replays, PassOverCallsThatReachedNoHost) {
   EXPECT_EQ(replay(call(1, {{"reached", "false"}, {"result", "\"0\""}}) + call(2)),
-            "Calls that reached no host, and were not played: 1\n1 calls, all answered as recorded.\n");
+            "Calls that reached no host, and were not played: 1\n1 call, all answered as recorded.\n");
 }
 
 TEST_F(Replays, PassOverCallsWhoseArgumentsTheMaskMadeUnreadable) {
@@ -121,7 +121,7 @@ TEST_F(Replays, PassOverCallsWhoseArgumentsTheMaskMadeUnreadable) {
                             {"arguments", "[\"********\"]"},
                             {"result", "\"true\""}}) +
                    call(2)),
-            "Calls whose arguments are masked, and were not played: 1\n1 calls, all answered as recorded.\n");
+            "Calls whose arguments are masked, and were not played: 1\n1 call, all answered as recorded.\n");
 }
 
 TEST_F(Replays, KeepTheRecordedTimesWhenAsked) {

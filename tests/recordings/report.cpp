@@ -1,6 +1,9 @@
 // Reports of recordings, and of how two differ.
 
+#include <algorithm>
+#include <random>
 #include <sstream>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -99,6 +102,41 @@ TEST(Reports, TellCallsThatOverlappedThoseOfOtherThreads) {
   EXPECT_TRUE(hasRow(output, "Calls during which another thread called calls at once"));
   EXPECT_TRUE(hasRow(output, "down VornDeviceInfo.getVolume 4 3"));
   EXPECT_EQ(reported(at(1, 0, 5, 1) + at(2, 5, 5, 2)).find("another thread"), std::string::npos);
+}
+
+TEST(Reports, TellOverlapsAsIfEachCallWereComparedWithEachOther) {
+  std::mt19937 random(3);
+  const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
+  for (int round = 0; round < 300; ++round) {
+    struct Made {
+      int began, end, thread;
+      std::size_t most;
+    };
+    std::vector<Made> all;
+    std::string lines;
+    for (int number = 1, time = 0; number <= 12; ++number, time += below(4)) {
+      all.push_back({time, time + below(12), 1 + below(3), 0});
+      lines += call(number, {{"time", std::to_string(time)},
+                             {"duration", std::to_string(all.back().end - time)},
+                             {"threadNumber", std::to_string(all.back().thread)}});
+      const Made& next = all.back();
+      const auto meets = [&](const Made& one) { return one.thread != next.thread && one.end > next.began; };
+      const auto others = static_cast<std::size_t>(std::count_if(all.begin(), all.end(), meets));
+      for (Made& one : all) {
+        if (others > 0 && (&one == &next || meets(one))) one.most = std::max(one.most, others + 1);
+      }
+    }
+    const auto calls = std::count_if(all.begin(), all.end(), [](const Made& one) { return one.most > 0; });
+    const auto most = std::max_element(all.begin(), all.end(), [](const Made& left, const Made& right) {
+                        return left.most < right.most;
+                      })->most;
+    const std::string output = reported(lines), row = "down VornDeviceInfo.getVolume ";
+    if (calls > 0) {
+      ASSERT_TRUE(hasRow(output, row + std::to_string(calls) + " " + std::to_string(most)));
+    } else {
+      ASSERT_EQ(output.find("another thread"), std::string::npos);
+    }
+  }
 }
 
 TEST(Reports, TellSoundNotesAndWhatIsMissing) {

@@ -10,22 +10,22 @@ A host that misbehaves, at every moment, in vorn-conformance.
   BROKEN    VornDALImplIF/13/getVolume/answers (getVolume, slot 13)
     seen:   getVolume() ended the process with signal 6 (Aborted)
   SLOWEST ...
-  HOST: 1 checks, 0 kept, 1 broken, 0 not asked
+  HOST: 1 check, 0 kept, 1 broken, 0 not asked
   == call throw: status 1
   BROKEN    VornDALImplIF/13/getVolume/answers (getVolume, slot 13)
     seen:   getVolume() threw std::runtime_error: "nothing for it"
   SLOWEST ...
-  HOST: 1 checks, 0 kept, 1 broken, 0 not asked
+  HOST: 1 check, 0 kept, 1 broken, 0 not asked
   == call exit: status 1
   BROKEN    VornDALImplIF/13/getVolume/answers (getVolume, slot 13)
     seen:   getVolume() ended the process with status 0
   SLOWEST ...
-  HOST: 1 checks, 0 kept, 1 broken, 0 not asked
+  HOST: 1 check, 0 kept, 1 broken, 0 not asked
   == call hang: status 1
   BROKEN    VornDALImplIF/13/getVolume/answers (getVolume, slot 13)
     seen:   getVolume() did not answer within 0.3 s
   SLOWEST ...
-  HOST: 1 checks, 0 kept, 1 broken, 0 not asked
+  HOST: 1 check, 0 kept, 1 broken, 0 not asked
   == call print: status 0
   the host prints
   the host prints
@@ -36,7 +36,7 @@ A host that misbehaves, at every moment, in vorn-conformance.
   the host prints
   the host prints
   SLOWEST ...
-  HOST: 1 checks, 1 kept, 0 broken, 0 not asked
+  HOST: 1 check, 1 kept, 0 broken, 0 not asked
   $ for when in load make destroy unload; do for what in abort exit throw hang; do ask "$when $what"; done; done; ask "finish abort"
   == load abort: status 3
   vorn-conformance: HOST: the library ended the process with signal 6 (Aborted), while HOST was loaded

@@ -202,7 +202,7 @@ Answers of the simulated speaker that differ from those of the recording.
   $ vorn-speaker --state state --keep-going replay full | tail -n 1
   4 calls, 2 answered differently.
   $ vorn-speaker --state state replay --calls 1 full | tail -n 1
-  1 calls, all answered as recorded.
+  1 call, all answered as recorded.
   $ vorn-speaker --state state replay --calls 50 full 2>&1 | tail -n 1
   vorn-speaker: full: expected calls of the assistant client, found none to play
 Files that are no recordings.
@@ -239,7 +239,7 @@ A recording of version 1.
   Microseconds                                                                   calls   least  median    90 %    99 %    most
   down  VornDeviceInfo.getVolume                                                     1       7       7       7       7       7
   $ vorn-speaker --state state replay old
-  1 calls, all answered as recorded.
+  1 call, all answered as recorded.
 What record writes, without its times.
 
   $ cat > short.scenario <<'END'

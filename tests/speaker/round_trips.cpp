@@ -68,7 +68,7 @@ RC_GTEST_PROP(Recorded, CallReadsBack,
 
 RC_GTEST_PROP(Traced, TokenIsMaskedWhateverItHoldsAndTheRestIsKept,
               (const std::string& token, const std::string& user)) {
-  RC_PRE(user.find(", userName: ") == std::string::npos);
+  RC_PRE(user.find(", userName: ") == std::string::npos && user.find('\n') == std::string::npos);
   const std::string begin =
       "bool VornDeviceAbstractionLayer::VornEMPAdapterControl::login(const string&, const string&, bool, "
       "std::chrono::milliseconds, std::string): accessToken: ";

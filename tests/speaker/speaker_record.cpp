@@ -177,7 +177,7 @@ TEST_F(Recordings, ThatAreCutArePlayedAsFarAsTheyGo) {
   const std::string text =
       record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
   const std::string output = run("replay " + file("cut", text.substr(0, text.size() - 9)));
-  EXPECT_TRUE(has(output, "cut:3: left out, the line is cut\n1 calls, all answered as recorded."));
+  EXPECT_TRUE(has(output, "cut:3: left out, the line is cut\n1 call, all answered as recorded."));
   EXPECT_EQ(m_status, 0);
 }
 
@@ -192,7 +192,7 @@ TEST_F(Recordings, AreReportedWhereNothingCanBeWritten) {
 TEST_F(Recordings, ArePlayedWithoutWhatTheHostCalledItself) {
   std::string text = record("assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getVolume\n");
   text.replace(text.rfind("\"inside\":0"), 10, "\"inside\":1");
-  EXPECT_TRUE(has(run("replay " + file("inner", text)), "1 calls, all answered as recorded."));
+  EXPECT_TRUE(has(run("replay " + file("inner", text)), "1 call, all answered as recorded."));
 }
 
 TEST_F(Recordings, DifferWithTheirPlace) {

@@ -173,9 +173,9 @@ void Printer::add(const Result& result) {
 void printSummary(std::ostream& out, const std::string& library, const std::vector<Result>& results) {
   printNotAsked(out, results);
   printSlowest(out, results);
-  out << harmless(library) << ": " << results.size() << " checks, " << count(results, HostVerdict::kKept)
-      << " kept, " << count(results, HostVerdict::kBroken) << " broken, "
-      << count(results, HostVerdict::kNotAsked) << " not asked";
+  out << harmless(library) << ": " << vorn_testing::counted(results.size(), "check") << ", "
+      << count(results, HostVerdict::kKept) << " kept, " << count(results, HostVerdict::kBroken)
+      << " broken, " << count(results, HostVerdict::kNotAsked) << " not asked";
   if (const std::size_t remarks = count(results, HostVerdict::kRemark))
     out << ", " << remarks << " with a remark";
   out << "\n";

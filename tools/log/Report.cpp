@@ -63,7 +63,8 @@ bool Report::take(const Records::Record& record) {
     ++m_counts[line.adapter][line.operation];
     if (!m_options.count) {
       print(line);
-      if (record.dropped > 0) m_out << "    and " << record.dropped << " bytes more, left out\n";
+      if (record.dropped > 0)
+        m_out << "    and " << vorn_testing::counted(record.dropped, "byte") << " more, left out\n";
       if (record.unfinished) m_out << "    the line has no end: it was cut, or is still being written\n";
     }
   }

@@ -1,11 +1,9 @@
 // vorn-log: reads the library's trace, also while it grows.
 
 #include <signal.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 
 #include <vorn_testing/StandardFiles.h>
@@ -89,11 +87,6 @@ std::string meant(const CLI::App& app) {
   return "";
 }
 
-bool coloured(const std::string& when) {
-  const char* const plain = std::getenv("NO_COLOR");
-  return when == "always" || (when == "auto" && isatty(STDOUT_FILENO) == 1 && (!plain || !*plain));
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -128,7 +121,7 @@ int main(int argc, char** argv) {
   int status = kDone;
   try {
     app.parse(argc, argv);
-    options.colour = coloured(colour);
+    options.colour = vorn_testing::standardOutputIsColoured(colour);
     status = read(options);
   } catch (const CLI::Success& asked) {
     app.exit(asked);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace vorn_testing {
 
 /// Opens the null device in place of those of the standard files, descriptors 0 to 2, that the caller closed, so that no
@@ -12,5 +14,9 @@ void prepareStandardFiles();
 /// closed file, says so on standard error after the name of `program`.
 /// @returns  Whether everything arrived.
 bool standardOutputArrived(const char* program);
+
+/// Whether standard output gets colours, as --color asks: "always", "never", or "auto" for terminals only, unless NO_COLOR
+/// is set.
+bool standardOutputIsColoured(const std::string& when);
 
 }  // namespace vorn_testing

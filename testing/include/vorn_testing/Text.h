@@ -36,4 +36,7 @@ std::string nearest(const std::string& word, const std::vector<std::string>& nam
 /// "; did you mean NAME?" with the nearest one, as it ends a message; empty when the word is like none.
 std::string didYouMean(const std::string& word, const std::vector<std::string>& names);
 
+/// "1 call", "2 calls".
+std::string counted(std::size_t number, const std::string& word);
+
 }  // namespace vorn_testing

@@ -192,8 +192,8 @@ void onDisturbed(int) {
   if (t_call) holdUpNow();
 }
 
-void sleepWhile(int value, long milliseconds) {
-  const timespec atMost{0, milliseconds * 1000000};
+void sleepWhile(int value, long forMs) {
+  const timespec atMost{0, forMs * 1000000};
   syscall(SYS_futex, &g_paused, FUTEX_WAIT_PRIVATE, value, &atMost, nullptr, 0);
 }
 

@@ -122,4 +122,8 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
   return meant.empty() ? "" : "; did you mean " + meant + "?";
 }
 
+std::string counted(std::size_t number, const std::string& word) {
+  return std::to_string(number) + " " + word + (number == 1 ? "" : "s");
+}
+
 }  // namespace vorn_testing

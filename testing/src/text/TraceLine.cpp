@@ -50,8 +50,9 @@ void mask(std::string& text, const std::string& name, const std::string& next) {
   const std::size_t last = text.rfind(next);
   if (named != std::string::npos) {
     const std::size_t from = named + name.size();
-    const bool whole =
-        last != std::string::npos && last >= from && text.find(name, last) == std::string::npos;
+    const bool whole = last != std::string::npos && last >= from &&
+                       text.find(name, last) == std::string::npos &&
+                       text.find(kNamespace, from) == std::string::npos;
     text.replace(from, whole ? last - from : std::string::npos, kMask);
   } else if (last != std::string::npos) {
     text = kMask;
@@ -136,7 +137,7 @@ std::size_t certain(const std::string& text) {
   const bool whole = end != std::string::npos && followsOne(text, end + 1, kAfter) &&
                      std::all_of(text.begin() + static_cast<std::ptrdiff_t>(types),
                                  text.begin() + static_cast<std::ptrdiff_t>(end),
-                                 [](char c) { return isWord(c) || std::strchr(":<>,&* ", c); });
+                                 [](char c) { return isWord(c) || (c && std::strchr(":<>,&* ", c)); });
   return whole ? text.size() : types;
 }
 

@@ -232,7 +232,7 @@ void begun(Bytes& line, const Line& about, const Begin& begin, std::uint64_t cal
   number(line, "inside", begin.inside);
 }
 
-const char* arguments(Bytes& line, const char* at, std::uint32_t count) {
+void arguments(Bytes& line, const char* at, std::uint32_t count) {
   field(line, "arguments");
   line.add('[');
   for (std::uint32_t i = 0; i < count; ++i) {
@@ -242,7 +242,6 @@ const char* arguments(Bytes& line, const char* at, std::uint32_t count) {
     quote(line, made.text());
   }
   line.add(']');
-  return at;
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "Render.h"
+#include "../Render.h"
 
 namespace vorn_capture {
 
