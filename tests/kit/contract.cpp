@@ -3,6 +3,9 @@
 #include <vorn_testing/HostContract.h>
 #include <vorn_testing/MemoryHost.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -124,6 +127,35 @@ TEST(HostChecks, AreKeptWhenTheCallerIgnoresTheEndOfItsChildren) {
       runHostCheck(named(kAnswers), [] { return std::make_shared<vorn_testing::NullHost>(); });
   std::signal(SIGCHLD, before);
   EXPECT_EQ(verdict.kind, vorn_testing::HostVerdict::kKept) << verdict.detail;
+}
+
+/// Starts a process of a session of its own, which nobody waits for.
+struct Starting : vorn_testing::MemoryHost {
+  void notifyMainAppInitialized() override {
+    const pid_t between = fork();
+    if (between == 0) {
+      if (fork() == 0) {
+        setsid();
+        for (;;) pause();
+      }
+      _exit(0);
+    }
+    waitpid(between, nullptr, 0);
+  }
+};
+
+TEST(HostChecks, EndWhatTheHostHasStarted) {
+#ifdef VORN_EMULATED
+  GTEST_SKIP() << "in qemu-user no process takes the place of a parent that has ended";
+#endif
+  int ends[2];  // open for writing as long as a process that was started lives
+  ASSERT_EQ(pipe(ends), 0);
+  runHostCheck(named("VornDALImplIF/05/notifyMainAppInitialized/answers"),
+               [] { return std::make_shared<Starting>(); });
+  close(ends[1]);
+  char none = 0;
+  EXPECT_EQ(read(ends[0], &none, 1), 0);
+  close(ends[0]);
 }
 
 TEST(HostChecks, BreakARequiredAreaThatCouldNotBeAsked) {

@@ -74,6 +74,25 @@ TEST(CommandLine, AsksForEverything) {
   EXPECT_EQ(demands.bound, std::chrono::milliseconds(1500));
 }
 
+/// The flags that are set, by their letters.
+std::string flags(const Texts& words) {
+  const Options options = parsed(words);
+  return std::string(options.demands.durable ? "d" : "") + (options.strict ? "t" : "") +
+         (options.resume ? "r" : "") + (options.list ? "l" : "") + (options.help ? "h" : "") +
+         (options.version ? "v" : "");
+}
+
+TEST(CommandLine, SetsWhatItNamesAndNothingElse) {
+  EXPECT_EQ(
+      (Texts{flags({"--durable", "x"}), flags({"--strict", "x"}), flags({"--json", "j", "--resume", "x"}),
+             flags({"--list"}), flags({"--help"}), flags({"--version"}), flags({"--only", "a", "x"})}),
+      (Texts{"d", "t", "r", "l", "h", "v", ""}));
+  const Options only = parsed({"--only", "a", "x"}), input = parsed({"--input", "a", "x"});
+  EXPECT_EQ(only.junit + only.json, "");
+  EXPECT_TRUE(only.demands.channels.empty() && only.demands.inputs.empty() && only.demands.locales.empty());
+  EXPECT_TRUE(input.only.empty() && input.demands.channels.empty() && input.demands.locales.empty());
+}
+
 TEST(CommandLine, IsKeptButForWhetherARunGoesOn) {
   EXPECT_EQ(parsed({"--only", "a b", "x.so", "--json", "l", "--resume"}).all, "--only a b x.so --json l");
   EXPECT_EQ(parsed({"--resume", "--json=l", "x.so"}).all, "--json=l x.so");

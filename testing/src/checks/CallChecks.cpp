@@ -46,6 +46,8 @@ std::vector<Prepared> ammunition(const Operation& operation) {
         all.push_back(operation.prepare(given, which));
     }
   }
+  for (int word = 0; word < std::min(kFewWords, operation.samples(Given::kWord)); ++word)
+    all.push_back(operation.prepare(Given::kWord, word));
   return all;
 }
 

@@ -32,6 +32,9 @@ struct Operation {
   std::string place() const;
 };
 
+/// How many of the words that the headers name are enough where others matter as much.
+constexpr int kFewWords = 4;
+
 /// All 64 and 16 of them, by slot.
 const std::vector<Operation>& operations();
 

@@ -10,6 +10,29 @@
 namespace hosts {
 namespace {
 
+// ---- Only for words that mean something ----------------------------------------------------------
+
+struct TogglesOnBare : Device {
+  Entries toggles;
+  Result onSetToggleState(std::string toggle, std::string state) override {
+    if (state != "on" && state != "off") return {false, "on or off"};
+    toggles[toggle] = state;
+    return {true, ""};
+  }
+};
+struct TogglesUnderAnother : Device {
+  std::mutex of_toggles;
+  Result onSetToggleState(std::string toggle, std::string state) override {
+    if (state != "on" && state != "off") return {false, "on or off"};
+    const Lock lock(of_toggles);
+    const auto made = modes.emplace("toggle " + toggle, state);
+    if (!made.second) modes.erase(made.first);
+    return {true, ""};
+  }
+};
+VORN_HOST("unguarded", TogglesOnBare, "onSetToggleState")
+VORN_HOST("two mutexes", TogglesUnderAnother, "onSetToggleState|onSetMode|onAdjustMode")
+
 // ---- Asking changes something --------------------------------------------------------------------
 
 struct AskedMuteEnds : Device {

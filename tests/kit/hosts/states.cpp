@@ -161,6 +161,33 @@ struct NeverSilent : Sounding {
   }
   void stopStreamingAudioData() override {}
 };
+struct CountsStarts : Sounding {
+  int starts = 0;
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    ++starts;
+    if (threads.empty()) begin();
+    return true;
+  }
+  void stopStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (--starts == 0) on = false;
+  }
+};
+struct SoundsRefused : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.empty()) begin();
+    return false;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+struct SoundsUnasked : Sounding {
+  SoundsUnasked() { begin(); }
+};
+VORN_HOST("sound", SoundsUnasked, "startStreamingAudioData")
+VORN_HOST("sound", CountsStarts, "stopStreamingAudioData|startStreamingAudioData")
+VORN_HOST("sound", SoundsRefused, "startStreamingAudioData")
 VORN_HOST("sound", ThreadForEachStart, "startStreamingAudioData")
 VORN_HOST("sound", JoinsFromInside, "stopStreamingAudioData")
 VORN_HOST("sound", SoundsOnce, "startStreamingAudioData")

@@ -52,7 +52,9 @@ std::vector<Step> steps() {
   std::vector<Step> all;
   const auto add = [&](Given given, int from, int step) {
     for (const Operation& operation : operations()) {
-      for (int which = from; which < operation.samples(given); which += step)
+      const int end =
+          given == Given::kWord ? std::min(kFewWords, operation.samples(given)) : operation.samples(given);
+      for (int which = from; which < end; which += step)
         all.push_back({given,
                        {&operation, operation.prepare(given, which)},
                        {&operation, operation.prepare(given, which)},
@@ -60,6 +62,7 @@ std::vector<Step> steps() {
     }
   };
   add(Given::kPlain, 0, 1);
+  add(Given::kWord, 0, 1);
   add(Given::kLoad, 4, samples(Given::kLoad));
   for (const Operation& operation : operations()) {
     if (operation.takesTexts)

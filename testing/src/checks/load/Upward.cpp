@@ -196,6 +196,7 @@ void stopsFromInside(Trial& trial) {
 void stopsPushing(Trial& trial) {
   const Listening listening(trial);
   listening.presumeSound();
+  listening.start();  // one stop ends what was started twice
   listening.stop();
   if (!listening.buffers.end(kLate))
     trial.broken("stopStreamingAudioData() returned, and sound was pushed for " +
@@ -214,6 +215,19 @@ void startsAgain(Trial& trial) {
           "startStreamingAudioData() answered true after stopStreamingAudioData(), and no sound came for " +
           std::to_string(kLate.count() / 1000) + " s");
   }
+}
+
+void unaskedIsSilent(Trial& trial) {
+  const Listening listening(trial);
+  if (listening.buffers.reach(3, kSoon))
+    trial.broken("sound is pushed, and startStreamingAudioData() was not called");
+}
+
+void refusedIsSilent(Trial& trial) {
+  const Listening listening(trial);
+  if (listening.start()) trial.notAsked("startStreamingAudioData() answers true");
+  if (listening.buffers.reach(3, kSoon))
+    trial.broken("startStreamingAudioData() answered false, and sound is pushed");
 }
 
 void pushesFromOneThread(Trial& trial) {
@@ -240,6 +254,10 @@ void addUpwardChecks(Checks& checks) {
   };
   add(kStart, "one-thread", "Sound is pushed from one thread, however often it is started.",
       "Answer true at once when sound is on its way.", pushesFromOneThread);
+  add(kStart, "unasked", "No sound is pushed before it is asked for.", "Push from the start to the stop.",
+      unaskedIsSilent);
+  add(kStart, "refused", "No sound is pushed when it answers false.", "Answer true when sound is on its way.",
+      refusedIsSilent);
   add(kStart, "anew", "Sound is pushed again when it is started after a stop.",
       "Begin anew with each start that you answer true to.", startsAgain);
   add(kStop, "from-inside", "It may come on the thread that pushes sound.",
