@@ -125,7 +125,7 @@ std::string Listener::settle(milliseconds atLast) const {
     if (all.size() != count) since = time;
     count = all.size();
     if (time - since < kStill) continue;
-    const std::string found = wrong(all);
+    std::string found = wrong(all);
     if (heard().size() != count && ++oftener > kTooOften)
       return "was told again each time that it was asked, by " + heard().back().shown;
     if (heard().size() == count && (found.empty() || time - since > atLast)) return found;
