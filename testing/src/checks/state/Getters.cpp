@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 const Getter kVolume{"getVolume()", [](Host& host) { return text(host.getVolume()); }};
-const Getter kMute{"getMuteStatus()", [](Host& host) { return text(host.getMuteStatus()); }};
+const Getter kMuteStatus{"getMuteStatus()", [](Host& host) { return text(host.getMuteStatus()); }};
 
 Getter setting(const std::string& name) {
   return {"getSystemSetting(" + spelled(name) + ")", [name](Host& host) {
@@ -49,7 +49,7 @@ std::vector<Getter> facts(const HostDemands& demands) {
                           {"getVSKCapabilities()", [](Host& host) { return host.getVSKCapabilities(); }},
                           {"getDeviceInformation()", fields},
                           kVolume,
-                          kMute};
+                          kMuteStatus};
   for (const auto& named : demands.settings) all.push_back(setting(named.first));
   for (const Operation& operation : operations()) {
     for (int which = 0; operation.name == "getConfigData" && which < operation.samples(Given::kWord);
@@ -122,7 +122,7 @@ std::vector<Settable> settables(Trial& trial) {
                         [to](Host& host) { return host.onMute(to).first; }};
   };
   all[0] = {kVolume, {volume(0), volume(10)}};
-  all[1] = {kMute, {mute(true), mute(false)}};
+  all[1] = {kMuteStatus, {mute(true), mute(false)}};
   for (const auto& named : trial.demands.settings) {
     Settable one{setting(named.first), {}};
     for (const std::string& value : named.second) {
