@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <sstream>
+#include <stdexcept>
 
 namespace {
 
@@ -166,6 +170,68 @@ TEST(Json, ThatWasCutOrIsSomethingElseIsNothing) {
   for (std::size_t size = 0; size < line.size(); ++size) EXPECT_EQ(resultOf(line.substr(0, size)).first, "");
   EXPECT_EQ(resultOf(R"({"tool":"vorn-conformance 1","host":"h"})").first, "");
   EXPECT_EQ(resultOf(R"({"check":"a","verdict":"good"})").first, "");
+}
+
+TEST(Json, ThatIsReadBackKnowsNothingOfTheRest) {
+  const auto [id, verdict] = resultOf(jsonOf(result(HostVerdict::kRemark, "x")));
+  EXPECT_TRUE(verdict.made && !verdict.hung && !verdict.refused && verdict.stack.empty());
+  EXPECT_EQ(verdict.slowestCall, "");
+  EXPECT_FALSE(resultOf("{}").second.hung);
+}
+
+TEST(Summary, CountsEveryKind) {
+  const std::string all = summary({result(HostVerdict::kBroken, "x"), result(HostVerdict::kBroken, "y"),
+                                   result(HostVerdict::kKept, ""), result(HostVerdict::kRemark, "z")});
+  EXPECT_NE(all.find(": 4 checks, 1 kept, 2 broken, 0 not asked, 1 with a remark\n"), all.npos) << all;
+}
+
+class Reports : public testing::Test {
+ protected:
+  Reports() { std::remove(kPath); }
+
+  static void write(const std::string& content) { std::ofstream(kPath, std::ios::binary) << content; }
+  static std::string content() {
+    std::ifstream in(kPath, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  static bool mayReplace(const std::string& there) {
+    write(there);
+    try {
+      refuseUnlessReport(kPath);
+      return true;
+    } catch (const std::runtime_error& refusal) {
+      EXPECT_EQ(
+          refusal.what(),
+          kPath + std::string(" is there already and is no report of vorn-conformance; choose another name"));
+      return false;
+    }
+  }
+
+  static constexpr char kPath[] = "/tmp/kit-result";
+};
+
+TEST_F(Reports, AreReplacedAndGoOn) {
+  writeReport(kPath, "one\n");
+  writeReport(kPath, "two\n");
+  appendLine(kPath, "three");
+  appendLine(kPath, "four");
+  EXPECT_EQ(content(), "two\nthree\nfour\n");
+  EXPECT_THROW(appendLine("/tmp/kit-result-none/a", "x"), std::runtime_error);
+}
+
+TEST_F(Reports, TakeThePlaceOfReportsOnly) {
+  std::ostringstream xml;
+  writeJUnit(xml, {{"tool", "vorn-conformance 1"}, {"host", "h"}}, {});
+  EXPECT_TRUE(mayReplace(""));
+  EXPECT_TRUE(mayReplace(xml.str()));
+  EXPECT_TRUE(mayReplace(jsonOf(Facts{{"tool", "vorn-conformance 1"}}) + "\nmore"));
+  EXPECT_FALSE(mayReplace(" " + xml.str()));
+  EXPECT_FALSE(mayReplace(jsonOf(Facts{{"tool", "other"}}) + "\nvorn-conformance 1"));
+  EXPECT_FALSE(mayReplace("{}"));
+  EXPECT_FALSE(mayReplace("vorn-conformance 1"));
+  xml.str("");
+  writeJUnit(xml, {{"tool", "other"}}, {result(HostVerdict::kBroken, "vorn-conformance 1")});
+  EXPECT_FALSE(mayReplace(xml.str()));
 }
 
 }  // namespace
