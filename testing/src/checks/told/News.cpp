@@ -14,7 +14,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-const std::string kSetting = "setting ";
+const std::string kOfSetting = "setting ";
 constexpr int kOneLocale = 34;
 
 std::optional<News> newsOf(const Call& told) {
@@ -25,7 +25,7 @@ std::optional<News> newsOf(const Call& told) {
   const auto number = kNumbers.find(told.operation);
   if (number != kNumbers.end()) return News{told.signature(), number->second, with[0]};
   if (told.operation == "notifySystemSettingChanged")
-    return News{told.operation + "(" + spelled(with[0]) + ", " + spelled(with[1]) + ")", kSetting + with[0],
+    return News{told.operation + "(" + spelled(with[0]) + ", " + spelled(with[1]) + ")", kOfSetting + with[0],
                 with[1]};
   if (told.operation == "notifyLocaleChange")
     return News{told.operation + "(" + spelled(with[0]) + ")", told.slot == kOneLocale ? "locale" : "locales",
@@ -36,8 +36,8 @@ std::optional<News> newsOf(const Call& told) {
 std::string getter(const std::string& of) {
   if (of == "volume") return "getVolume()";
   if (of == "mute") return "getMuteStatus()";
-  if (of.compare(0, kSetting.size(), kSetting) == 0)
-    return "getSystemSetting(" + spelled(of.substr(kSetting.size())) + ")";
+  if (of.compare(0, kOfSetting.size(), kOfSetting) == 0)
+    return "getSystemSetting(" + spelled(of.substr(kOfSetting.size())) + ")";
   return "getDeviceLocale()";
 }
 
@@ -85,9 +85,9 @@ std::optional<std::string> Listener::read(const std::string& of) const {
       found = text(host.getVolume());
     else if (of == "mute")
       found = text(host.getMuteStatus());
-    else if (of.compare(0, kSetting.size(), kSetting) != 0)
+    else if (of.compare(0, kOfSetting.size(), kOfSetting) != 0)
       found = host.getDeviceLocale();
-    else if (std::string value; host.getSystemSetting(of.substr(kSetting.size()), value))
+    else if (std::string value; host.getSystemSetting(of.substr(kOfSetting.size()), value))
       found = value;
   });
   return found;
