@@ -67,6 +67,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Answer false when you do not remove.
         1   remedy: Answer true at once when sound is on its way.
         1   remedy: Answer true at once when the store is open.
+        1   remedy: Answer true when sound is on its way.
         1   remedy: Answer true when the entries are stored.
         1   remedy: Answer what is so after the call, not what the call found.
         1   remedy: Assign instead of inserting.
@@ -122,6 +123,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Make it in the constructor, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
+        1   remedy: Push from the start to the stop.
         1   remedy: Read, change and write the volume under one mutex, or in one atomic step.
         1   remedy: Release in the destructor what the constructor took.
         1   remedy: Release only what was taken.
@@ -205,6 +207,8 @@ What vorn-conformance and vorn-capture make of wrong options.
        51   rule:   Its arguments are the caller's and end with the call.
         1   rule:   Keys that differ in a single byte are different keys.
         1   rule:   Mutexes are taken in one order, those of the adapters among them.
+        1   rule:   No sound is pushed before it is asked for.
+        1   rule:   No sound is pushed when it answers false.
         1   rule:   Nothing is left, whatever a key begins with.
         1   rule:   Nothing is told any more when the host has been destroyed.
         1   rule:   Opening a store that is open changes nothing in it.
@@ -329,7 +333,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../races
         1 VornDALImplIF/.../reads-again
         1 VornDALImplIF/.../reads-written
-        2 VornDALImplIF/.../refused
+        3 VornDALImplIF/.../refused
         1 VornDALImplIF/.../removes
         1 VornDALImplIF/.../removes-all
         1 VornDALImplIF/.../replaces
@@ -353,6 +357,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../together-VornStorage
         6 VornDALImplIF/.../told
         1 VornDALImplIF/.../twice
+        1 VornDALImplIF/.../unasked
         1 VornDALImplIF/.../unnamed
         1 VornDALImplIF/.../unused
         1 VornDALImplIF/.../usable
