@@ -195,8 +195,8 @@ struct TellsWhenAsked : Telling {
     return volume;
   }
 };
-VORN_HOST("news missing", TellsFirstOnly, "setSystemSetting")
 VORN_HOST("news missing", TellsMuteOnly, "onMute")
+VORN_HOST("news missing", TellsFirstOnly, "setSystemSetting")
 VORN_HOST("news missing", TellsLouderOnly, "onSetVolume")
 VORN_HOST("news doubled", TellsVolumeTwice, "onSetVolume")
 VORN_HOST("news doubled", TellsMuteOften, "onMute")

@@ -237,9 +237,11 @@ void settingTold(Trial& trial) {
     trial.ask("getSystemSetting(" + spelled(each.first) + ")",
               [&] { known = host.getSystemSetting(each.first, before); });
     if (known) back.push_back(setting(each.first, before));
-    Texts values = each.second;
-    for (const std::string& value : odd()) values.push_back(value);
-    for (const std::string& value : values) all.push_back(setting(each.first, value));
+    for (const std::string& value : each.second) all.push_back(setting(each.first, value));
+  }
+  // After what the host certainly takes, which comes first: it shows whether anything is told.
+  for (const auto& each : named) {
+    for (const std::string& value : odd()) all.push_back(setting(each.first, value));
   }
   all.insert(all.end(), back.begin(), back.end());
   toldAsItIs(trial, all);
