@@ -89,6 +89,18 @@ void end(Value& value, const std::string&) {
   std::destroy_at(&value);
 }
 
+#if _GLIBCXX_USE_CXX11_ABI
+constexpr std::size_t kBeforeText = 0;
+bool isShared(const std::string&) { return false; }
+#else
+/// An older text begins behind its length, its room and how many more have it; a copy of it has the same block.
+constexpr std::size_t kBeforeText = 3 * sizeof(std::size_t);
+bool isShared(const std::string& text) {
+  return __atomic_load_n(reinterpret_cast<const int*>(text.data() - sizeof(std::size_t)), __ATOMIC_ACQUIRE) >
+         0;
+}
+#endif
+
 /// A long text has pages of its own, which the allocator notes before it: they stay, and cannot be reached any more, so
 /// that nothing else comes to stand there.
 void end(std::string& text, const std::string& operation) {
@@ -99,9 +111,10 @@ void end(std::string& text, const std::string& operation) {
   }
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
   const auto address = reinterpret_cast<std::uintptr_t>(text.data());
+  const char* const block = text.data() - kBeforeText;
   constexpr std::size_t kMapped = 2;
-  if (text.size() < kOwnPages || address % page != 2 * sizeof(std::size_t) ||
-      !(reinterpret_cast<const std::size_t*>(text.data())[-1] & kMapped)) {
+  if (text.size() < kOwnPages || address % page != 2 * sizeof(std::size_t) + kBeforeText ||
+      !(reinterpret_cast<const std::size_t*>(block)[-1] & kMapped) || isShared(text)) {
     std::destroy_at(&text);
     return;
   }
