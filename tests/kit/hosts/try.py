@@ -128,7 +128,7 @@ def one(build, library, all_hosts, pattern):
 
 def record(build, library, all_hosts, pattern):
     """For each host without one, a check of its operation that is broken three times of three, one that no other host has if
-    there is one; "-" where only calls of many operations show the mistake."""
+    there is one; "-" where no such check is known."""
     table = dict(line.split("\t") for line in CAUGHT.read_text().splitlines()) if CAUGHT.exists() else {}
     table = {name: check for name, check in table.items() if name in {host[1] for host in all_hosts}}
     for host in all_hosts:
