@@ -190,6 +190,12 @@ namespace {
 
 void requestEnd(int signal) {
   const int before = errno;
+  if (syscall(SYS_gettid) != getpid()) {  // It is the first thread that may wait for input.
+    handle(signal, requestEnd, static_cast<int>(SA_RESETHAND));
+    syscall(SYS_tgkill, getpid(), getpid(), signal);
+    errno = before;
+    return;
+  }
   g_ending = signal;
   const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
   if (nothing >= 0) dup2(nothing, STDIN_FILENO);
