@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace vorn_capture {
 
 namespace {
@@ -21,6 +23,9 @@ struct WaveHead {
   std::uint32_t bytes = 0;
 };
 
+/// What a head can tell of.
+constexpr std::uint32_t kMost = UINT32_MAX - (sizeof(WaveHead) - 8);
+
 }  // namespace
 
 bool WaveFile::create(const std::string& path) {
@@ -31,17 +36,26 @@ bool WaveFile::create(const std::string& path) {
 }
 
 void WaveFile::add(const char* samples, std::size_t bytes) {
-  if (m_failed) return;
-  m_failed = ::pwrite(m_file.descriptor(), samples, bytes, static_cast<off_t>(sizeof(WaveHead) + m_bytes)) !=
-             static_cast<ssize_t>(bytes);
-  if (!m_failed) m_bytes += static_cast<std::uint32_t>(bytes);
+  if (m_error != 0) return;
+  if (bytes > kMost - m_bytes) {
+    m_error = EFBIG;
+    return;
+  }
+  errno = ENOSPC;  // unless it says otherwise of what it did not take
+  if (::pwrite(m_file.descriptor(), samples, bytes, static_cast<off_t>(sizeof(WaveHead) + m_bytes)) ==
+      static_cast<ssize_t>(bytes)) {
+    m_bytes += static_cast<std::uint32_t>(bytes);
+  } else {
+    m_error = errno;
+  }
   m_changed = true;
 }
 
 bool WaveFile::finish() {
-  if (m_changed) m_failed = !head() || m_failed;
+  if (m_changed && !head() && m_error == 0) m_error = errno;
   m_changed = false;
-  return !m_failed;
+  errno = m_error;
+  return m_error == 0;
 }
 
 bool WaveFile::head() {

@@ -15,7 +15,7 @@ class WaveFile {
   void add(const char* samples, std::size_t bytes);
   void release() { m_file.release(); }
 
-  /// @returns  Whether all of it is there.
+  /// @returns  Whether all of it is there; errno says why not.
   bool finish();
 
  private:
@@ -23,7 +23,7 @@ class WaveFile {
 
   OwnFile m_file;
   std::uint32_t m_bytes = 0;
-  bool m_failed = false;
+  int m_error = 0;
   bool m_changed = false;
 };
 
