@@ -25,18 +25,22 @@ void find(Function*& function, void* library, const std::string& path, const cha
 
 // An initialiser that throws ends the process, whatever the compiler: the loader is no place to leave by an exception.
 // Through a pointer, since dlopen() is declared as if none could come.
-void* opened(const std::string& path) noexcept {
+void* opened(const std::string& place) noexcept {
   void* (*const volatile open)(const char*, int) = dlopen;
-  return open((path.find('/') == std::string::npos ? "./" + path : path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  return open(place.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
 }  // namespace
 
 HostLibrary::HostLibrary(const std::string& path) {
-  void* const library = opened(path);
-  if (!library)
-    throw std::runtime_error(path + " cannot be loaded: " + dlerror() +
+  const std::string place = path.find('/') == std::string::npos ? "./" + path : path;
+  void* const library = opened(place);
+  if (!library) {
+    std::string why = dlerror();
+    if (why.compare(0, place.size() + 2, place + ": ") == 0) why.erase(0, place.size() + 2);
+    throw std::runtime_error(path + " cannot be loaded: " + why +
                              "\nWhat it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.");
+  }
   find(m_create, library, path, "vornCreateHost");
   find(m_destroy, library, path, "vornDestroyHost");
 }

@@ -105,7 +105,11 @@ TEST(Conformance, EndsWithThreeWhenThereIsNoHost) {
 TEST(Conformance, EndsWithThreeAndARemedyWhenTheLibraryCannotBeLoaded) {
   const Outcome outcome = run("/nowhere/libMyHost.so");
   EXPECT_EQ(outcome.status, 3);
-  EXPECT_TRUE(says(outcome, "cannot be loaded") && says(outcome, "LD_LIBRARY_PATH")) << outcome.output;
+  EXPECT_TRUE(
+      says(outcome,
+           "vorn-conformance: /nowhere/libMyHost.so cannot be loaded: cannot open shared object file") &&
+      says(outcome, "LD_LIBRARY_PATH"))
+      << outcome.output;
 }
 
 TEST(Conformance, EndsWithThreeWhenTheLibraryIsNoHost) {
@@ -117,8 +121,9 @@ TEST(Conformance, EndsWithThreeWhenTheLibraryIsNoHost) {
 TEST(Conformance, EndsWithTwoOnArgumentsThatItDoesNotKnow) {
   for (const char* arguments :
        {"", "--nonsense", "--junit", "--bound 0 x.so", "--bound soon x.so", "--setting mode=day x.so",
-        "--only nothing-of-this x.so", "a b", "--shard 3/2 x.so", "--without sorage x.so", "--resume x.so",
-        "--require volume --without volume x.so", "--junit /nowhere/junit.xml " VORN_GOOD_HOST})
+        "--only nothing-of-this x.so", "a b", "''", "--shard 3/2 x.so", "--without sorage x.so",
+        "--resume x.so", "--require volume --without volume x.so",
+        "--junit /nowhere/junit.xml " VORN_GOOD_HOST})
     EXPECT_EQ(run(arguments).status, 2) << arguments;
 }
 

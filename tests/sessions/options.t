@@ -55,14 +55,14 @@ Options that are wrong, alone and together.
   vorn-speaker: none.toml: cannot be read: No such file or directory
   [2]
   $ vorn-speaker --state state --audio none.wav
-  vorn-speaker: none.wav: System error : No such file or directory.; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz
+  vorn-speaker: none.wav: cannot be read: No such file or directory
   [2]
   $ vorn-speaker --state state --host none.so
-  vorn-speaker: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  vorn-speaker: none.so cannot be loaded: cannot open shared object file: No such file or directory
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   [2]
   $ vorn-speaker --state state --host "$SOURCE/README.md" 2>&1 | sed "s|$SOURCE|SOURCE|g"
-  vorn-speaker: SOURCE/README.md cannot be loaded: SOURCE/README.md: invalid ELF header
+  vorn-speaker: SOURCE/README.md cannot be loaded: invalid ELF header
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   $ vorn-speaker --state state --out none/x.wav
   vorn-speaker: none/x.wav: cannot be written: No such file or directory; name another file with --out

@@ -4,14 +4,14 @@ What vorn-conformance and vorn-capture make of wrong options.
   vorn-conformance: name one library that makes a host; see --help
   [2]
   $ vorn-conformance none.so
-  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  vorn-conformance: none.so cannot be loaded: cannot open shared object file: No such file or directory
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   [3]
   $ vorn-conformance "$SOURCE/README.md" 2>&1 | sed "s|$SOURCE|SOURCE|g"
-  vorn-conformance: SOURCE/README.md: SOURCE/README.md cannot be loaded: SOURCE/README.md: invalid ELF header
+  vorn-conformance: SOURCE/README.md cannot be loaded: invalid ELF header
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   $ vorn-conformance --onl x none.so
-  vorn-conformance: none.so: none.so cannot be loaded: ./none.so: cannot open shared object file: No such file or directory
+  vorn-conformance: none.so cannot be loaded: cannot open shared object file: No such file or directory
   What it needs is looked for in its own runtime path and in LD_LIBRARY_PATH.
   [3]
   $ vorn-conformance --only none "$GOOD_HOST"

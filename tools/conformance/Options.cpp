@@ -173,7 +173,8 @@ Options parse(int count, char** arguments) {
   if (options.resume && options.json.empty())
     throw Problem("--resume needs --json FILE, from which it goes on");
   if (options.help || options.list || options.version) return options;
-  if (count - optind != 1) throw Problem("name one library that makes a host; see --help");
+  if (count - optind != 1 || !*arguments[optind])
+    throw Problem("name one library that makes a host; see --help");
   options.library = arguments[optind];
   return options;
 }

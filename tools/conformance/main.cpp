@@ -174,7 +174,9 @@ int run(const Options& options) {
     writeReports();
     if (!trial.makesHosts) {
       writeJUnitFile(true);
-      std::cerr << "vorn-conformance: " << harmless(options.library + ": " + trial.failure) << "\n";
+      const bool named = trial.failure.compare(0, options.library.size() + 1, options.library + " ") == 0;
+      std::cerr << "vorn-conformance: " << harmless((named ? "" : options.library + ": ") + trial.failure)
+                << "\n";
       return kHostFailed;
     }
     printer.add(results.back());

@@ -4,6 +4,7 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <iterator>
@@ -58,7 +59,10 @@ Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
                              "; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz");
   };
   const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(opened, sf_close);
-  if (!file) refuse(sf_strerror(nullptr));
+  if (!file) {
+    const std::string why = sf_strerror(nullptr);
+    refuse(why.substr(0, why.find_last_not_of('.') + 1));
+  }
   if (info.channels < 1 || info.channels > 2) refuse("has " + std::to_string(info.channels) + " channels");
   if (info.samplerate < 8000 || info.samplerate > 192000)
     refuse("has a rate of " + std::to_string(info.samplerate) + " Hz");
@@ -91,6 +95,8 @@ Sound Sound::fromFile(const std::string& path) {
   refuseUnlessFile(path);
   SF_INFO info{};
   SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
+  if (!file && sf_error(nullptr) == SF_ERR_SYSTEM)
+    throw std::runtime_error(path + ": cannot be read: " + std::strerror(errno));
   return decode(path, file, info);
 }
 
