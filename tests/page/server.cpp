@@ -2,6 +2,9 @@
 
 #include "page/Server.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <fstream>
 
 #include "http.h"
@@ -172,8 +175,9 @@ TEST_F(AServer, AnswersWhoeverKnowsTheToken) {
 TEST_F(AServer, RefusesAWrongTokenOrNone) {
   std::string wrong = m_address.path;
   wrong[1] = wrong[1] == '0' ? '1' : '0';
-  for (const std::string& path : {wrong, std::string("/"), m_address.path.substr(0, 20) + "/",
-                                  "/" + m_address.path, m_address.path.substr(0, m_address.path.size() - 1)})
+  const std::string bare = m_address.path.substr(0, m_address.path.size() - 1);
+  for (const std::string& path :
+       {wrong, std::string("/"), m_address.path.substr(0, 20) + "/", "/" + m_address.path, bare, bare + "0/"})
     EXPECT_TRUE(has(ask(m_address, request(m_address, "GET", path)), "HTTP/1.1 403")) << path;
 }
 
@@ -189,11 +193,32 @@ TEST_F(AServer, RefusesAForeignOrigin) {
   EXPECT_TRUE(has(get(m_address, "", "Origin: http://" + m_address.host() + "\r\n"), "HTTP/1.1 200"));
 }
 
-TEST_F(AServer, ForbidsInlineCodeAndOtherSources) {
+TEST_F(AServer, IsKnownByBothNamesOfThisMachine) {
+  const std::string local = "localhost:" + std::to_string(m_address.port);
+  const std::string begin = "GET " + m_address.path + " HTTP/1.1\r\nConnection: close\r\n";
+  EXPECT_TRUE(has(ask(m_address, begin + "Host: " + local + "\r\n\r\n"), "HTTP/1.1 200"));
+  EXPECT_TRUE(has(get(m_address, "", "Origin: http://" + local + "\r\n"), "HTTP/1.1 200"));
+}
+
+TEST_F(AServer, RefusesOtherMethods) {
+  for (const char* const method : {"PUT", "DELETE", "OPTIONS"})
+    EXPECT_TRUE(has(ask(m_address, request(m_address, method, m_address.path)), "HTTP/1.1 405")) << method;
+}
+
+TEST_F(AServer, ForbidsWithEveryAnswerWhatAPageMayNotDo) {
+  const std::string headers[] = {
+      "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
+      "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'",
+      "X-Content-Type-Options: nosniff",
+      "Cross-Origin-Resource-Policy: same-origin",
+      "Cross-Origin-Opener-Policy: same-origin",
+      "Referrer-Policy: no-referrer",
+      "Cache-Control: no-store"};
   const std::string answer = get(m_address, "");
-  EXPECT_TRUE(has(answer, "Content-Security-Policy: default-src 'none'; script-src 'self';"));
-  EXPECT_FALSE(has(answer, "unsafe"));
-  EXPECT_TRUE(has(answer, "X-Content-Type-Options: nosniff"));
+  for (const std::string& header : headers) EXPECT_TRUE(has(answer, "\r\n" + header + "\r\n")) << header;
+  const std::string stream = events(m_address, [](const std::string& all) { return has(all, ": here\n\n"); });
+  for (const std::string& header : headers) EXPECT_TRUE(has(stream, "\r\n" + header + "\r\n")) << header;
+  EXPECT_TRUE(has(stream, "\r\nContent-Type: text/event-stream\r\n"));
 }
 
 TEST_F(AServer, ListensOnLoopbackAlone) { EXPECT_FALSE(Connection(m_address.port, "127.0.0.2").connected()); }
@@ -214,6 +239,32 @@ TEST_F(AServer, TellsThatAPortIsTaken) {
   }
 }
 
+TEST(AServersConnections, MayEachHaveAFile) {
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit few{256, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  Stream stream(1000);
+  const Server server(0, stream, hello);
+  rlimit now{};
+  getrlimit(RLIMIT_NOFILE, &now);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(now.rlim_cur, std::min<rlim_t>(4096, before.rlim_max));
+}
+
+TEST(AServersPort, CanBeTakenAgainAtOnce) {
+  Stream stream(1000);
+  auto server = std::make_unique<Server>(0, stream, hello);
+  const Address address(server->address());
+  EXPECT_TRUE(has(get(address, ""), "HTTP/1.1 200"));  // closed by the server, and so kept by the system
+  server.reset();
+  EXPECT_NO_THROW(Server(address.port, stream, hello));
+}
+
+TEST_F(AServer, TakesABodyOfAMebibyte) {
+  EXPECT_TRUE(has(post(m_address, "", std::string(Server::kMostBody, 'x')), "HTTP/1.1 200"));
+}
+
 TEST_F(AServer, RefusesABodyThatIsTooLarge) {
   EXPECT_TRUE(has(post(m_address, "", std::string(Server::kMostBody + 1, 'x')), "HTTP/1.1 413"));
 }
@@ -223,7 +274,25 @@ TEST_F(AServer, ClosesWhereABodyInPartsIsTooLarge) {
   connection.send("POST " + m_address.path + " HTTP/1.1\r\nHost: " + m_address.host() +
                   "\r\nTransfer-Encoding: chunked\r\n\r\n");
   for (int i = 0; i < 40; ++i) connection.send("8000\r\n" + std::string(0x8000, 'x') + "\r\n");
+  connection.send("0\r\n\r\n");
   EXPECT_FALSE(has(connection.read([](const std::string&) { return false; }), "HTTP/1.1 200"));
+}
+
+TEST_F(AServer, StreamsToWhoeverGetsAndNotToWhoeverPosts) {
+  EXPECT_TRUE(has(post(m_address, "events", "x"), "POST events x"));
+}
+
+TEST_F(AServer, StreamsALineWhenItComes) {
+  const Connection connection(m_address.port);
+  connection.send(request(m_address, "GET", m_address.path + "events"));
+  connection.read([](const std::string& all) { return has(all, ": here"); });
+  const auto began = std::chrono::steady_clock::now();
+  for (int i = 0; i < 20; ++i) {
+    const std::string line = "{" + std::to_string(i) + "}\n";
+    m_stream.push(line.substr(0, line.size() - 1));
+    EXPECT_TRUE(has(connection.read([&](const std::string& all) { return has(all, "\n\n"); }), line));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - began, kBound) << "lines waited for a sign of life";
 }
 
 TEST_F(AServer, StreamsWhatWasAndWhatComes) {

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "support/eventually.h"
@@ -124,6 +125,8 @@ const Hidden kHidden[] = {
     {"{\"call\":1," SET R"("arguments":["psk","x"],"result":"","written":["no name"],"exception":"why"})",
      "{\"call\":1," SET
      R"("arguments":["psk","********"],"result":"","written":["?=********"],"exception":"********"})"},
+    {"{\"call\":1," SET R"("arguments":["psk","x"],"result":"hidden"})",
+     "{\"call\":1," SET R"("arguments":["psk","********"],"result":"********"})"},
     {"{\"note\":\"the password is x\"}", "{\"note\":\"********\"}"},
     {"{\"note\":7}", "{\"note\":7}"},
 };
@@ -140,6 +143,40 @@ TEST_F(AWatch, LeavesOutALineThatIsTooDeep) {
   append(kHeadTold + "{\"a\":" + std::string(100, '[') + std::string(100, ']') + "}\n");
   const Watch watch(kPath, true, m_stream);
   EXPECT_TRUE(tells(kHeadTold + "{\"leftOut\":1}\n"));
+}
+
+TEST_F(AWatch, ForgetsTheBeginningOfALineWhoseFileIsReplaced) {
+  append(kHeadTold + "{\"note\":\"n\"}\n{\"note\":\"of the fi");
+  const Watch watch(kPath, false, m_stream);
+  EXPECT_TRUE(tells(kHeadTold + "{\"note\":\"n\"}\n"));
+  std::filesystem::remove(kPath);
+  append(kHeadTold + "{\"note\":\"other\"}\n");
+  EXPECT_TRUE(eventually([&] { return told().find("other") != std::string::npos; }));
+  EXPECT_TRUE(tells(kHeadTold + "{\"note\":\"other\"}\n"));
+}
+
+long openFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                       std::filesystem::directory_iterator());
+}
+
+TEST_F(AWatch, KeepsNoFileOpenThatIsNotWatched) {
+  append("no recording\n");
+  const long before = openFiles();
+  problem();
+  EXPECT_EQ(openFiles(), before);
+  {
+    std::filesystem::remove(kPath);
+    append(kHeadTold);
+    const Watch watch(kPath, false, m_stream);
+    for (const std::string note : {"one", "two", "three"}) {
+      std::filesystem::remove(kPath);
+      append(kHeadTold + "{\"note\":\"" + note + "\"}\n");
+      EXPECT_TRUE(eventually([&] { return told().find(note) != std::string::npos; }));
+    }
+    EXPECT_EQ(openFiles(), before + 1);
+  }
+  EXPECT_EQ(openFiles(), before);
 }
 
 TEST_F(AWatch, BeginsAnewWhenTheFileIsReplacedOrCut) {
