@@ -1,94 +1,14 @@
 // vorn-speaker serve, asked as a browser asks it.
 
-#include <fcntl.h>
 #include <linux/capability.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <thread>
-#include <vector>
 
-#include "http.h"
+#include "serving.h"
 
 namespace {
-
-extern "C" char** environ;
-
-/// The program while it serves.
-class Program {
- public:
-  explicit Program(std::vector<std::string> arguments, const std::string& state = "/tmp/speaker/state") {
-    arguments.insert(arguments.begin(), {VORN_SPEAKER_PROGRAM, "--state", state, "serve"});
-    std::vector<char*> words;
-    for (std::string& argument : arguments) words.push_back(argument.data());
-    words.push_back(nullptr);
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, kErrors, O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn(&m_process, words[0], &actions, nullptr, words.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    for (char letter = 0; read(ends[0], &letter, 1) == 1 && letter != '\n';) m_address += letter;
-    close(ends[0]);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-  ~Program() {
-    if (m_process > 0) end();
-  }
-
-  const std::string& address() const { return m_address; }
-
-  /// Asks it to end; its status.
-  int end(int signal = SIGINT) {
-    kill(m_process, signal);
-    return wait();
-  }
-
-  int wait() {
-    int ended = 0;
-    waitpid(m_process, &ended, 0);
-    m_process = 0;
-    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -WTERMSIG(ended);
-  }
-
-  static std::string errors() {
-    std::ifstream file(kErrors);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-
- private:
-  static constexpr char kErrors[] = "/tmp/speaker/errors";
-  pid_t m_process = 0;
-  std::string m_address;
-};
-
-class Serving : public testing::Test {
- protected:
-  void SetUp() override {
-    std::filesystem::remove_all("/tmp/speaker");
-    std::filesystem::create_directories("/tmp/speaker");
-  }
-
-  static std::string file(const std::string& name, const std::string& content) {
-    const std::string path = "/tmp/speaker/" + name;
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-  }
-
-  /// What is told until it holds the text.
-  static std::string told(const Address& address, const std::string& text) {
-    return events(address, [&](const std::string& all) { return has(all, text); });
-  }
-};
 
 constexpr char kHeader[] = "{\"recording\":\"vorn-speaker\",\"version\":1}\n";
 
@@ -113,6 +33,14 @@ TEST_F(Serving, GivesThePageAndItsParts) {
   for (const char* part :
        {"main.js", "page.css", "operations", "morning.scenario", "headers/VornDeviceInfo.h"})
     EXPECT_TRUE(has(get(address, part), "HTTP/1.1 200")) << part;
+  const std::pair<const char*, const char*> types[] = {
+      {"", "text/html; charset=utf-8"},
+      {"main.js", "text/javascript; charset=utf-8"},
+      {"page.css", "text/css; charset=utf-8"},
+      {"icon.svg", "image/svg+xml"},
+      {"headers/VornDeviceInfo.h", "text/plain; charset=utf-8"}};
+  for (const auto& [part, type] : types)
+    EXPECT_TRUE(has(get(address, part), std::string("\r\nContent-Type: ") + type + "\r\n")) << part;
   for (const char* part : {"../device.toml", "nothing", "headers/../../device.toml", "headers"})
     EXPECT_FALSE(has(get(address, part), "HTTP/1.1 200")) << part;
 }
@@ -135,6 +63,39 @@ TEST_F(Serving, TellsWhatIsWrongWithAStatement) {
   EXPECT_TRUE(
       has(post(address, "statement", "assistant VornDeviceInfo.getVolume\nremove all"), "expected one line"));
   EXPECT_TRUE(has(post(address, "scenario", "expect 1\nbogus\nexpect"), "scenario:2:1:"));
+  const std::string volume = "assistant VornDeviceInfo.getVolume";
+  const std::pair<std::string, const char*> refused[] = {
+      {volume + " more", "\r\n\r\ncolumn 36: expected the end of the line"},
+      {std::string(volume.c_str(), volume.size() + 1), "\r\n\r\nexpected one line\n"},
+      {"# a remark", "\r\n\r\nexpected a statement\n"},
+      {volume + std::string((1 << 16) + 1 - volume.size(), ' '),
+       "\r\n\r\nA statement has 65536 characters at most.\n"}};
+  for (const auto& [statement, problem] : refused)
+    EXPECT_TRUE(has(post(address, "statement", statement), problem)) << problem;
+  EXPECT_TRUE(
+      has(post(address, "statement", volume + std::string((1 << 16) - volume.size(), ' ')), "{\"id\":1}"));
+}
+
+TEST_F(Serving, KnowsNothingOfOtherNames) {
+  Program program({});
+  const Address address(program.address());
+  told(address, "\"device\"");
+  EXPECT_TRUE(has(post(address, "nothing", ""), "HTTP/1.1 404"));
+  EXPECT_TRUE(has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "\"id\":1"));
+  EXPECT_TRUE(has(told(address, "\"played\""), "\"result\":\"30\"")) << "it was not started anew";
+}
+
+TEST_F(Serving, ListsTheOperationsForThePage) {
+  Program program({});
+  const std::string list = get(Address(program.address()), "operations");
+  for (
+      const char* const part :
+      {R"({"caller":"firmware","adapter":"VornAppMessaging","operation":"SendMessageToxApp","locked":true,)",
+       R"({"caller":"assistant","adapter":"VornGUIOutput","operation":"clearGUICard","locked":true,"parameters":[]})",
+       R"({"caller":"assistant","adapter":"VornAlexaState","operation":"notifyMainAppInitialized","locked":false,)",
+       R"({"name":"accessToken","type":"a text","optional":false,"secret":true})",
+       R"({"name":"card","type":"a text","optional":false,"secret":false})", R"("optional":true)"})
+    EXPECT_TRUE(has(list, part)) << part;
 }
 
 TEST_F(Serving, TellsAnExpectationThatIsNotMet) {
@@ -155,6 +116,25 @@ TEST_F(Serving, TellsTheTraceLineOfACall) {
   const Address address(program.address());
   post(address, "statement", "assistant VornAppMessaging.sendAppMessage phone ping 1");
   EXPECT_TRUE(has(told(address, "\"played\""), "\"trace\":["));
+}
+
+TEST_F(Serving, EndsWhenItsTerminalIsGone) {
+  Program program({});
+  EXPECT_EQ(program.end(SIGHUP), 0);
+}
+
+TEST_F(Serving, LeavesNoSpeakerBehindWhenItIsKilled) {
+  const std::string state = "/tmp/speaker/state";
+  {
+    Program program({"--watchdog", "0"}, state);
+    const Address address(program.address());
+    post(address, "statement", "delay VornDeviceInfo.getVolume 1000s");
+    post(address, "statement", "assistant VornDeviceInfo.getVolume");
+    told(address, "\"open\"");
+    EXPECT_EQ(program.end(SIGKILL), -SIGKILL);
+  }
+  // Two speakers may not use one folder.
+  EXPECT_TRUE(eventually([&] { return !Program({}, state).address().empty(); }));
 }
 
 TEST_F(Serving, TellsACallThatTakesLongWhileItRunsAndEndsItWhenAsked) {
@@ -196,7 +176,7 @@ TEST_F(Serving, TellsOfAHostThatBlocksAndStartsAgain) {
   post(address, "statement", "assistant VornDeviceInfo.getVolume");
   const std::string all = told(address, "\"ended\"");
   EXPECT_TRUE(has(all, "No answer on the thread assistant within 1 s.")) << all;
-  EXPECT_TRUE(has(all, "{\"ended\":3}")) << all;
+  EXPECT_TRUE(has(all, "{\"ended\":3}") && has(all, "{\"report\":\"")) << all;
   EXPECT_TRUE(has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "HTTP/1.1 503"));
   post(address, "restart", "");
   told(address, "\"device\"");
@@ -204,7 +184,9 @@ TEST_F(Serving, TellsOfAHostThatBlocksAndStartsAgain) {
     return has(post(address, "statement", "assistant VornDeviceInfo.getVolume"), "\"id\"");
   };
   EXPECT_TRUE(eventually(plays));
-  EXPECT_TRUE(has(told(address, "\"played\""), "\"result\":\"30\""));
+  const std::string anew = told(address, "\"played\"");
+  EXPECT_TRUE(has(anew, "\"result\":\"30\""));
+  EXPECT_FALSE(has(anew, "\"ended\"")) << "of the life before nothing is told any more";
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // with which locks are not watched
@@ -244,6 +226,22 @@ TEST_F(Serving, MasksSecrets) {
   const std::string all = told(address, "\"played\"");
   EXPECT_TRUE(has(all, "login ******** ada")) << all;
   EXPECT_FALSE(has(all, "hunter2hunter2")) << all;
+}
+
+TEST_F(Serving, SaysNothingThatATerminalObeys) {
+  setenv("VORN_BAD", "call complain-raw", 1);
+  Program program({"--host", VORN_BAD_HOST});
+  unsetenv("VORN_BAD");
+  const Address address(program.address());
+  post(address, "statement", "assistant VornDeviceInfo.getVolume");
+  told(address, "{\"report\":\"the host");
+  EXPECT_EQ(Program::errors(), "the host\\x1b[2J complains\n");
+}
+
+TEST_F(Serving, TellsSecretsOfARecordingWhenAsked) {
+  const std::string recording = file("own.jsonl", kHeader + call(1, R"(["wifiPassword","hunter2hunter2"])"));
+  Program program({"--secrets", "--watch", recording});
+  EXPECT_TRUE(has(told(Address(program.address()), "\"call\":1,"), R"(["wifiPassword","hunter2hunter2"])"));
 }
 
 TEST_F(Serving, ShowsARecordingThatGrows) {

@@ -78,6 +78,7 @@ void misbehave(const std::string& when) {
   if (what == "throw-secret") throw std::runtime_error("the PSK is KEEP-THIS");
   if (what == "throw-raw") throw std::runtime_error("nothing\x1b[2J for it");
   if (what == "print") std::puts("the host prints");
+  if (what == "complain-raw") std::fputs("the host\x1b[2J complains\n", stderr);
   if (what == "ask-again") askAgain();
   if (what == "own-mutex") askForOwnMutex();
   if (what == "lock-twice") lockTwice();
