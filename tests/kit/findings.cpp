@@ -44,6 +44,8 @@ TEST(Findings, ReadAsSentenceRuleAndStacks) {
       vorn_testing::describe({Finding::kReentry, "It happened.", {"inner", "outer"}, {"holder"}});
   EXPECT_EQ(text.find("vorn doctor: It happened.\n  rule: A locked operation"), 0U);
   EXPECT_NE(text.find("  here:\n    inner\n    outer\n  before:\n    holder\n"), std::string::npos);
+  const std::string alone = vorn_testing::describe({Finding::kReentry, "It happened.", {"inner"}, {}});
+  EXPECT_EQ(alone.substr(alone.size() - 19), "\n  here:\n    inner\n");
 }
 
 }  // namespace

@@ -226,6 +226,9 @@ TEST_F(Reports, TakeThePlaceOfReportsOnly) {
   EXPECT_TRUE(mayReplace(xml.str()));
   EXPECT_TRUE(mayReplace(jsonOf(Facts{{"tool", "vorn-conformance 1"}}) + "\nmore"));
   EXPECT_FALSE(mayReplace(" " + xml.str()));
+  std::ostringstream deep;
+  writeJUnit(deep, {{"tool", "vorn-conformance 1"}, {"host", "/" + std::string(3000, 'h')}}, {});
+  EXPECT_TRUE(mayReplace(deep.str()));
   EXPECT_FALSE(mayReplace(jsonOf(Facts{{"tool", "other"}}) + "\nvorn-conformance 1"));
   EXPECT_FALSE(mayReplace("{}"));
   EXPECT_FALSE(mayReplace("vorn-conformance 1"));
