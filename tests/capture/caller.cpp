@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -37,7 +38,7 @@ class Host : public vorn_testing::NullHost {
   bool getSystemSetting(std::string key, std::string& value) override {
     if (key == "throw") throw std::runtime_error("the host cannot");
     if (key == "throw other") throw 7;
-    value = key + " is set";
+    value = key == "much" ? std::string(400000, 'a') : key + " is set";
     return true;
   }
   std::map<std::string, std::string> readKeyValue(const std::string& key) override { return {{key, "kept"}}; }
@@ -56,6 +57,12 @@ __attribute__((no_sanitize("address", "undefined"))) void fault() {
   *nowhere = 1;
 }
 
+/// More stack than there is.
+__attribute__((noinline)) int deep(const volatile int* above) {
+  const volatile int here[1000] = {*above};
+  return *above > 0 ? deep(here) + here[999] : 0;
+}
+
 struct Caller {
   Host host;
   std::vector<std::string> arguments;
@@ -68,12 +75,14 @@ struct Caller {
     VornDeviceInfo::getInstance()->getSystemSetting(key, value);
   }
 
-  /// Until ARGUMENT 0 holds the text. @returns  How long it is then.
-  std::size_t awaitInFile(const std::string& text) {
+  /// Until ARGUMENT 0 holds the text so often. @returns  How long it is then.
+  std::size_t awaitInFile(const std::string& text, int times = 1) {
     for (;;) {
       std::ifstream in(argument(0));
       const std::string all(std::istreambuf_iterator<char>(in), {});
-      if (all.find(text) != std::string::npos) return all.size();
+      int found = 0;
+      for (std::size_t at = 0; (at = all.find(text, at)) != std::string::npos; at += text.size()) ++found;
+      if (found >= times) return all.size();
     }
   }
 
@@ -130,6 +139,16 @@ struct Caller {
     ask("last");
     if (argument(0) == "fault") fault();
     if (argument(0) == "abort") std::abort();
+    if (argument(0) == "exit") std::exit(0);
+    if (argument(0) == "deep") {
+      static char own[1 << 16];
+      stack_t stack = {};
+      stack.ss_sp = own;
+      stack.ss_size = sizeof own;
+      sigaltstack(&stack, nullptr);
+      const int more = 1;
+      return deep(&more);
+    }
     raise(static_cast<int>(number(0)));
     return 0;
   }
@@ -207,11 +226,47 @@ struct Caller {
     return 0;
   }
 
-  int audio() {
-    std::vector<short> samples(160);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<short>(i % 2 ? 1000 : -1000);
-    for (int block = 0; block < 50; ++block) VornAudioIn::getInstance()->sendAudioData(samples);
+  /// Stops and goes on, each when the file in ARGUMENT 0 tells of the one before.
+  int pauses() {
+    ask("first");
+    awaitInFile("first");
+    for (int i = 0; i < 3; ++i) {
+      raise(SIGUSR2);
+      awaitInFile("\"note\"", i + 1);
+    }
     return 0;
+  }
+
+  /// Blocks of so many samples, 160 without a number, a millisecond between the first two. Says how many microseconds it took.
+  int audio() {
+    using Clock = std::chrono::steady_clock;
+    std::vector<short> samples(number(0) ? static_cast<std::size_t>(number(0)) : 160);
+    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<short>(i % 2 ? 1000 : -1000);
+    const auto began = Clock::now();
+    for (int block = 0; block < 50; ++block) {
+      VornAudioIn::getInstance()->sendAudioData(samples);
+      const auto sent = Clock::now();
+      while (block == 0 && Clock::now() - sent < std::chrono::milliseconds(1)) continue;
+    }
+    const auto took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began);
+    std::printf("%lld\n", static_cast<long long>(took.count()));
+    return 0;
+  }
+
+  /// A thousand threads that come, call and go, until of 256 KiB that each had most are given back.
+  int passing() {
+    const auto pages = [] {
+      long all = 0;
+      std::ifstream("/proc/self/statm") >> all;
+      return all;
+    };
+    const auto pass = [this] { std::thread([this] { ask("of a thread"); }).join(); };
+    for (int i = 0; i < 50; ++i) pass();  // what the C library keeps for the next ones is there
+    const long most = pages() + (128L << 20) / sysconf(_SC_PAGESIZE);
+    for (int i = 0; i < 1000; ++i) pass();
+    const auto bound = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (pages() > most && std::chrono::steady_clock::now() < bound) std::this_thread::yield();
+    return pages() > most ? 1 : 0;
   }
 
   /// Closes every descriptor that it did not open, as daemons do, and has files of its own there: ARGUMENT 1, when
@@ -247,9 +302,9 @@ struct Caller {
     return 0;
   }
 
-  /// More in one call than a thread's ring holds.
+  /// More in one call than a thread's ring holds; in its answer without a number.
   int big() {
-    ask(std::string(static_cast<std::size_t>(number(0)), 'a'));
+    ask(number(0) ? std::string(static_cast<std::size_t>(number(0)), 'a') : "much");
     ask("small");
     return 0;
   }
@@ -318,6 +373,8 @@ int main(int count, char** arguments) {
                                                             {"leaves", &Caller::leaves},
                                                             {"toggled", &Caller::toggled},
                                                             {"audio", &Caller::audio},
+                                                            {"passing", &Caller::passing},
+                                                            {"pauses", &Caller::pauses},
                                                             {"big", &Caller::big},
                                                             {"closes", &Caller::closes},
                                                             {"full", &Caller::full},

@@ -62,13 +62,38 @@ TEST_F(Ended, InAHurryLeaveEverything) {
 }
 
 TEST_F(Ended, ByAFaultLeaveEverythingAndWhatWasOpen) {
-  for (const char* way : {"crash fault", "crash abort", "crash 8"}) {
+  const std::pair<const char*, int> ways[] = {{"crash fault", SIGSEGV},
+                                              {"crash abort", SIGABRT},
+                                              {"crash 8", SIGFPE},
+                                              {"crash 7", SIGBUS},
+                                              {"crash 4", SIGILL}};
+  for (const auto& [way, signal] : ways) {
     captureScript(std::string("exec " VORN_CALLER " ") + way);
     EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "last") << way;
+    ASSERT_EQ(linesWith("note").size(), 1U) << way;
+    EXPECT_EQ(linesWith("note")[0]["note"], "signal " + std::to_string(signal));
     ASSERT_EQ(linesWith("open").size(), 1U) << way;
     EXPECT_EQ(linesWith("open")[0]["open"]["operation"], "renderGUICard");
     EXPECT_EQ(linesWith("open")[0]["open"]["thread"], "painter");
   }
+}
+
+TEST_F(Ended, ForWantOfStackLeaveEverythingWhereTheyHaveAnotherOne) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers tell of a want of stack themselves";
+#endif
+  if (kEmulated) GTEST_SKIP() << "the emulator gives a handler no stack of its own";
+  captureScript("exec " VORN_CALLER " crash deep");
+  EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "last");
+  EXPECT_EQ(linesWith("open").size(), 1U);
+}
+
+TEST_F(Ended, WhileACallRunsTellOfIt) {
+  capture("crash exit");
+  EXPECT_EQ(m_status, 0);
+  ASSERT_EQ(linesWith("open").size(), 1U);
+  EXPECT_EQ(linesWith("open")[0]["open"]["operation"], "renderGUICard");
+  EXPECT_TRUE(linesWith("note").empty());
 }
 
 TEST_F(Ended, ByAFaultEndAsTheyWouldHave) {
@@ -115,7 +140,21 @@ TEST_F(Ended, ForkedChildrenHaveAFileOfTheirOwn) {
   const std::string own = m_path + "." + child.substr(0, child.find('\n'));
   ASSERT_EQ(calls(own, "getSystemSetting").size(), 1U);
   EXPECT_EQ(calls(own, "getSystemSetting")[0]["arguments"][0], "child");
+  const Json first = linesWith(own, "operation").at(0);
+  EXPECT_TRUE(first["call"] == 1 && first["threadNumber"] == 1) << first;
+  const Json parent = Json::parse(content(m_path).substr(0, content(m_path).find('\n')));
+  ASSERT_EQ(linesWith(own, "note").size(), 1U);
+  EXPECT_EQ(linesWith(own, "note")[0]["note"], "forked from process " + parent["process"].dump());
   EXPECT_EQ(calls("getSystemSetting").size(), 2U);
+}
+
+TEST_F(Ended, ForkedChildrenLeaveTheSoundToTheirParents) {
+  if (kEmulated) GTEST_SKIP() << "the emulator ends a forked child that makes a thread";
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the address sanitizer does not free its allocator's locks in a forked child";
+#endif
+  const std::string said = capture("forks", "--audio " + std::string(kFolder) + "/sound.wav");
+  EXPECT_EQ(said.find_first_not_of("0123456789"), said.size() - 1) << said;
 }
 
 TEST_F(Ended, ForkedChildrenLeaveTheFileToTheNext) {
@@ -171,6 +210,29 @@ TEST_F(Ended, SignalsStopAndGoOn) {
   EXPECT_EQ(found[1]["arguments"][0], "third");
   capture("toggled " + std::to_string(SIGUSR2), "--paused --toggle SIGUSR2");
   EXPECT_EQ(calls("getSystemSetting").at(0)["arguments"][0], "second");
+}
+
+TEST_F(Ended, SignalsThatStopAndGoOnAreNoted) {
+  capture("pauses " + m_path, "--toggle USR2");
+  std::vector<std::string> notes;
+  for (const Json& line : linesWith("note")) notes.push_back(line["note"]);
+  EXPECT_EQ(notes, (std::vector<std::string>{"paused", "resumed", "paused"}));
+}
+
+TEST_F(Ended, WithARecordingWhereTheEnvironmentIsSetToNothing) {
+  EXPECT_EQ(
+      run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE_KEEP= VORN_CAPTURE_RING= VORN_CAPTURE_TOGGLE= "
+          "VORN_CAPTURE_PAUSED= VORN_CAPTURE=" +
+          m_path + " " VORN_CALLER " plain"),
+      "");
+  EXPECT_EQ(calls("getSystemSetting").size(), 1U);
+}
+
+TEST_F(Ended, NothingThatATerminalObeysIsSaid) {
+  const std::string said =
+      run("LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE_KEEP=\"$(printf '5\\033[2J')\" VORN_CAPTURE=" +
+          m_path + " " VORN_CALLER " plain");
+  EXPECT_TRUE(has(said, "VORN_CAPTURE_KEEP=5\\x1b[2J: expected a size"));
 }
 
 TEST_F(Ended, WithoutARecordingWhenTheEnvironmentAsksForWhatCannotBe) {

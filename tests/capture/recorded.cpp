@@ -1,7 +1,10 @@
 // What a recording of vorn-capture holds.
 
+#include <algorithm>
+#include <ctime>
 #include <iostream>
 #include <numeric>
+#include <regex>
 
 #include "capture/capture_program.h"
 
@@ -18,11 +21,21 @@ class Recorded : public CaptureProgram {
 };
 
 TEST_F(Recorded, BeginWithTheirVersionProgramAndWriter) {
-  capture("plain");
+  const std::time_t before = std::time(nullptr);
+  const std::string process =
+      run("echo $$; exec " VORN_CAPTURE_PROGRAM " -o " + m_path + " " VORN_CALLER " plain");
+  const std::time_t after = std::time(nullptr);
   const Json header = Json::parse(content(m_path).substr(0, content(m_path).find('\n')));
   EXPECT_EQ(header["recording"], "vorn-speaker");
   EXPECT_EQ(header["version"], 2);
   EXPECT_EQ(header["writer"], "vorn-capture " VORN_VERSION);
+  EXPECT_TRUE(has(header["program"], "capture_caller"));
+  EXPECT_EQ(header["process"].get<int>(), std::stoi(process));
+  std::tm started = {};
+  const std::string text = header["started"];
+  const char* const rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &started);
+  ASSERT_TRUE(rest && std::regex_match(rest, std::regex("[.][0-9]{6}Z"))) << text;
+  EXPECT_TRUE(before <= timegm(&started) && timegm(&started) <= after) << text;
 }
 
 TEST_F(Recorded, TellACallInFull) {
@@ -85,9 +98,12 @@ TEST_F(Recorded, HoldWhatIsCalledThroughATable) {
 }
 
 TEST_F(Recorded, TellSoundInOneLineASecond) {
-  capture("audio");
+  const long took = std::stol(capture("audio"));
   const std::vector<Json> sound = linesWith("sound");
   ASSERT_EQ(sound.size(), 1U);
+  EXPECT_TRUE(sound[0]["gap"] >= 1000 && sound[0]["gap"] <= took) << sound[0] << " in " << took;
+  const long created = calls("CreateInstance").back()["time"], began = sound[0]["time"];
+  EXPECT_TRUE(began >= created && began < created + 60000000) << began << " after " << created;
   EXPECT_EQ(sound[0]["blocks"], 50);
   EXPECT_EQ(sound[0]["samples"], 50 * 160);
   EXPECT_EQ(sound[0]["peak"], 1000);
@@ -100,8 +116,45 @@ TEST_F(Recorded, KeepTheSoundWhenAsked) {
   capture("audio", "--audio " + wave);
   const std::string bytes = content(wave);
   ASSERT_EQ(bytes.size(), 44U + 2 * 50 * 160);
-  EXPECT_EQ(bytes.substr(0, 4) + bytes.substr(8, 8), "RIFFWAVEfmt ");
+  // The sizes, the form of whole numbers, one channel, 16,000 samples of two bytes a second.
+  EXPECT_EQ(
+      bytes.substr(0, 44),
+      std::string(
+          "RIFF\xa4\x3e\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x80\x3e\0\0\0\x7d\0\0\2\0\x10\0data\x80\x3e\0\0", 44));
   EXPECT_EQ(bytes.substr(44, 4), std::string("\x18\xfc\xe8\x03", 4));
+  EXPECT_EQ(std::filesystem::status(wave).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(Recorded, KeepNoSoundWhereAFileStandsOrNoneCanStand) {
+  const std::string there = file("sound.wav", "song");
+  for (const std::string& path : {there, std::string(kFolder) + "/none/sound.wav"}) {
+    const std::string said =
+        run("VORN_CAPTURE_AUDIO=" + path + " LD_PRELOAD=" VORN_CAPTURE_LIBRARY " VORN_CAPTURE=" + m_path +
+            " " VORN_CALLER " audio");
+    EXPECT_TRUE(has(said, "libvorn-capture.so: " + path + ": ") && has(said, "; the sound is not kept\n"));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 2) << said;
+    EXPECT_EQ(linesWith("sound").size(), 1U);
+  }
+  EXPECT_EQ(content(there), "song");
+}
+
+TEST_F(Recorded, CountSoundThatIsTooLongForARing) {
+  capture("audio 200000", "--audio " + std::string(kFolder) + "/sound.wav");
+  EXPECT_EQ(leftOut(), 50);
+}
+
+TEST_F(Recorded, CountAnAnswerThatIsTooLongForARing) {
+  capture("big");
+  EXPECT_EQ(leftOut(), 1);
+  const std::vector<Json> found = calls("getSystemSetting");
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0]["arguments"][0], "small");
+}
+
+TEST_F(Recorded, TakeNoMemoryForThreadsThatAreGone) {
+  capture("passing", "--keep 64K");
+  EXPECT_EQ(m_status, 0);
 }
 
 TEST_F(Recorded, MaskSecretsAndKnowThemAgain) {
