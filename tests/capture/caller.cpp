@@ -41,6 +41,10 @@ class Host : public vorn_testing::NullHost {
     value = key == "much" ? std::string(400000, 'a') : key + " is set";
     return true;
   }
+  bool setSystemSetting(std::string key, std::string value) override {
+    if (key == "password to throw") throw std::runtime_error("it is no " + value);
+    return false;
+  }
   std::map<std::string, std::string> readKeyValue(const std::string& key) override { return {{key, "kept"}}; }
   bool renderGUICard(const std::string&) override {
     entered.set_value();
@@ -107,6 +111,22 @@ struct Caller {
       });
     }
     for (std::thread& thread : threads) thread.join();
+    return 0;
+  }
+
+  /// Many calls, but never more than a ring holds before they are in the file in ARGUMENT 0. @returns  1 when they get there no more.
+  int steps() {
+    for (int round = 0; round < 15; ++round) {
+      const std::string last = "round " + std::to_string(round) + ";";
+      for (int call = 0; call < 200; ++call)
+        VornStorage::getInstance()->readKeyValue(call < 199 ? "a" : last);
+      const auto bound = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+      for (std::string all; all.find(last) == std::string::npos;) {
+        std::ifstream in(argument(0));
+        all.assign(std::istreambuf_iterator<char>(in), {});
+        if (std::chrono::steady_clock::now() > bound) return 1;
+      }
+    }
     return 0;
   }
 
@@ -181,6 +201,10 @@ struct Caller {
   int secrets() {
     const auto info = VornDeviceInfo::getInstance();
     info->setSystemSetting("wifi_password", "hunter-2-hunter");
+    try {
+      info->setSystemSetting("password to throw", "hunter-3-hunter");
+    } catch (const std::runtime_error&) {
+    }
     VornStorage::getInstance()->writeKeyValue({{"apiKey", "key-of-the-api"}, {"city", "Oslo"}});
     VornEMPAdapterControl::getInstance()->login("token-of-access", "ada", true, std::chrono::hours(1),
                                                 "music");
@@ -360,27 +384,18 @@ int main(int count, char** arguments) {
   VornEMPAdapterControl::CreateInstance(caller.host);
   VornAudioIn::CreateInstance(caller.host);
   const std::string way = count > 1 ? arguments[1] : "";
-  const std::pair<const char*, int (Caller::*)()> ways[] = {{"plain", &Caller::plain},
-                                                            {"quick", &Caller::quick},
-                                                            {"many", &Caller::many},
-                                                            {"endless", &Caller::endless},
-                                                            {"still", &Caller::still},
-                                                            {"crash", &Caller::crash},
-                                                            {"handled", &Caller::handled},
-                                                            {"throws", &Caller::throws},
-                                                            {"secrets", &Caller::secrets},
-                                                            {"forks", &Caller::forks},
-                                                            {"leaves", &Caller::leaves},
-                                                            {"toggled", &Caller::toggled},
-                                                            {"audio", &Caller::audio},
-                                                            {"passing", &Caller::passing},
-                                                            {"pauses", &Caller::pauses},
-                                                            {"big", &Caller::big},
-                                                            {"closes", &Caller::closes},
-                                                            {"full", &Caller::full},
-                                                            {"container", &Caller::container},
-                                                            {"waits", &Caller::waits},
-                                                            {"late", &Caller::late}};
+  const std::pair<const char*, int (Caller::*)()> ways[] = {
+      {"plain", &Caller::plain},     {"quick", &Caller::quick},
+      {"many", &Caller::many},       {"endless", &Caller::endless},
+      {"still", &Caller::still},     {"steps", &Caller::steps},
+      {"crash", &Caller::crash},     {"handled", &Caller::handled},
+      {"throws", &Caller::throws},   {"secrets", &Caller::secrets},
+      {"forks", &Caller::forks},     {"leaves", &Caller::leaves},
+      {"toggled", &Caller::toggled}, {"audio", &Caller::audio},
+      {"passing", &Caller::passing}, {"pauses", &Caller::pauses},
+      {"big", &Caller::big},         {"closes", &Caller::closes},
+      {"full", &Caller::full},       {"container", &Caller::container},
+      {"waits", &Caller::waits},     {"late", &Caller::late}};
   for (const auto& [name, run] : ways) {
     if (way == name) return (caller.*run)();
   }

@@ -57,6 +57,19 @@ TEST_F(Morning, IsRecordedCallByCallAsTheSpeakerDoes) {
   EXPECT_GT(own.at("assistant").size(), 100U);
 }
 
+TEST_F(Morning, TellsForEachSideWhoWasReachedAndWhatWasWaitedFor) {
+  long up = 0, players = 0;
+  for (const Json& call : linesWith("operation")) {
+    const bool isUp = call["direction"] == "up", isPlayers = call["interface"] == "VornEMPAdapterIF";
+    up += isUp, players += isPlayers;
+    if (isUp || isPlayers) {
+      EXPECT_TRUE(call["waited"].is_number() && call["host"].is_number() && call["reached"] == true) << call;
+    }
+  }
+  EXPECT_TRUE(up > 10 && players > 10);
+  EXPECT_EQ(calls("createDalMediaPlayer").at(0)["reached"], true);
+}
+
 TEST_F(Morning, IsReplayedWithoutADifference) {
   EXPECT_TRUE(has(run(std::string(VORN_SPEAKER_PROGRAM " --state ") + kFolder + "/other replay " + m_path),
                   " calls, all answered as recorded.\n"));

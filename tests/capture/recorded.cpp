@@ -76,6 +76,12 @@ TEST_F(Recorded, TellWhatTheHostNeverSaw) {
   EXPECT_TRUE(found[1]["host"].is_null());
 }
 
+TEST_F(Recorded, TellThatNoAssistantSideWasThere) {
+  capture("secrets");
+  const Json call = calls("notifySystemSettingChanged").at(0);
+  EXPECT_TRUE(call["reached"] == false && call["host"].is_null()) << call;
+}
+
 TEST_F(Recorded, TellHowLongALockWasWaitedFor) {
   capture("waits");
   const Json first = calls("renderGUICard").at(0), second = calls("clearGUICard").at(0);
@@ -152,6 +158,13 @@ TEST_F(Recorded, CountAnAnswerThatIsTooLongForARing) {
   EXPECT_EQ(found[0]["arguments"][0], "small");
 }
 
+TEST_F(Recorded, CarryEveryCallThatTheWriterKeepsUpWith) {
+  capture("steps " + m_path);
+  EXPECT_EQ(m_status, 0);
+  EXPECT_EQ(leftOut(), 0);
+  EXPECT_EQ(calls("readKeyValue").size(), 15U * 200);
+}
+
 TEST_F(Recorded, TakeNoMemoryForThreadsThatAreGone) {
   capture("passing", "--keep 64K");
   EXPECT_EQ(m_status, 0);
@@ -161,9 +174,11 @@ TEST_F(Recorded, MaskSecretsAndKnowThemAgain) {
   capture("secrets");
   EXPECT_EQ(m_status, 0);
   const std::string all = content(m_path);
-  for (const char* secret : {"hunter-2-hunter", "key-of-the-api", "token-of-access", "13572468"})
+  for (const char* secret :
+       {"hunter-2-hunter", "hunter-3-hunter", "key-of-the-api", "token-of-access", "13572468"})
     EXPECT_EQ(all.find(secret), std::string::npos) << secret;
   EXPECT_EQ(calls("setSystemSetting").at(0)["arguments"], Json::parse(R"(["wifi_password","********"])"));
+  EXPECT_EQ(calls("setSystemSetting").at(1)["exception"], "********");
   EXPECT_EQ(calls("writeKeyValue").at(0)["arguments"], Json::parse(R"(["{apiKey=********, city=Oslo}"])"));
   EXPECT_EQ(calls("removeKeyValue").at(0)["arguments"], Json::parse(R"(["********"])"));
 }
