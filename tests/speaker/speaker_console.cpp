@@ -229,6 +229,9 @@ TEST_F(Terminal, RemembersLinesAlsoWhenItIsEnded) {
 }
 
 TEST_F(Terminal, EndsWhicheverThreadTheSignalReaches) {
+  type("assistant VornDeviceInfo.getVolume\n");  // Now its thread has its name.
+  ASSERT_TRUE(shows("getVolume() = 30"));
+  ASSERT_TRUE(shows("speaker> "));
   const std::string threads = "/proc/" + std::to_string(m_child) + "/task/";
   pid_t other = 0;
   for (const auto& thread : std::filesystem::directory_iterator(threads))
