@@ -4,10 +4,13 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
+#include <string>
 
 namespace {
 
@@ -232,15 +235,65 @@ TEST(Conformance, GoesOnOnlyAsItWasBegun) {
   EXPECT_TRUE(says(outcome, "is of another run")) << outcome.output;
 }
 
-TEST(Conformance, CutsItsChecksIntoParts) {
+TEST(Conformance, CutsItsChecksIntoPartsThatKeepThoseOfAnOperationTogether) {
   std::size_t all = 0;
+  std::map<std::string, std::string> parts;
   for (const char* part : {"1/3", "2/3", "3/3"}) {
     std::istringstream lines(run(std::string("--list --shard ") + part).output);
-    for (std::string line; std::getline(lines, line);) all += line.compare(0, 4, "Vorn") == 0;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.compare(0, 4, "Vorn") != 0) continue;
+      ++all;
+      if (line.find("/01/") == line.npos) {
+        EXPECT_EQ(parts.emplace(line.substr(0, line.rfind('/')), part).first->second, part) << line;
+      }
+    }
   }
   std::istringstream lines(run("--list").output);
   for (std::string line; std::getline(lines, line);) all -= line.compare(0, 4, "Vorn") == 0;
   EXPECT_EQ(all, 0U);
+}
+
+TEST(Conformance, GoesOnWithTheSameHostOnly) {
+  std::filesystem::copy_file(VORN_FAULTY_HOST, "/tmp/hostkit-copy.so",
+                             std::filesystem::copy_options::overwrite_existing);
+  const std::string asked = "--only DALImplIF/15/ --json /tmp/hostkit-copy.json /tmp/hostkit-copy.so";
+  run(asked);
+  EXPECT_TRUE(says(run(asked + " --resume"), "5 checks, 4 kept, 1 broken"));
+  std::ofstream("/tmp/hostkit-copy.so", std::ios::app | std::ios::binary).put('x');
+  EXPECT_TRUE(says(run(asked + " --resume"), "is of another run"));
+}
+
+TEST(Conformance, GoesOnKnowingWhatIsBroken) {
+  const std::string asked =
+      "--only changeAlexaLocale/answers --only changeAlexaLocale/again --json /tmp/hostkit-known.json " VORN_HOSTS;
+  run(asked, "2>&1", "AbortsOnLocale");
+  std::istringstream whole(contentOf("/tmp/hostkit-known.json"));
+  std::string head, first;
+  std::getline(whole, head), std::getline(whole, first);
+  std::ofstream("/tmp/hostkit-known.json") << head << "\n" << first << "\n";
+  const Outcome outcome = run(asked + " --resume", "2>&1", "AbortsOnLocale");
+  EXPECT_TRUE(says(outcome, "2 checks, 0 kept, 1 broken, 1 not asked")) << outcome.output;
+}
+
+TEST(Conformance, FailsBeforeItAsksWhereAReportCannotBeWritten) {
+  EXPECT_FALSE(says(run("--only getTimezone/utf8 --junit /nowhere/junit.xml " VORN_FAULTY_HOST), "BROKEN"));
+}
+
+TEST(Conformance, TellsAPipeThatNoHostIsThere) {
+  EXPECT_TRUE(says(run("--junit /dev/stdout " VORN_MISSING_HOST),
+                   "<failure message=\"vornCreateHost() answers null"));
+}
+
+TEST(Conformance, RemarksOnWhatIsNoFaultAndBreaksOnItWhenAsked) {
+  const std::string asked = "--only host/surroundings --only host/descriptors --only getTimezone/answers ";
+  const Outcome outcome = run(asked + VORN_UNTIDY_HOST);
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_TRUE(says(outcome, "seen:   the host changed the umask of its process\n")) << outcome.output;
+  EXPECT_TRUE(says(outcome, "more descriptors after 20 calls of every operation")) << outcome.output;
+  EXPECT_TRUE(says(outcome, "0 kept, 0 broken, 0 not asked, 3 with a remark\n")) << outcome.output;
+  const std::size_t took = outcome.output.find("seen:   getTimezone() took 1");
+  EXPECT_TRUE(took != std::string::npos && outcome.output.find(" ms\n", took) == took + 31) << outcome.output;
+  EXPECT_EQ(run("--strict --only host/surroundings " VORN_UNTIDY_HOST).status, 1);
 }
 
 TEST(Conformance, NamesThePlaceOfACrash) {
@@ -289,13 +342,42 @@ TEST(Conformance, SeesMemoryThatIsUsedAfterItWasFreed) {
       << outcome.output;
 }
 
+TEST(Conformance, SeesMemoryThatIsWrittenBeyondItsEndOrFreedTwice) {
+  if (kSanitized || *VORN_EMULATOR) GTEST_SKIP() << "seen by the sanitizer, and not by the emulator";
+  for (const char* const host : {"WritesBeyond", "FreesTwice"}) {
+    const Outcome outcome =
+        run("--only onSendKeystroke/again --only onChangePlaybackNext/answers " VORN_HOSTS, "2>&1", host);
+    EXPECT_TRUE(says(outcome, ") ended the process with signal 11")) << host << outcome.output;
+    EXPECT_TRUE(says(outcome, "1 kept, 1 broken")) << outcome.output;
+  }
+}
+
+TEST(Conformance, TellsWhoseArgumentWasTouchedAfterItsCall) {
+  if (kSanitized || *VORN_EMULATOR)
+    GTEST_SKIP() << "the sanitizer and the emulator tell of a fault in their own way";
+  const Outcome outcome =
+      run("--only onInputChange/lets-go --input TUNER --input HDMI " VORN_HOSTS, "2>&1", "AcceptedInputKept");
+  EXPECT_TRUE(says(outcome, ": it touched an argument of onInputChange(), which had returned"))
+      << outcome.output;
+}
+
+TEST(Conformance, EndsWhatTheHostLeftRunning) {
+  char folder[] = "/tmp/vorn-left-XXXXXX";
+  setenv("VORN_KIT_FOLDER", mkdtemp(folder), 1);
+  run("--only isMicrophoneAvailable/answers " VORN_UNTIDY_HOST);
+  unsetenv("VORN_KIT_FOLDER");
+  const std::string left = contentOf(std::string(folder) + "/left");
+  ASSERT_FALSE(left.empty());
+  EXPECT_NE(kill(std::stoi(left), 0), 0) << "process " << left << " is still there";
+}
+
 TEST(Conformance, LeavesTheValuesOfTheHostAsTheyWere) {
   char folder[] = "/tmp/vorn-values-XXXXXX";
   setenv("VORN_KIT_FOLDER", mkdtemp(folder), 1);
   const std::string path = std::string(folder) + "/values", before = "7 1 fr-CA night Küche\n";
   std::ofstream(path) << before;
   run("--only 17/changeAlexaLocale/ --only onSetVolume/reported --only onMute/reported "
-      "--only setSystemSetting/answers --setting mode=day,dusk --setting name=Kitchen,Bath " VORN_HOSTS,
+      "--only setSystemSetting/answers --only destructor/after-use --setting mode=day,dusk --setting name=Kitchen,Bath " VORN_HOSTS,
       "2>&1", "GoodKeeping");
   EXPECT_EQ(contentOf(path), before);
 }

@@ -84,19 +84,22 @@ void Values::putBack(const HostMaker& maker, const HostDemands& demands, const K
   const auto setAll = [noted](Trial& trial) {
     std::istringstream in(noted);
     in.imbue(std::locale::classic());
+    bool changed = false;
     for (const Value& value : values(trial.demands)) {
       std::ptrdiff_t size = -1;
-      if (!(in >> size) || in.get() != ':') return;
+      if (!(in >> size) || in.get() != ':') break;
       if (size < 0) continue;
       std::string before(static_cast<std::size_t>(size), '\0');
       in.read(&before[0], size);
       if (ask(trial, value) == before) continue;
+      changed = true;
       Host& host = trial.host();
       try {
         trial.ask(value.setter + "()", [&] { value.set(host, before); });
       } catch (const Outcome&) {  // it has checks of its own
       }
     }
+    if (changed) trial.destroy();  // some keep their values at their end
   };
   runApart(setAll, maker, demands, known);
 }
