@@ -65,7 +65,6 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Answer false to what you do not keep.
         1   remedy: Answer false when you do not clear.
         1   remedy: Answer false when you do not remove.
-        1   remedy: Answer true at once when sound is on its way.
         1   remedy: Answer true at once when the store is open.
         1   remedy: Answer true when sound is on its way.
         1   remedy: Answer true when the entries are stored.
@@ -105,6 +104,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Keep settings by their whole name.
        57   remedy: Keep texts in std::string, not in buffers of a fixed size; look for overflow before you calculate.
         1   remedy: Keep the entry; removing is removeKeyValue().
+        1   remedy: Keep the mute in a value of its own beside the volume.
         1   remedy: Keep the store by host, not by thread.
         1   remedy: Keep the store in a file, and find it again when a host is made or opened.
         1   remedy: Keep the value as it is, or answer false.
@@ -114,15 +114,18 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Leave the entry in the store.
         1   remedy: Leave the store open.
         2   remedy: Let a question change nothing: no flag that it resets, nothing that is handed out once.
+        1   remedy: Let both change one value that the thread looks at, not one each.
         1   remedy: Let go in the destructor of what open() took.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
         1   remedy: Let the thread look whether it is to go on.
+        1   remedy: Look for it with find(): operator[] of a map makes what it does not find.
        51   remedy: Look whether there is a first element before you use it.
         1   remedy: Make both from one value.
         1   remedy: Make it in the constructor, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
+        1   remedy: Push from one thread; answer true at once when sound is on its way.
         1   remedy: Push from the start to the stop.
         1   remedy: Read, change and write the volume under one mutex, or in one atomic step.
         1   remedy: Release in the destructor what the constructor took.
@@ -141,8 +144,10 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Store keys and values by length, not as lines or C strings.
         1   remedy: Store what comes, even when it is nothing.
         2   remedy: Take the value in every state of the device, or answer false.
+        1   remedy: Tell in the one place where the value changes, whatever call has led there.
         1   remedy: Tell the thread to stop and join it when the host ends; hold no mutex while you push.
        80   remedy: Tie no state to a thread; catch what you call throws, and answer with a result instead.
+        2   remedy: Tie nothing that a host needs to the first of them: no static thread, no flag of once.
         1   remedy: Tie nothing to the thread of the constructor.
        15   remedy: Use your own state instead of asking the adapter, or ask on another thread and do not wait for it.
         1   remedy: Write a new file aside, hand it to the medium, and rename it over the old one.
@@ -219,6 +224,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Removing leaves other keys alone, also those that begin the same.
         1   rule:   Sound ends when it is stopped.
         1   rule:   Sound is pushed again when it is started after a stop.
+        1   rule:   Sound is pushed by the next host of a process as by the first.
         1   rule:   Sound is pushed from one thread, however often it is started.
        36   rule:   Texts in an answer are valid UTF-8.
        57   rule:   Texts of a mebibyte, ten thousand entries and the largest numbers can arrive and are answered.
@@ -227,6 +233,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   The mute follows at every volume.
         1   rule:   The value accepted last is the one reported.
         1   rule:   The volume moves the way that was asked, and getVolume() reports it.
+        1   rule:   To mute and to unmute leaves the volume where it was.
         1   rule:   What VornAlexaState calls may overlap: locked operations with unlocked ones, unlocked ones with all.
         1   rule:   What VornAudioFocus calls may overlap: locked operations with unlocked ones, unlocked ones with all.
         1   rule:   What VornAudioIn calls may overlap: locked operations with unlocked ones, unlocked ones with all.
@@ -240,12 +247,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What belongs to the process stays as it was.
         1   rule:   What is read while others write and remove is what somebody wrote.
         1   rule:   What it hands out is valid while a command runs, also when another thread asks.
+        1   rule:   What nobody set is not there because it was asked for.
         1   rule:   What one thread wrote every other reads.
         1   rule:   What operations share, no two of them touch at once when one of them writes.
         1   rule:   What several threads adjust at once adds up.
         1   rule:   What several threads write at once is all stored.
         1   rule:   What the first call makes is not touched by the second before it is made.
         1   rule:   What was answered by false is not stored.
+        1   rule:   What was asked last holds: sound or none.
         1   rule:   What was cleared is gone after the process was killed.
         1   rule:   What was removed is gone after the process was killed.
         1   rule:   What was set is answered, whatever was called before.
@@ -259,11 +268,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   When it answers false the caller's text is as it was.
         1   rule:   When it answers true the caller's text is the setting, whatever it was before.
         1   rule:   Who follows the assistant's locale reports it.
+        1   rule:   Who tells of a change tells of it in the next host of a process too.
         1   rule:   Who tells of it tells what was set.
         1   rule:   Who tells of settings tells of each change, once, with what getSystemSetting() answers.
         1   rule:   Who tells of the locale tells of each change, once, with what getDeviceLocale() answers.
         1   rule:   Who tells of the mute tells of each change, once, with what getMuteStatus() answers.
         2   rule:   Who tells of the volume tells of each change, once, with what getVolume() answers.
+        1   rule:   Who tells of volume and mute when they are set tells too when another call moves them.
         1   rule:   Writing a key that exists replaces its value.
         1   rule:   Writing an empty map changes nothing.
         1   rule:   Writing leaves other keys alone.
@@ -285,6 +296,8 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../asked
         1 VornDALImplIF/.../asked-again
         1 VornDALImplIF/.../asked-back
+        1 VornDALImplIF/.../asked-unknown
+        1 VornDALImplIF/.../at-once
         1 VornDALImplIF/.../clears
        49 VornDALImplIF/.../concurrent
         1 VornDALImplIF/.../day
@@ -324,6 +337,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../never-null-after-use
         1 VornDALImplIF/.../never-null-any-thread
         1 VornDALImplIF/.../new-host
+        1 VornDALImplIF/.../next-host
         2 VornDALImplIF/.../odd-keys
         1 VornDALImplIF/.../often
         1 VornDALImplIF/.../one-thread
@@ -344,6 +358,8 @@ What vorn-conformance and vorn-capture make of wrong options.
        15 VornDALImplIF/.../stays-out
         1 VornDALImplIF/.../store-apart
         1 VornDALImplIF/.../surroundings
+        1 VornDALImplIF/.../tells-anew
+        1 VornDALImplIF/.../tells-each
         4 VornDALImplIF/.../threads
         1 VornDALImplIF/.../together
         1 VornDALImplIF/.../together-VornAlexaState
@@ -363,6 +379,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../usable
        35 VornDALImplIF/.../utf8
         1 VornDALImplIF/.../utf8-value
+        1 VornDALImplIF/.../volume
         1 VornDALImplIF/.../while-written
         1 VornDALImplIF/.../whole
        16 VornEMPAdapterIF/.../again

@@ -254,6 +254,38 @@ struct GoodHeldBack : Device {
     return {true, ""};
   }
 };
+struct ConfigMakesFields : Device {
+  Entries facts{{"deviceType", "SPEAKER"}};
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    return facts;
+  }
+  std::string getConfigData(std::string key) override {
+    const Lock lock(mutex);
+    return facts[key];
+  }
+};
+struct SettingMakesItself : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    const Lock lock(mutex);
+    const std::size_t known = settings.size();
+    const std::string& found = settings[key];
+    if (settings.size() != known) return false;
+    value = found;
+    return true;
+  }
+};
+struct ReadMakesEntry : Device {
+  Entries readKeyValue(const std::string& key) override {
+    const Lock lock(mutex);
+    const bool known = store.count(key) != 0;
+    const Entries found{{key, store[key]}};
+    return known ? found : Entries();
+  }
+};
+VORN_HOST("asked", ConfigMakesFields, "getConfigData")
+VORN_HOST("asked", SettingMakesItself, "getSystemSetting")
+VORN_HOST("asked", ReadMakesEntry, "readKeyValue")
 VORN_HOST("good", GoodOff, "")
 VORN_HOST("good", GoodHeldBack, "")
 

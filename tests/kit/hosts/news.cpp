@@ -188,6 +188,19 @@ struct TellsSettingTwice : Telling {
     Telling::tellSetting(key, value);
   }
 };
+struct TellsUnmutedTwice : Telling {
+  void tellMute(bool value) override {
+    Telling::tellMute(value);
+    if (!value) Telling::tellMute(value);
+  }
+};
+struct TellsLouderTwice : Telling {
+  int last = 30;
+  void tellVolume(int value) override {
+    Telling::tellVolume(value);
+    if (value > std::exchange(last, value)) Telling::tellVolume(value);
+  }
+};
 struct TellsWhenAsked : Telling {
   int getVolume() override {
     const Lock lock(mutex);
@@ -195,11 +208,58 @@ struct TellsWhenAsked : Telling {
     return volume;
   }
 };
+struct UnmutesUntold : Telling {
+  Result onSetVolume(int wanted) override {
+    Device::onMute(false);
+    return Telling::onSetVolume(wanted);
+  }
+};
+struct RecordsMutedUntold : Telling {
+  Result onStartRecording() override {
+    Device::onMute(true);
+    return Telling::onStartRecording();
+  }
+  Result onStopRecording() override {
+    Device::onMute(false);
+    return Telling::onStopRecording();
+  }
+};
+struct PlaysLowUntold : Telling {
+  bool requestAudioFocus() override {
+    Device::onSetVolume(20);
+    return true;
+  }
+};
+struct TellsInFirst : Telling {
+  static bool first() {
+    static std::atomic<int> made{0};
+    return ++made == 1;
+  }
+  const bool mine = first();
+  void tellVolume(int value) override {
+    if (mine) Telling::tellVolume(value);
+  }
+  void tellMute(bool value) override {
+    if (mine) Telling::tellMute(value);
+  }
+};
+struct TellsSettingsInFirst : TellsInFirst {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    if (mine) Telling::tellSetting(key, value);
+  }
+};
+VORN_HOST("news missing", TellsInFirst, "onMute|onSetVolume")
+VORN_HOST("news missing", TellsSettingsInFirst, "onMute|onSetVolume|setSystemSetting")
+VORN_HOST("news missing", UnmutesUntold, "onSetVolume|onAdjustVolume")
+VORN_HOST("news missing", RecordsMutedUntold, "onStartRecording|onStopRecording")
+VORN_HOST("news missing", PlaysLowUntold, "requestAudioFocus")
 VORN_HOST("news missing", TellsMuteOnly, "onMute")
 VORN_HOST("news missing", TellsFirstOnly, "setSystemSetting")
 VORN_HOST("news missing", TellsLouderOnly, "onSetVolume")
 VORN_HOST("news doubled", TellsVolumeTwice, "onSetVolume")
 VORN_HOST("news doubled", TellsMuteOften, "onMute")
+VORN_HOST("news doubled", TellsUnmutedTwice, "onMute")
+VORN_HOST("news doubled", TellsLouderTwice, "onSetVolume|onAdjustVolume")
 VORN_HOST("news doubled", TellsSettingTwice, "setSystemSetting")
 VORN_HOST("news doubled", TellsWhenAsked, "onSetVolume")
 
@@ -362,6 +422,30 @@ struct GoodNewsAtOnce : Device {
     return result;
   }
 };
+/// Hides the volume while it is muted, mutes at zero, is lower after a loud time, and tells of each.
+struct GoodNewsHidden : Telling {
+  int hidden = 30;
+  Result becomes(std::int64_t wanted) override {
+    hidden = static_cast<int>(std::clamp<std::int64_t>(wanted, 0, 100));
+    return shows();
+  }
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    return becomes(std::int64_t{hidden} + delta);
+  }
+  Result onMute(bool mute) override {
+    const Result result = Telling::onMute(mute);
+    const Lock lock(mutex);
+    if (!mute) hidden = std::min(hidden, 45);
+    shows();
+    return result;
+  }
+  Result shows() {
+    if (const int shown = muted ? 0 : hidden; shown != std::exchange(volume, shown)) tellVolume(shown);
+    return {true, ""};
+  }
+};
+VORN_HOST("good", GoodNewsHidden, "")
 VORN_HOST("good", GoodNews, "")
 VORN_HOST("good", GoodNewsUnchanged, "")
 VORN_HOST("good", GoodNewsNeeded, "")

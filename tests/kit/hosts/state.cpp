@@ -175,6 +175,37 @@ struct MuteSticks : Device {
   int changes = 0;
   Result onMute(bool mute) override { return ++changes > 200 ? Result{true, ""} : Device::onMute(mute); }
 };
+struct UnmutesToStart : Device {
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    muted = mute;
+    if (!mute) volume = 30;
+    return {true, ""};
+  }
+};
+struct MutedTwiceIsSilent : Device {
+  int saved = 30;
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    muted = mute;
+    if (mute) saved = std::exchange(volume, 0);
+    if (!mute) volume = saved;
+    return {true, ""};
+  }
+};
+struct UnmutesToOld : Device {
+  int saved = 30;
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    muted = mute;
+    if (mute) saved = volume;
+    if (!mute) volume = std::exchange(saved, 5);
+    return {true, ""};
+  }
+};
+VORN_HOST("volume", UnmutesToStart, "onMute")
+VORN_HOST("volume", MutedTwiceIsSilent, "onMute")
+VORN_HOST("volume", UnmutesToOld, "onMute")
 VORN_HOST("volume", VolumeSticks, "onSetVolume")
 VORN_HOST("volume", MuteSticks, "onMute")
 VORN_HOST("volume", VolumeStays, "onSetVolume")
@@ -415,6 +446,26 @@ struct WriteBehind : Device {
     return true;
   }
 };
+/// A cache that forgets the oldest, where nothing else keeps them.
+template <std::size_t kMost>
+struct ForgetsOldest : Device {
+  std::vector<std::string> order;
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    for (const auto& entry : entries) {
+      store[entry.first] = entry.second;
+      order.push_back(entry.first);
+      if (order.size() <= kMost) continue;
+      store.erase(order.front());
+      order.erase(order.begin());
+    }
+    return true;
+  }
+};
+using ForgetsBeyondThousand = ForgetsOldest<1000>;
+using ForgetsBeyondFew = ForgetsOldest<16>;
+VORN_HOST("store", ForgetsBeyondThousand, "writeKeyValue|readKeyValue")
+VORN_HOST("store", ForgetsBeyondFew, "writeKeyValue|readKeyValue")
 VORN_HOST("store", KeyCut, "writeKeyValue|readKeyValue")
 VORN_HOST("store", StoreLongKeys, "writeKeyValue|readKeyValue")
 VORN_HOST("store", StoreKeysToNul, "writeKeyValue|readKeyValue")

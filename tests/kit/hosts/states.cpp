@@ -185,6 +185,110 @@ struct SoundsRefused : Sounding {
 struct SoundsUnasked : Sounding {
   SoundsUnasked() { begin(); }
 };
+/// One thread, which looks every now and then at what it is to do.
+struct Pushing : Sounding {
+  std::atomic<bool> over{false};
+  virtual bool wanted() { return on; }
+  void push() {
+    std::vector<short> samples(160);
+    for (; !over; std::this_thread::sleep_for(Milliseconds(4))) {
+      if (const auto audio = VornAudioIn::getInstance(); audio && wanted()) deliver(*audio, samples);
+    }
+  }
+  virtual void deliver(VornAudioIn& audio, std::vector<short>& samples) { audio.sendAudioData(samples); }
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (threads.empty()) threads.emplace_back([this] { push(); });
+    on = true;
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+  void finish() {
+    over = true;
+    end();
+  }
+};
+struct StopKeptForLater : Pushing {
+  std::atomic<bool> stopping{false};
+  bool wanted() override {
+    if (stopping.exchange(false)) on = false;
+    return on;
+  }
+  void stopStreamingAudioData() override { stopping = true; }
+  ~StopKeptForLater() override { finish(); }
+};
+struct StartsAfterAll : Pushing {
+  std::atomic<bool> starting{false};
+  bool wanted() override {
+    if (starting.exchange(false)) on = true;
+    return on;
+  }
+  bool startStreamingAudioData() override {
+    Pushing::startStreamingAudioData();
+    on = false;
+    return starting = true;
+  }
+  ~StartsAfterAll() override { finish(); }
+};
+struct ThreadForEachBuffer : Pushing {
+  void deliver(VornAudioIn& audio, std::vector<short>& samples) override {
+    std::thread([&] { audio.sendAudioData(samples); }).join();
+  }
+  ~ThreadForEachBuffer() override { finish(); }
+};
+struct TakesTurns : Pushing {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    on = true;
+    while (threads.size() < 6) {
+      threads.emplace_back([this, mine = static_cast<int>(threads.size())] {
+        std::vector<short> samples(160);
+        for (; !over; std::this_thread::sleep_for(Milliseconds(2))) {
+          if (on && next % 6 == mine) {
+            if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(samples);
+            ++next;
+          }
+        }
+      });
+    }
+    return true;
+  }
+  std::atomic<int> next{0};
+  ~TakesTurns() override { finish(); }
+};
+struct LooksEveryHundred : Pushing {
+  void deliver(VornAudioIn& audio, std::vector<short>& samples) override {
+    for (int i = 0; i < 100 && !over; ++i) {
+      audio.sendAudioData(samples);
+      std::this_thread::sleep_for(Milliseconds(10));
+    }
+  }
+  ~LooksEveryHundred() override { finish(); }
+};
+struct SoundsForFirst : Pushing {
+  bool startStreamingAudioData() override {
+    static std::atomic<bool> begun{false};
+    if (begun.exchange(true)) return on = true;
+    return Pushing::startStreamingAudioData();
+  }
+  ~SoundsForFirst() override { finish(); }
+};
+/// Empties its buffer at a stop.
+struct GoodDrain : Pushing {
+  std::atomic<int> left{0};
+  bool wanted() override {
+    if (on) left = 20;
+    return on || left-- > 0;
+  }
+  ~GoodDrain() override { finish(); }
+};
+VORN_HOST("sound", StopKeptForLater, "startStreamingAudioData|stopStreamingAudioData")
+VORN_HOST("sound", StartsAfterAll, "startStreamingAudioData|stopStreamingAudioData")
+VORN_HOST("sound", ThreadForEachBuffer, "startStreamingAudioData")
+VORN_HOST("sound", TakesTurns, "startStreamingAudioData")
+VORN_HOST("sound", LooksEveryHundred, "stopStreamingAudioData")
+VORN_HOST("sound", SoundsForFirst, "startStreamingAudioData")
+VORN_HOST("good", GoodDrain, "")
 VORN_HOST("sound", SoundsUnasked, "startStreamingAudioData")
 VORN_HOST("sound", CountsStarts, "stopStreamingAudioData|startStreamingAudioData")
 VORN_HOST("sound", SoundsRefused, "startStreamingAudioData")

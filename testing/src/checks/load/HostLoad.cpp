@@ -110,6 +110,23 @@ void createAdapters(Host& host) {
   VornStorage::CreateInstance(host);
 }
 
+void shutDownAdapters() {
+  using namespace VornDeviceAbstractionLayer;
+  VornAlexaState::Shutdown();
+  VornAppMessaging::Shutdown();
+  VornAudioFocus::Shutdown();
+  VornAudioIn::Shutdown();
+  VornCommsManager::Shutdown();
+  VornDeviceCapabilities::Shutdown();
+  VornDeviceInfo::Shutdown();
+  VornEMPAdapterControl::Shutdown();
+  VornGUIOutput::Shutdown();
+  VornLEDController::Shutdown();
+  VornLoggerObserver::Shutdown();
+  VornOOBE::Shutdown();
+  VornStorage::Shutdown();
+}
+
 namespace {
 
 /// Eight threads for a while: in bursts of a few operations, so that any two of them meet often.

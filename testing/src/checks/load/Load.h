@@ -20,6 +20,8 @@ void make(Trial& trial, const Round& round);
 
 /// All adapters, as firmware creates them: what the host sends upward arrives, and what it asks is answered.
 void createAdapters(Host& host);
+/// As firmware does it before the host goes.
+void shutDownAdapters();
 
 /// Calls that touch the same memory without a common mutex are made to be there at once.
 void races(Trial& trial);

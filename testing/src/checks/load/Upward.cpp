@@ -1,10 +1,14 @@
 // What the host sends upward, and an assistant side that asks back from inside, as clients do.
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -87,8 +91,8 @@ class Buffers {
   void note() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_count;
-    if (m_threads.empty() || m_threads.back() != std::this_thread::get_id())
-      m_threads.push_back(std::this_thread::get_id());
+    const long thread = syscall(SYS_gettid);  // the library's name for one goes to the next
+    if (m_threads.empty() || m_threads.back() != thread) m_threads.push_back(thread);
   }
   long count() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -107,6 +111,10 @@ class Buffers {
         return true;
     }
     return false;
+  }
+  std::size_t threads() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::set<long>(m_threads.begin(), m_threads.end()).size();
   }
   /// Waits for that many more.
   bool come(long more, milliseconds atMost) const { return reach(count() + more, atMost); }
@@ -129,10 +137,13 @@ class Buffers {
  private:
   mutable std::mutex m_mutex;
   long m_count = 0;
-  std::vector<std::thread::id> m_threads;
+  std::vector<long> m_threads;
 };
 
 constexpr milliseconds kSoon(1000), kLate(8000);
+constexpr milliseconds kOnItsWay(300);  // what was recorded before the stop
+constexpr long kMany = 30;
+constexpr long kOfTheOld = 3;  // buffers that may have been on their way
 
 /// A host that was told to push sound, and an assistant side that hears it.
 struct Listening {
@@ -198,9 +209,55 @@ void stopsPushing(Trial& trial) {
   listening.presumeSound();
   listening.start();  // one stop ends what was started twice
   listening.stop();
+  std::this_thread::sleep_for(kOnItsWay);
+  const long before = listening.buffers.count();
   if (!listening.buffers.end(kLate))
     trial.broken("stopStreamingAudioData() returned, and sound was pushed for " +
                  std::to_string(kLate.count() / 1000) + " s more");
+  const long more = listening.buffers.count() - before;
+  if (more > kMany)
+    trial.broken("stopStreamingAudioData() returned, and " + std::to_string(more) +
+                 " buffers were pushed later than " + std::to_string(kOnItsWay.count()) + " ms after that");
+}
+
+/// What was asked last holds, however soon it came.
+void stopsAtOnce(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  for (int turn = 0; turn < 4; ++turn) {
+    listening.stop();
+    if (!listening.start()) trial.refused("startStreamingAudioData() answered false");
+    if (!listening.buffers.come(kOfTheOld, kLate))
+      trial.broken(
+          "startStreamingAudioData() answered true right after stopStreamingAudioData(), and no sound came for " +
+          std::to_string(kLate.count() / 1000) + " s");
+  }
+  listening.stop();
+  listening.buffers.end(kLate);
+  for (int turn = 0; turn < 4; ++turn) {
+    listening.start();
+    listening.stop();
+    if (!listening.buffers.end(kLate))
+      trial.broken(
+          "stopStreamingAudioData() came right after startStreamingAudioData(), and sound was pushed for " +
+          std::to_string(kLate.count() / 1000) + " s");
+  }
+}
+
+void nextHostPushes(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  listening.stop();
+  listening.buffers.end(kLate);
+  shutDownAdapters();
+  trial.destroy();
+  trial.explain("by the next host, after one was destroyed");
+  createAdapters(trial.host());
+  if (!listening.start()) trial.refused("startStreamingAudioData() answered false");
+  if (!listening.buffers.come(1, kLate))
+    trial.broken("startStreamingAudioData() answered true, and no sound came for " +
+                 std::to_string(kLate.count() / 1000) +
+                 " s; it came from the host before, which was destroyed");
 }
 
 void startsAgain(Trial& trial) {
@@ -231,6 +288,7 @@ void refusedIsSilent(Trial& trial) {
 }
 
 void pushesFromOneThread(Trial& trial) {
+  constexpr std::size_t kTakenOver = 4;  // a start may begin with a new one
   Listening listening(trial);
   listening.presumeSound();
   listening.start();
@@ -239,6 +297,9 @@ void pushesFromOneThread(Trial& trial) {
   listening.buffers.come(60, kSoon);
   if (listening.buffers.mixed())
     trial.broken("startStreamingAudioData() was called again, and two threads push sound by turns");
+  if (listening.buffers.threads() > kTakenOver)
+    trial.broken("startStreamingAudioData() pushes sound from one thread after the other: " +
+                 std::to_string(listening.buffers.threads()) + " in a second");
 }
 
 }  // namespace
@@ -253,13 +314,18 @@ void addUpwardChecks(Checks& checks) {
     checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
   };
   add(kStart, "one-thread", "Sound is pushed from one thread, however often it is started.",
-      "Answer true at once when sound is on its way.", pushesFromOneThread);
+      "Push from one thread; answer true at once when sound is on its way.", pushesFromOneThread);
   add(kStart, "unasked", "No sound is pushed before it is asked for.", "Push from the start to the stop.",
       unaskedIsSilent);
   add(kStart, "refused", "No sound is pushed when it answers false.", "Answer true when sound is on its way.",
       refusedIsSilent);
   add(kStart, "anew", "Sound is pushed again when it is started after a stop.",
       "Begin anew with each start that you answer true to.", startsAgain);
+  add(kStart, "next-host", "Sound is pushed by the next host of a process as by the first.",
+      "Tie nothing that a host needs to the first of them: no static thread, no flag of once.",
+      nextHostPushes);
+  add(kStop, "at-once", "What was asked last holds: sound or none.",
+      "Let both change one value that the thread looks at, not one each.", stopsAtOnce);
   add(kStop, "from-inside", "It may come on the thread that pushes sound.",
       "Tell the thread to stop and join it when the host ends; hold no mutex while you push.",
       stopsFromInside);

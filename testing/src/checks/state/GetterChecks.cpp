@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <utility>
@@ -153,6 +154,39 @@ void factsStay(Trial& trial) {
   }
 }
 
+/// What nobody set is not there because it was asked for.
+void askingMakesNothing(Trial& trial) {
+  const std::map<std::string, std::function<bool(Host&, const std::string&)>> questions{
+      {"getConfigData",
+       [](Host& host, const std::string& name) { return !host.getConfigData(name).empty(); }},
+      {"getSystemSetting",
+       [](Host& host, const std::string& name) {
+         std::string value;
+         return host.getSystemSetting(name, value);
+       }},
+      {"readKeyValue", [](Host& host, const std::string& name) { return !host.readKeyValue(name).empty(); }}};
+  Host& host = trial.host();
+  for (const auto& question : questions) {
+    const std::string name = "vorn-conformance none of " + question.first;
+    const std::string shown = question.first + "(" + spelled(name) + ")";
+    const auto known = [&] {
+      bool yes = false;
+      trial.ask(shown, [&] { yes = question.second(host, name); });
+      return yes;
+    };
+    const auto listed = [&] {
+      bool yes = false;
+      trial.ask("getDeviceInformation()", [&] { yes = host.getDeviceInformation().count(name) != 0; });
+      return yes;
+    };
+    const bool before = listed();
+    if (!known() && known())
+      trial.broken(shown + " answered that there is none, then that there is, and it was only asked");
+    if (!before && listed())
+      trial.broken(shown + " was asked, and getDeviceInformation() has a field of that name now");
+  }
+}
+
 /// The locale stands in two answers.
 void localesAgree(Trial& trial) {
   const std::string kField = "deviceLocale";
@@ -179,6 +213,9 @@ void addGetterChecks(Checks& checks) {
   checks.push_back(checkOfHost("asked-again", "A question that is asked again has the same answer.", kAsked,
                                sameWhenAsked));
   checks.push_back(checkOfHost("asked", "What was set stays, whatever is asked.", kAsked, staysWhenAsked));
+  checks.push_back(checkOfHost("asked-unknown", "What nobody set is not there because it was asked for.",
+                               "Look for it with find(): operator[] of a map makes what it does not find.",
+                               askingMakesNothing));
   checks.push_back(checkOfHost("follows", "What was set is answered, whatever was called before.", kFollow,
                                followsInAnyState));
   checks.push_back(checkOfHost("facts", "What a device is, it is still after every call.",

@@ -161,8 +161,12 @@ void many(Trial& trial) {
   for (const auto& entry : entries) store.expect(entry.first, entry.second);
   // What comes when there is much already.
   for (const auto& later : {std::make_pair(key("one more"), "2"), std::make_pair(key("5"), "another")}) {
-    if (store.accepts({later})) store.expect(later.first, later.second);
+    if (!store.accepts({later})) continue;
+    store.expect(later.first, later.second);
+    entries[later.first] = later.second;
   }
+  entries[key("a")] = "1";
+  for (const auto& entry : entries) store.expect(entry.first, entry.second);
 }
 
 void writesFromThreads(Trial& trial) {

@@ -200,6 +200,31 @@ void setVolumeMuted(Trial& trial) {
   mute(trial, wasMuted);
 }
 
+/// To mute, twice too, and to unmute leaves the volume where it was. One that is lowered may be too loud to come back at once.
+void muteKeepsVolume(Trial& trial) {
+  const int before = volume(trial);
+  const bool wasMuted = muted(trial);
+  if (!mute(trial, false)) trial.refused("onMute(false) answered false");
+  std::string moved;
+  std::set<int> tried;
+  for (const int asked : {10, 50, 20, 40}) {
+    if (!setVolume(trial, asked)) continue;
+    const int set = volume(trial);
+    if (!tried.insert(set).second) continue;
+    for (const bool to : {true, true, false, false}) {
+      if (!mute(trial, to)) trial.refused("onMute(" + spelled(to) + ") answered false");
+      if (to || volume(trial) == set) continue;
+      if (!moved.empty()) trial.broken(moved + "; it does so at other volumes too");
+      moved = "getVolume() answered " + spelled(set) + ", then " + spelled(volume(trial)) +
+              " after onMute(true) and onMute(false)";
+      break;
+    }
+  }
+  setVolume(trial, before);
+  mute(trial, wasMuted);
+  if (tried.empty()) trial.refused("onSetVolume() answered false to every volume");
+}
+
 /// Small steps up, from several threads as from one: the same in all.
 void adjustFromThreads(Trial& trial) {
   constexpr int kThreads = 4, kEach = 2, kTurns = 40;
@@ -276,6 +301,8 @@ void addVolumeChecks(Checks& checks) {
   add(kAdjustVolume, "threads", "What several threads adjust at once adds up.",
       "Read, change and write the volume under one mutex, or in one atomic step.", adjustFromThreads);
   add(kMute, "reported", "getMuteStatus() reports what was set.", kFollow, soonOrLater(muteFollows));
+  add(kMute, "volume", "To mute and to unmute leaves the volume where it was.",
+      "Keep the mute in a value of its own beside the volume.", soonOrLater(muteKeepsVolume));
 }
 
 }  // namespace vorn_testing::checks

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <map>
+#include <memory>
 #include <utility>
 
 #include "../Checks.h"
@@ -60,9 +62,13 @@ Step setting(const std::string& name, const std::string& to) {
 
 /// Whether the changes of one kind of step are told, and how often each.
 struct Kind {
-  std::string told, silent;             ///< Of each the first example.
-  int moves = 0;                        ///< Of those that are waited for.
-  std::size_t least = ~std::size_t{0};  ///< How often one change was told.
+  std::string told, silent;  ///< Of each the first example.
+  struct Way {
+    int moves = 0;                        ///< Of those that are waited for.
+    std::size_t least = ~std::size_t{0};  ///< How often one change was told.
+    std::string shown;
+  };
+  std::map<bool, Way> ways;  ///< Up and down, on and off.
 };
 
 /// What is asked on the thread that tells, from inside the step: whether it is told before it is so.
@@ -110,15 +116,27 @@ class FromInside {
 /// How long what is told is waited for, once it is known that the host tells at all.
 constexpr milliseconds kPatience(3000);
 
-/// One step after the other, and each waited for.
-void oneByOne(Trial& trial, Listener& listener, FromInside& steps, const Steps& all, milliseconds silence,
+/// "setting" of "setting name": a setting may be told under a name that is another's.
+std::string sortOf(const std::string& of) { return of.substr(0, of.find(' ')); }
+
+void mustTellAll(Trial& trial, const Kind& kind) {
+  if (!kind.told.empty() && !kind.silent.empty())
+    trial.broken(kind.silent + " and nothing was told of it, as it was when " + kind.told);
+}
+
+/// One step after the other, and each waited for; answers whether anything of their sort was told.
+bool oneByOne(Trial& trial, Listener& listener, FromInside& steps, const Steps& all, milliseconds silence,
               std::map<std::string, Kind>& kinds) {
+  bool any = false;
   for (const Step& step : all) {
     const auto before = listener.read(step.of);
     listener.begin();
     steps.make(step);
     const std::string wrong = listener.settle(silence);
     if (!wrong.empty() && silence == kPatience) trial.broken("after " + step.shown + " it " + wrong);
+    const auto heard = listener.heard();
+    any = any || std::any_of(heard.begin(), heard.end(),
+                             [&](const News& news) { return sortOf(news.of) == sortOf(step.of); });
     const auto after = listener.read(step.of);
     if (!after) continue;
     const bool moved = before != after;
@@ -132,12 +150,17 @@ void oneByOne(Trial& trial, Listener& listener, FromInside& steps, const Steps& 
         step.shown + (moved ? " moved it from " + spelled(before.value_or("")) + " to " : " left it at ") +
         spelled(*after);
     if (!told.empty() || moved) (told.empty() ? kind.silent : kind.told) = shown;
+    if (silence == kPatience) mustTellAll(trial, kind);
     if (!moved) continue;
     const auto times =
         std::count_if(told.begin(), told.end(), [&](const News& news) { return news.value == *after; });
-    ++kind.moves;
-    kind.least = std::min(kind.least, static_cast<std::size_t>(times));
+    Kind::Way& way =
+        kind.ways[step.of == "volume" ? std::stoi(*after) > std::stoi(*before) : *after == "true"];
+    ++way.moves;
+    way.least = std::min(way.least, static_cast<std::size_t>(times));
+    way.shown = shown;
   }
+  return any;
 }
 
 void mustNotTellWhenAsked(Trial& trial, Listener& listener, const std::string& of) {
@@ -168,23 +191,22 @@ void toldAsItIs(Trial& trial, const Steps& all) {
   FromInside steps(trial, listener);
   std::map<std::string, Kind> kinds;
   const Steps first(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(all.size(), kFirst)));
-  oneByOne(trial, listener, steps, first, milliseconds(60), kinds);
-  if (std::none_of(kinds.begin(), kinds.end(), [](const auto& kind) { return !kind.second.told.empty(); })) {
+  if (!oneByOne(trial, listener, steps, first, milliseconds(60), kinds)) {
     listener.settle(milliseconds(500));
     if (listener.heard().empty()) trial.notAsked("nothing is told of it");
   }
   mustNotTellWhenAsked(trial, listener, all.front().of);
   // Who tells at all is waited for.
-  for (auto& entry : kinds) entry.second = Kind{entry.second.told, ""};
+  for (auto& entry : kinds) entry.second = Kind{entry.second.told, "", {}};
   listener.settle(kPatience);  // what still comes is of the first steps
   oneByOne(trial, listener, steps, all, kPatience, kinds);
-  for (const auto& entry : kinds) {
-    const Kind& kind = entry.second;
-    if (!kind.told.empty() && !kind.silent.empty())
-      trial.broken(kind.silent + " and nothing was told of it, as it was when " + kind.told);
-    if (kind.moves >= 3 && kind.least >= 2)
-      trial.broken("every change was told " + std::to_string(kind.least) + " times or more, such as when " +
-                   kind.told);
+  for (const auto& kind : kinds) {
+    for (const auto& way : kind.second.ways) {
+      const std::size_t least = way.second.least;
+      if (way.second.moves >= 3 && least >= 2)
+        trial.broken("every change was told " + std::to_string(least) + " times or more, such as when " +
+                     way.second.shown);
+    }
   }
   trial.explain("after others, all at once");
   // Who is silent about what the assistant knows anyway may have told last of another change.
@@ -202,6 +224,45 @@ void toldAsItIs(Trial& trial, const Steps& all) {
         " tells on the thread that calls it: an assistant side that asks the adapter back from there hangs");
 }
 
+/// What is told when volume, mute and settings are set to and fro.
+std::map<std::string, std::string> toldWhenSet(Trial& trial, Listener& listener) {
+  Steps all{mute(true), mute(false), setVolume(10), setVolume(50)};
+  for (const auto& each : trial.demands.settings) {
+    for (const std::string& value : each.second) all.push_back(setting(each.first, value));
+  }
+  std::map<std::string, std::string> told;
+  for (int i = 0; i < 2; ++i) {
+    for (const Step& step : all) {
+      listener.begin();
+      trial.ask(step.shown, [&] { step.act(trial.host()); });
+      listener.settle(milliseconds(500));
+      if (!listener.heardOf(step.of).empty()) told[step.of] = step.shown;
+    }
+  }
+  return told;
+}
+
+void nextHostTells(Trial& trial) {
+  std::map<std::string, std::string> told;
+  {
+    Listener listener(trial);
+    told = toldWhenSet(trial, listener);
+  }
+  if (told.empty()) trial.notAsked("nothing is told of it");
+  shutDownAdapters();
+  trial.destroy();
+  Listener listener(trial);
+  auto now = toldWhenSet(trial, listener);
+  if (now.size() < told.size()) {
+    for (const auto& late : toldWhenSet(trial, listener)) now.insert(late);
+  }
+  for (const auto& known : told) {
+    if (now.count(known.first) == 0)
+      trial.broken(known.second +
+                   " is told by a host, and not by the next one, which was made when that was destroyed");
+  }
+}
+
 void volumeTold(Trial& trial, const Steps& asked) {
   int before = 0;
   trial.ask("getVolume()", [&] { before = trial.host().getVolume(); });
@@ -213,7 +274,75 @@ void volumeTold(Trial& trial, const Steps& asked) {
 void muteTold(Trial& trial) {
   bool before = false;
   trial.ask("getMuteStatus()", [&] { before = trial.host().getMuteStatus(); });
-  toldAsItIs(trial, {mute(!before), mute(before), mute(!before), mute(before)});
+  Steps all;
+  for (int i = 0; i < 6; ++i) all.push_back(mute((i % 2 == 0) != before));
+  toldAsItIs(trial, all);
+}
+
+/// What may move one of the two without being about it.
+std::vector<Step> movers() {
+  std::vector<Step> all{setVolume(40),    setVolume(60), adjustVolume(-10),
+                        adjustVolume(10), mute(true),    mute(false)};
+  for (const Operation& operation : operations()) {
+    const std::string& name = operation.name;
+    // What rests may hide what it has.
+    if (name == "onSetPowerState" || name == "releaseAudioFocus" || name == "onSetVolume" ||
+        name == "onAdjustVolume" || name == "onMute" || name == "changeAlexaLocale" ||
+        name == "setSystemSetting")
+      continue;
+    for (int which = 0; which < operation.samples(Given::kPlain); ++which) {
+      const auto made = std::make_shared<Prepared>(operation.prepare(Given::kPlain, which));
+      all.push_back({made->shown, "", "", operation.locked, [made, player = operation.ofPlayer](Host& host) {
+                       made->make(host, player ? host.getEMPAdapter() : nullptr);
+                     }});
+    }
+  }
+  return all;
+}
+
+/// What the host tells when it is set, it tells when something else has moved it.
+void toldWhateverMoves(Trial& trial) {
+  Listener listener(trial);
+  const auto make = [&](const Step& step) { trial.ask(step.shown, [&] { step.act(trial.host()); }); };
+  auto told = toldWhenSet(trial, listener);
+  for (auto one = told.begin(); one != told.end();)
+    one = one->first == "volume" || one->first == "mute" ? std::next(one) : told.erase(one);
+  if (told.empty()) trial.notAsked("nothing is told of volume and mute when they are set");
+  const std::string rested = listener.read("volume").value_or("");
+
+  const auto silentAfter = [&](const Step& step, bool muted) -> std::string {
+    if (listener.read("volume") != rested || listener.read("mute") != text(muted)) {
+      for (const Step& rest : {mute(false), setVolume(50), mute(muted)}) make(rest);
+      listener.settle(milliseconds(500));
+      if (listener.read("mute") != text(muted)) return "";
+    }
+    std::map<std::string, std::string> before;
+    for (const auto& known : told) before[known.first] = listener.read(known.first).value_or("");
+    listener.begin();
+    make(step);
+    for (const auto& known : told) {
+      const std::string& of = known.first;
+      const std::string after = listener.read(of).value_or("");
+      // Who sets it may look himself, and a mute may hide the volume.
+      if (of == step.of || before[of] == after || (of == "volume" && step.of == "mute")) continue;
+      auto left = kPatience;
+      while (listener.heardOf(of).empty() && listener.read("volume") != "0" && left.count() > 0) {
+        std::this_thread::sleep_for(milliseconds(5));  // as in settle()
+        left -= milliseconds(5);
+      }
+      if (left.count() <= 0)
+        return step.shown + " moved " + (of == "mute" ? "getMuteStatus()" : "getVolume()") + " from " +
+               before[of] + " to " + after + " and nothing was told of it, as it was when " + known.second;
+    }
+    return "";
+  };
+  for (const bool muted : {true, false}) {
+    for (const Step& step : movers()) {
+      if (silentAfter(step, muted).empty()) continue;
+      const std::string silent = silentAfter(step, muted);  // what came first may have been of a step before
+      if (!silent.empty()) trial.broken(silent);
+    }
+  }
 }
 
 void localeTold(Trial& trial) {
@@ -320,6 +449,13 @@ void addNewsChecks(Checks& checks) {
   });
   add(kMute, "Who tells of the mute tells of each change, once, with what getMuteStatus() answers.",
       muteTold);
+  checks.push_back(checkOfHost(
+      "tells-each", "Who tells of volume and mute when they are set tells too when another call moves them.",
+      "Tell in the one place where the value changes, whatever call has led there.", toldWhateverMoves));
+  checks.push_back(
+      checkOfHost("tells-anew", "Who tells of a change tells of it in the next host of a process too.",
+                  "Tie nothing that a host needs to the first of them: no static thread, no flag of once.",
+                  nextHostTells));
   checks.push_back(checkOfHost("quiet", "Nothing is told any more when the host has been destroyed.",
                                "Stop and join in the destructor whatever tells.", quietAfterEnd));
 }
