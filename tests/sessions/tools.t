@@ -74,6 +74,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Begin anew with each start that you answer true to.
         1   remedy: Call strtok_r(), localtime_r() and their like.
         1   remedy: Change only what a call is about.
+        1   remedy: Change the store and hand it to the medium under one mutex, with a file aside that no other call writes.
         6   remedy: Change the value first, then tell once what the getter answers, in the order of the changes.
         3   remedy: Change what the getter reports before you answer true, or answer false.
         1   remedy: Check first, change then.
@@ -114,7 +115,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Leave the entry in the store.
         1   remedy: Leave the store open.
         2   remedy: Let a question change nothing: no flag that it resets, nothing that is handed out once.
-        1   remedy: Let both change one value that the thread looks at, not one each.
+        1   remedy: Let both change one value that one thread looks at, not one each.
         1   remedy: Let go in the destructor of what open() took.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
@@ -123,6 +124,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        51   remedy: Look whether there is a first element before you use it.
         1   remedy: Make both from one value.
         1   remedy: Make it in the constructor, or by std::call_once().
+        1   remedy: Make the player with the host, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
         1   remedy: Push from one thread; answer true at once when sound is on its way.
@@ -247,10 +249,12 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What belongs to the process stays as it was.
         1   rule:   What is read while others write and remove is what somebody wrote.
         1   rule:   What it hands out is valid while a command runs, also when another thread asks.
+        1   rule:   What it hands out is valid, also when two threads ask for the first.
         1   rule:   What nobody set is not there because it was asked for.
         1   rule:   What one thread wrote every other reads.
         1   rule:   What operations share, no two of them touch at once when one of them writes.
         1   rule:   What several threads adjust at once adds up.
+        1   rule:   What several threads stored at once is there after the process was killed.
         1   rule:   What several threads write at once is all stored.
         1   rule:   What the first call makes is not touched by the second before it is made.
         1   rule:   What was answered by false is not stored.
@@ -298,6 +302,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../asked-back
         1 VornDALImplIF/.../asked-unknown
         1 VornDALImplIF/.../at-once
+        1 VornDALImplIF/.../at-once-killed
         1 VornDALImplIF/.../clears
        49 VornDALImplIF/.../concurrent
         1 VornDALImplIF/.../day
@@ -310,6 +315,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../ends
         1 VornDALImplIF/.../every-byte
         1 VornDALImplIF/.../facts
+        1 VornDALImplIF/.../first
         1 VornDALImplIF/.../first-calls
         1 VornDALImplIF/.../follows
         1 VornDALImplIF/.../from-inside

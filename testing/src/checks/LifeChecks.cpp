@@ -1,3 +1,4 @@
+#include <atomic>
 #include <chrono>
 #include <random>
 #include <string>
@@ -73,6 +74,49 @@ void playerStays(Trial& trial) {
   trial.ask("getPlaybackState(\"\")", [&] { first.getPlaybackState(""); });
   trial.ask("pause(\"\")", [&] { first.pause(""); });
   trial.ask("stop(\"\")", [&] { first.stop(""); });
+}
+
+/// The first to ask is held up at any of its places, and another asks meanwhile.
+void firstPlayersStay(Trial& trial) {
+  constexpr long kMost = 40;
+  guardMemory(true);
+  std::atomic<bool> over{false}, busy{false};
+  std::atomic<Player*> other{nullptr};
+  const auto askedFor = [&trial] {
+    Player* player = nullptr;
+    Host& host = trial.host();
+    trial.ask("getEMPAdapter()", [&] {
+      enterHost();
+      player = host.getEMPAdapter();
+      leaveHost();
+    });
+    return player;
+  };
+  trial.explain("of the player that was handed out while another thread asked a new host for its first");
+  trial.onThreads(2, [&](int thread) {
+    const AtEnd atEnd([&] { over = true; });
+    if (thread == 1) {
+      while (!over) {
+        Trial::meanwhile([&] {
+          busy = true;
+          const AtEnd done([&] { busy = false; });
+          other = askedFor();
+        });
+      }
+      return;
+    }
+    for (long at = 0, places = 1; at < kMost && at < places; ++at) {
+      trial.destroy();
+      trial.host();
+      Player* mine = nullptr;
+      other = nullptr;
+      places = Trial::held(at, [&] { mine = askedFor(); });
+      while (busy && !over) std::this_thread::yield();
+      for (Player* const player : {mine, other.load()}) {
+        if (player) trial.ask("getPlaybackState(\"\")", [&] { player->getPlaybackState(""); });
+      }
+    }
+  });
 }
 
 void endsUnused(Trial& trial) {
@@ -156,6 +200,9 @@ void addLifeChecks(Checks& checks) {
 
   checks.push_back(checkOf(player, "never-null-after-many",
                            "It never answers null, however often it is asked.", kPlayer, playerAfterMany));
+  checks.push_back(checkOf(player, "first",
+                           "What it hands out is valid, also when two threads ask for the first.",
+                           "Make the player with the host, or by std::call_once().", firstPlayersStay));
   checks.push_back(checkOf(
       player, "stays", "What it hands out is valid while a command runs, also when another thread asks.",
       "Hand out one player that lives as long as the host, not one for each call.", playerStays));

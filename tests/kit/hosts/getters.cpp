@@ -283,6 +283,22 @@ struct ReadMakesEntry : Device {
     return known ? found : Entries();
   }
 };
+struct NetworkOnce : Device {
+  std::atomic<bool> fresh{true};
+  bool getNetworkConnectionStatus() override { return fresh.exchange(false); }
+};
+struct MicrophoneTaken : Device {
+  std::atomic<int> asked{0};
+  bool isMicrophoneAvailable() override { return asked++ == 0; }
+};
+/// Is there from the second question on: the first one opens it.
+struct GoodOpensLater : Device {
+  std::atomic<int> asked{0};
+  bool isMicrophoneAvailable() override { return asked++ > 0; }
+};
+VORN_HOST("asked", NetworkOnce, "getNetworkConnectionStatus")
+VORN_HOST("asked", MicrophoneTaken, "isMicrophoneAvailable")
+VORN_HOST("good", GoodOpensLater, "")
 VORN_HOST("asked", ConfigMakesFields, "getConfigData")
 VORN_HOST("asked", SettingMakesItself, "getSystemSetting")
 VORN_HOST("asked", ReadMakesEntry, "readKeyValue")

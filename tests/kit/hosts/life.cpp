@@ -99,6 +99,36 @@ struct CrashesWhenMade : Device {
   CrashesWhenMade() { std::abort(); }
 };
 struct NotMadeAgain : Device {};
+struct FirstPlayerOfTwo : Device {
+  std::unique_ptr<hosts::Player> made;
+  VornEMPAdapterIF* getEMPAdapter() override {
+    if (!made) made.reset(new hosts::Player);
+    return made.get();
+  }
+};
+struct FirstPlayerShared : Device {
+  std::shared_ptr<hosts::Player> made;
+  VornEMPAdapterIF* getEMPAdapter() override {
+    if (!made) made = std::make_shared<hosts::Player>();
+    return made.get();
+  }
+};
+struct FirstPlayerChecked : Device {
+  std::unique_ptr<hosts::Player> made;
+  std::atomic<bool> known{false};
+  VornEMPAdapterIF* getEMPAdapter() override {
+    if (!known) {
+      auto one = std::make_unique<hosts::Player>();
+      const Lock lock(mutex);
+      made = std::move(one);
+      known = true;
+    }
+    return made.get();
+  }
+};
+VORN_HOST("player", FirstPlayerOfTwo, "getEMPAdapter|getPlaybackState")
+VORN_HOST("player", FirstPlayerShared, "getEMPAdapter|getPlaybackState")
+VORN_HOST("player", FirstPlayerChecked, "getEMPAdapter|getPlaybackState")
 VORN_HOST("life", HangsAtEnd, "destructor")
 VORN_HOST("life", CrashesAtEnd, "destructor")
 VORN_HOST("life", ThreadLeftAtEnd, "destructor")

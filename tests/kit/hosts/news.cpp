@@ -188,6 +188,34 @@ struct TellsSettingTwice : Telling {
     Telling::tellSetting(key, value);
   }
 };
+/// Once more, since nobody has confirmed it.
+struct TellsAgainLater : Telling {
+  void again(const News& news) {
+    tell(news);
+    tell([news](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(250));
+      news(info);
+    });
+  }
+};
+struct TellsVolumeAgainLater : TellsAgainLater {
+  void tellVolume(int value) override {
+    again([value](auto& info) { info.notifyVolumeChanged(value); });
+  }
+};
+struct TellsMuteAgainLater : TellsAgainLater {
+  void tellMute(bool value) override {
+    again([value](auto& info) { info.notifyMuteChanged(value); });
+  }
+};
+struct TellsSettingAgainLater : TellsAgainLater {
+  void tellSetting(const std::string& key, const std::string& value) override {
+    again([key, value](auto& info) { info.notifySystemSettingChanged(key, value); });
+  }
+};
+VORN_HOST("news doubled", TellsVolumeAgainLater, "onSetVolume|onAdjustVolume")
+VORN_HOST("news doubled", TellsMuteAgainLater, "onMute")
+VORN_HOST("news doubled", TellsSettingAgainLater, "setSystemSetting")
 struct TellsUnmutedTwice : Telling {
   void tellMute(bool value) override {
     Telling::tellMute(value);

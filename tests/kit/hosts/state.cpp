@@ -685,6 +685,44 @@ struct OpenDropsTorn : Filed {
   }
 };
 VORN_HOST("good", GoodFiled, "")
+/// Each of them is about what stands in the file when two calls write it.
+struct SavesUnguarded : Filed {
+  bool writeKeyValue(Entries entries) override {
+    std::string text;
+    {
+      const Lock lock(mutex);
+      for (auto& entry : entries) store[entry.first] = std::move(entry.second);
+      std::ostringstream out;
+      for (const auto& entry : store) {
+        put(out, entry.first);
+        put(out, entry.second);
+      }
+      text = out.str();
+    }
+    return keep(text);
+  }
+  virtual bool keep(const std::string& text) {
+    static std::atomic<int> count{0};
+    const std::string file = path + std::to_string(++count);
+    std::ofstream(file, std::ios::binary) << text << std::flush;
+    return std::rename(file.c_str(), path.c_str()) == 0;
+  }
+};
+struct SavesTogether : SavesUnguarded {
+  bool keep(const std::string& text) override {
+    return static_cast<bool>(std::ofstream(path, std::ios::binary) << text << std::flush);
+  }
+};
+struct SavesForAnother : SavesUnguarded {
+  std::mutex saving;
+  bool keep(const std::string& text) override {
+    const std::unique_lock<std::mutex> lock(saving, std::try_to_lock);
+    return !lock || SavesUnguarded::keep(text);
+  }
+};
+VORN_HOST("durable", SavesUnguarded, "writeKeyValue")
+VORN_HOST("durable", SavesTogether, "writeKeyValue")
+VORN_HOST("durable", SavesForAnother, "writeKeyValue")
 VORN_HOST("durable", SavesAtEnd, "writeKeyValue")
 VORN_HOST("durable", SavesEveryTenth, "writeKeyValue")
 VORN_HOST("durable", SavesInPlace, "writeKeyValue")

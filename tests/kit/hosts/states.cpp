@@ -273,6 +273,23 @@ struct SoundsForFirst : Pushing {
   }
   ~SoundsForFirst() override { finish(); }
 };
+/// The thread of the start before sees only that sound is wanted, again.
+struct OldThreadGoesOn : Sounding {
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (on) return true;
+    on = true;
+    threads.emplace_back([this] {
+      std::vector<short> samples(160);
+      for (; on; std::this_thread::sleep_for(Milliseconds(15))) {
+        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(samples);
+      }
+    });
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+VORN_HOST("sound", OldThreadGoesOn, "startStreamingAudioData|stopStreamingAudioData")
 /// Empties its buffer at a stop.
 struct GoodDrain : Pushing {
   std::atomic<int> left{0};

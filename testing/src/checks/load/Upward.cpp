@@ -222,7 +222,7 @@ void stopsPushing(Trial& trial) {
 
 /// What was asked last holds, however soon it came.
 void stopsAtOnce(Trial& trial) {
-  const Listening listening(trial);
+  Listening listening(trial);
   listening.presumeSound();
   for (int turn = 0; turn < 4; ++turn) {
     listening.stop();
@@ -232,6 +232,11 @@ void stopsAtOnce(Trial& trial) {
           "startStreamingAudioData() answered true right after stopStreamingAudioData(), and no sound came for " +
           std::to_string(kLate.count() / 1000) + " s");
   }
+  listening.buffers.begin();
+  listening.buffers.come(60, kSoon);
+  if (listening.buffers.mixed())
+    trial.broken(
+        "startStreamingAudioData() came right after stopStreamingAudioData(), and two threads push sound by turns");
   listening.stop();
   listening.buffers.end(kLate);
   for (int turn = 0; turn < 4; ++turn) {
@@ -325,7 +330,7 @@ void addUpwardChecks(Checks& checks) {
       "Tie nothing that a host needs to the first of them: no static thread, no flag of once.",
       nextHostPushes);
   add(kStop, "at-once", "What was asked last holds: sound or none.",
-      "Let both change one value that the thread looks at, not one each.", stopsAtOnce);
+      "Let both change one value that one thread looks at, not one each.", stopsAtOnce);
   add(kStop, "from-inside", "It may come on the thread that pushes sound.",
       "Tell the thread to stop and join it when the host ends; hold no mutex while you push.",
       stopsFromInside);

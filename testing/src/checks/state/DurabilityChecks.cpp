@@ -207,6 +207,34 @@ void writesThenKilled(Trial& trial) {
       [](const Store& store, const std::string& known) { store.expect(known, "after"); });
 }
 
+/// What several threads were answered true to at the same time; who comes last decides what is in place.
+void threadsThenKilled(Trial& trial) {
+  constexpr int kTimes = 40, kThreads = 4, kEach = 2;
+  filledBefore(trial);
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::seconds(4);
+  for (int time = 0; time < kTimes && std::chrono::steady_clock::now() < enough; ++time) {
+    const auto keyOf = [time](int number) {
+      return key("threads " + std::to_string(time) + " " + std::to_string(number));
+    };
+    const Marks accepted(kThreads * kEach);
+    trial.inKilledProcess([&] {
+      const Store store(trial);
+      trial.onThreads(
+          kThreads,
+          [&](int thread) {
+            for (int i = thread * kEach; i < (thread + 1) * kEach; ++i)
+              accepted[static_cast<std::size_t>(i)] = store.accepts({{keyOf(i), "1"}});
+          },
+          true);
+    });
+    const Store store(trial);
+    for (int i = 0; i < kThreads * kEach; ++i) {
+      if (accepted[static_cast<std::size_t>(i)]) store.expect(keyOf(i), "1");
+    }
+    trial.destroy();
+  }
+}
+
 void expectGone(const Store& store, const std::string& known) { store.expectNone(known); }
 
 void removesThenKilled(Trial& trial) {
@@ -243,6 +271,9 @@ void addDurabilityChecks(Checks& checks) {
       "However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.",
       "Write a new file aside, hand it to the medium, and rename it over the old one.", killedWhileWriting);
   add(kWrite, "killed", "What was stored is there after the process was killed.", kDurable, writesThenKilled);
+  add(kWrite, "at-once-killed", "What several threads stored at once is there after the process was killed.",
+      "Change the store and hand it to the medium under one mutex, with a file aside that no other call writes.",
+      threadsThenKilled);
   add(kRemove, "killed", "What was removed is gone after the process was killed.", kDurable,
       removesThenKilled);
   add(kClear, "killed", "What was cleared is gone after the process was killed.", kDurable, clearsThenKilled);

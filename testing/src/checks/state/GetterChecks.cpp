@@ -21,6 +21,27 @@ using std::chrono::milliseconds;
 
 constexpr int kRounds = 40;
 
+/// What may change by itself does not do so at the second question of every host.
+void mustNotBeHandedOut(Trial& trial) {
+  constexpr int kHosts = 4;
+  const std::map<std::string, bool (Host::*)()> questions{
+      {"isMicrophoneAvailable()", &Host::isMicrophoneAvailable},
+      {"getNetworkConnectionStatus()", &Host::getNetworkConnectionStatus}};
+  std::map<std::string, int> times;
+  for (int i = 0; i < kHosts; ++i) {
+    trial.destroy();
+    for (const auto& question : questions) {
+      bool first = false, then = false;
+      Host& host = trial.host();
+      trial.ask(question.first, [&] { first = (host.*question.second)(); });
+      trial.ask(question.first, [&] { then = (host.*question.second)(); });
+      if (first && !then && ++times[question.first] == kHosts)
+        trial.broken(question.first + " answered true to the first question and false to the second, of " +
+                     std::to_string(kHosts) + " hosts one after the other");
+    }
+  }
+}
+
 /// Asked again and again, nothing else: no answer comes back to what it was, and none becomes empty.
 void sameWhenAsked(Trial& trial) {
   struct Seen {
@@ -41,6 +62,7 @@ void sameWhenAsked(Trial& trial) {
       before.last = answer;
     }
   }
+  mustNotBeHandedOut(trial);
 }
 
 /// What was set stays, whatever is asked.

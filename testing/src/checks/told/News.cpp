@@ -132,4 +132,17 @@ std::string Listener::settle(milliseconds atLast) const {
   }
 }
 
+void Listener::waitForSilence() const {
+  constexpr milliseconds kStill(600), kAtMost(3000), kBetween(10);
+  const auto start = Clock::now();
+  std::size_t count = heard().size();
+  for (auto since = start, time = start; time - since < kStill && time - start < kAtMost;
+       time = Clock::now()) {
+    std::this_thread::sleep_for(kBetween);  // as in settle()
+    const std::size_t now = heard().size();
+    if (now != count) since = time;
+    count = now;
+  }
+}
+
 }  // namespace vorn_testing::checks

@@ -41,6 +41,9 @@ class Listener {
   /// Waits until no more is told and what was told last is what the getters answer. Answers what is not so at last.
   std::string settle(std::chrono::milliseconds atLast) const;
 
+  /// Waits until nothing has been told for a while, longer than most hosts take.
+  void waitForSilence() const;
+
   /// Acts where the host tells, on the thread that tells.
   std::function<void(const News&)> inside;
   void mustBeKept() { m_kept.mustBeNone(); }

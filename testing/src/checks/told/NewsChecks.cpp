@@ -64,6 +64,7 @@ Step setting(const std::string& name, const std::string& to) {
 struct Kind {
   std::string told, silent;  ///< Of each the first example.
   struct Way {
+    static constexpr int kEnough = 3;
     int moves = 0;                        ///< Of those that are waited for.
     std::size_t least = ~std::size_t{0};  ///< How often one change was told.
     std::string shown;
@@ -143,19 +144,22 @@ bool oneByOne(Trial& trial, Listener& listener, FromInside& steps, const Steps& 
     for (auto left = silence; moved && listener.heardOf(step.of).empty() && left.count() > 0;
          left -= milliseconds(5))
       std::this_thread::sleep_for(milliseconds(5));  // as in settle()
-    const auto told = listener.heardOf(step.of);
     // What came out otherwise than it was asked for is a kind of its own: the assistant cannot know it.
     Kind& kind = kinds[step.operation() + step.of + (step.wanted == *after ? "" : " otherwise")];
+    const bool up =
+        step.of == "volume" ? std::stoi(*after) > std::stoi(before.value_or("0")) : *after == "true";
+    Kind::Way& way = kind.ways[up];
+    const bool looksLonger = moved && silence == kPatience && way.moves < Kind::Way::kEnough;
+    if (looksLonger) listener.waitForSilence();  // a second time may come later
+    const auto told = listener.heardOf(step.of);
     const std::string shown =
         step.shown + (moved ? " moved it from " + spelled(before.value_or("")) + " to " : " left it at ") +
         spelled(*after);
     if (!told.empty() || moved) (told.empty() ? kind.silent : kind.told) = shown;
     if (silence == kPatience) mustTellAll(trial, kind);
-    if (!moved) continue;
+    if (!looksLonger) continue;
     const auto times =
         std::count_if(told.begin(), told.end(), [&](const News& news) { return news.value == *after; });
-    Kind::Way& way =
-        kind.ways[step.of == "volume" ? std::stoi(*after) > std::stoi(*before) : *after == "true"];
     ++way.moves;
     way.least = std::min(way.least, static_cast<std::size_t>(times));
     way.shown = shown;
@@ -203,7 +207,7 @@ void toldAsItIs(Trial& trial, const Steps& all) {
   for (const auto& kind : kinds) {
     for (const auto& way : kind.second.ways) {
       const std::size_t least = way.second.least;
-      if (way.second.moves >= 3 && least >= 2)
+      if (way.second.moves == Kind::Way::kEnough && least >= 2)
         trial.broken("every change was told " + std::to_string(least) + " times or more, such as when " +
                      way.second.shown);
     }
