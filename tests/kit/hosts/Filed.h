@@ -24,9 +24,10 @@ struct Filed : Device {
   }
   virtual bool save() { return replace(); }
 
+  static constexpr std::uint32_t kLongest = 1U << 26;  // what a host of another form wrote is no length
   static bool take(std::istream& in, std::string& text) {
     std::uint32_t size = 0;
-    if (!in.read(reinterpret_cast<char*>(&size), sizeof size)) return false;
+    if (!in.read(reinterpret_cast<char*>(&size), sizeof size) || size > kLongest) return false;
     text.resize(size);
     return static_cast<bool>(in.read(&text[0], size));
   }
