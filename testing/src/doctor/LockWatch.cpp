@@ -73,8 +73,8 @@ struct Waiter;
 
 /// Guards the waiters, by thread.
 std::mutex g_waitersMutex;
-std::map<pid_t, const Waiter*>& waiters() {
-  static auto* const all = new std::map<pid_t, const Waiter*>;  // threads may wait until the very end
+std::map<pid_t, Waiter*>& waiters() {
+  static auto* const all = new std::map<pid_t, Waiter*>;  // threads may wait until the very end
   return *all;
 }
 
@@ -85,7 +85,8 @@ struct Waiter {
   const Stack here = Stack::here();
   const Clock::time_point since = Clock::now();
   bool told = false;
-  int still = 0;  ///< Glances in a row at which nobody could go on.
+  bool refused = false;  ///< It goes on without the mutex.
+  int still = 0;         ///< Glances in a row at which nobody could go on.
 
   explicit Waiter(pthread_mutex_t* wanted) : mutex(wanted) {
     const std::lock_guard<std::mutex> lock(g_waitersMutex);
@@ -134,7 +135,8 @@ Chain chainOf(const Waiter& self) {
     chain.links.push_back(link);
     chain.last = holderOf(link->mutex);
     const auto next = waiters().find(chain.last);
-    link = next == waiters().end() || next->second == &self ? nullptr : next->second;
+    const bool ends = next == waiters().end() || next->second == &self || next->second->refused;
+    link = ends ? nullptr : next->second;
   }
   return chain;
 }
@@ -154,7 +156,8 @@ Clock::duration waited(const Waiter& self) {
 bool nobodyGoesOn() {
   const auto all = threads();
   return !all.empty() && std::all_of(all.begin(), all.end(), [](pid_t thread) {
-    return thread == thisThread() || waiters().count(thread) || sleepsWithoutBound(thread);
+    const auto waiter = waiters().find(thread);
+    return waiter == waiters().end() ? sleepsWithoutBound(thread) : !waiter->second->refused;
   });
 }
 
@@ -170,13 +173,19 @@ std::optional<Wait> circle(const Waiter& self, const Chain& chain) {
               next.here};
 }
 
+/// Its thread goes on, and whom it kept waiting perhaps too: what the others saw so far does not count.
+void refuse(Waiter& self) {
+  self.refused = true;
+  for (const auto& waiter : waiters()) waiter.second->still = 0;
+}
+
 /// What to tell of this wait now, if anything. The thread does not wait any longer if that is without end.
 std::optional<Wait> obstacle(Waiter& self) {
   std::unique_lock<std::mutex> lock(g_waitersMutex);
   const Chain chain = chainOf(self);
   if (chain.last == self.thread) {
     auto wait = circle(self, chain);
-    if (wait) waiters().erase(self.thread);  // so that no other thread of the circle tells it too
+    if (wait) refuse(self);
     return wait;
   }
   const auto patience = g_patience.load(),
@@ -192,7 +201,7 @@ std::optional<Wait> obstacle(Waiter& self) {
                                     : " has not gone on for " + std::to_string(spent.count()) + " ms");
   Wait wait{endless ? Wait::kOthers : Wait::kPatience, sentence(self, "whose holder", rest), self.here,
             alone ? Stack() : chain.links[1]->here};
-  if (endless) waiters().erase(self.thread);
+  if (endless) refuse(self);
   lock.unlock();
   if (alone) wait.before = stackOf(chain.last);
   return wait;
