@@ -146,7 +146,8 @@ struct MyExternalPlayer : vorn::VornEMPAdapterIF {
   Text getPlaybackState(Text) override { return {}; }
 };
 
-/// Unlocked operations come from any thread, at once: one mutex guards the state and is let go before anything is called.
+/// Unlocked operations come from any thread, at once: one mutex guards the state. Nothing of the assistant is called under
+/// it; news are posted under it, so that they go out in the order of the changes.
 class MyHost : public vorn::VornDALImplIF {
  public:
   /// Ends the threads: after the assistant client has stopped and before the adapters are shut down.
@@ -191,12 +192,10 @@ class MyHost : public vorn::VornDALImplIF {
     return true;
   }
   bool setSystemSetting(Text key, Text value) override {
-    {
-      const Lock lock(m_mutex);
-      const auto found = m_settings.find(key);
-      if (found == m_settings.end()) return false;
-      found->second = value;
-    }
+    const Lock lock(m_mutex);
+    const auto found = m_settings.find(key);
+    if (found == m_settings.end()) return false;
+    found->second = value;
     // Not from here: this is a locked operation, and an assistant that asks back on this thread would wait for ever.
     m_news.post([key, value] {
       if (const auto info = vorn::VornDeviceInfo::getInstance()) info->notifySystemSettingChanged(key, value);
@@ -248,10 +247,8 @@ class MyHost : public vorn::VornDALImplIF {
     return setVolume([delta](int now) { return now + std::max(-100, std::min(delta, 100)); });
   }
   Result onMute(bool muted) override {
-    {
-      const Lock lock(m_mutex);
-      m_muted = muted;
-    }
+    const Lock lock(m_mutex);
+    m_muted = muted;
     m_news.post([muted] {
       if (const auto info = vorn::VornDeviceInfo::getInstance()) info->notifyMuteChanged(muted);
     });
@@ -270,11 +267,8 @@ class MyHost : public vorn::VornDALImplIF {
   static Result refused() { return {false, "not on this device"}; }
 
   Result setVolume(const std::function<int(int)>& change) {
-    int volume;
-    {
-      const Lock lock(m_mutex);
-      volume = m_volume = std::max(0, std::min(change(m_volume), 100));
-    }
+    const Lock lock(m_mutex);
+    const int volume = m_volume = std::max(0, std::min(change(m_volume), 100));
     m_news.post([volume] {
       if (const auto info = vorn::VornDeviceInfo::getInstance()) info->notifyVolumeChanged(volume);
     });
