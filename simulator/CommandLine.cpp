@@ -3,6 +3,8 @@
 #include <vorn_testing/Text.h>
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <map>
 #include <stdexcept>
@@ -216,6 +218,11 @@ std::string meant(const CLI::App& app) {
     if (others.count(name) > 0) return "; it is an option of " + others[name];
     const std::string hint = vorn_testing::didYouMean(name, names);
     if (word.compare(0, 2, "--") == 0 && !hint.empty()) return hint;
+  }
+  for (const std::string& scenario : app["--scenario"]->results()) {
+    const std::string hint = vorn_testing::didYouMean(scenario, commandNames(app));
+    if (!hint.empty() && access(scenario.c_str(), F_OK) != 0)
+      return "; there is no scenario " + oneLine(scenario) + hint;
   }
   return "";
 }

@@ -46,6 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Asked{"console a.scenario", "a.scenario: this command plays no scenario"},
                     Asked{"report a b c", "c: this command plays no scenario"},
                     Asked{"--sceanrio a", "not expected: --sceanrio; did you mean --scenario?"},
+                    Asked{"repaly a", "not expected: a; there is no scenario repaly; did you mean replay?"},
                     Asked{"report a --format csv", "not expected: --format; it is an option of export"},
                     Asked{"export a --format ''", "expected trace-event, mermaid or csv, found \"\""}));
 
