@@ -216,7 +216,7 @@ void threadsThenKilled(Trial& trial) {
     const auto keyOf = [time](int number) {
       return key("threads " + std::to_string(time) + " " + std::to_string(number));
     };
-    const Marks accepted(kThreads * kEach);
+    const Marks accepted(std::size_t{kThreads} * kEach);
     trial.inKilledProcess([&] {
       const Store store(trial);
       trial.onThreads(
