@@ -66,6 +66,19 @@ void again(Trial& trial, const Operation& operation) {
 void survives(Trial& trial, const Operation& operation, Given given) {
   presumeAnswer(trial, operation);
   callWith(trial, operation, given);
+  if (!operation.takesNumbers) return;
+  // What a number left behind is often used by another operation.
+  const auto atLast = Clock::now() + milliseconds(1500);
+  for (int which = 0; which < operation.samples(given); ++which) {
+    const Prepared made = operation.prepare(given, which);
+    for (const Operation* const other : neighbours(operation)) {
+      if (Clock::now() > atLast) return;
+      trial.explain("");
+      call(trial, operation, made);
+      trial.explain("after " + made.shown);
+      callAll(trial, {other});
+    }
+  }
 }
 
 /// What an operation answers to each of its calls, when they come one after another: nothing, unless every call has one
@@ -305,7 +318,8 @@ void letsGo(Trial& trial, const Operation& operation) {
 
 void utf8(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  for (const Given given : {Given::kPlain, Given::kCut}) {
+  for (const Given given : {Given::kPlain, Given::kCut, Given::kHostile}) {
+    if (given == Given::kHostile && operation.takesTexts) continue;  // may come back as they were
     for (int which = 0; which < operation.samples(given); ++which) {
       const Prepared prepared = operation.prepare(given, which);
       for (const std::string& text : call(trial, operation, prepared)) {

@@ -579,6 +579,25 @@ VORN_HOST("arguments", LargeSetupNumber, "sendCBLInfo")
 VORN_PLAYER("arguments", EmptyToken, "launchAndPlay")
 VORN_HOST("arguments", LongSetting, "setSystemSetting")
 VORN_PLAYER("arguments", LongUser, "login")
+struct ProgressBar : Player {
+  Milliseconds position{0};
+  bool launchAndPlay(std::string, Milliseconds offset, std::string) override {
+    const Lock lock(mutex);
+    position = std::clamp(offset, Milliseconds(0), Milliseconds(200000));
+    return true;
+  }
+  bool skipForward(Milliseconds offset, std::string) override {
+    const Lock lock(mutex);
+    position = std::min(position + std::clamp(offset, Milliseconds(-60000), Milliseconds(60000)),
+                        Milliseconds(200000));
+    return true;
+  }
+  std::string getPlaybackState(std::string) override {
+    const Lock lock(mutex);
+    return "[" + std::string(static_cast<std::size_t>(position.count() / 10000), '#') + "]";
+  }
+};
+VORN_PLAYER("arguments", ProgressBar, "getPlaybackState|skipForward")
 
 // ---- Values that the device accepts --------------------------------------------------------------
 
@@ -939,6 +958,36 @@ VORN_HOST("texts", EchoCutAt64, "getConfigData")
 VORN_HOST("texts", EchoCutAt255, "onSetToggleState")
 VORN_HOST("texts", SettingCut, "setSystemSetting|getSystemSetting")
 VORN_HOST("texts", NamesUnknownMode, "onSetMode")
+struct RangeInBuffer : Device {
+  Result onSetRangeValue(double value) override {
+    char text[32];
+    const int length = std::snprintf(text, sizeof text, "%.2f", value);
+    return {true, "set to " + std::string(text, static_cast<std::size_t>(length))};
+  }
+};
+struct EchoSurrogates : Device {
+  Result onSetToggleState(std::string toggle, std::string) override {
+    std::string said;
+    for (std::size_t i = 0; i < toggle.size(); ++i) {
+      const auto c = static_cast<unsigned char>(toggle[i]);
+      if (c < 0xF0 || i + 3 >= toggle.size()) {
+        said += toggle[i];
+        continue;
+      }
+      const auto bits = [&](std::size_t at) { return static_cast<std::uint32_t>(toggle[i + at]) & 0x3FU; };
+      const std::uint32_t code = ((c & 7U) << 18U | bits(1) << 12U | bits(2) << 6U | bits(3)) - 0x10000U;
+      for (const std::uint32_t half : {0xD800U + (code >> 10U), 0xDC00U + (code & 0x3FFU)}) {
+        said += static_cast<char>(0xE0U | half >> 12U);
+        said += static_cast<char>(0x80U | (half >> 6U & 0x3FU));
+        said += static_cast<char>(0x80U | (half & 0x3FU));
+      }
+      i += 3;
+    }
+    return {false, "no toggle " + said};
+  }
+};
+VORN_HOST("texts", RangeInBuffer, "onSetRangeValue")
+VORN_HOST("texts", EchoSurrogates, "onSetToggleState")
 
 // ---- The adapter's own mutex ---------------------------------------------------------------------
 
