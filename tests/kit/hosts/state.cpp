@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <list>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -119,6 +120,20 @@ VORN_HOST("settings", ClearsWhenFalse, "getSystemSetting")
 VORN_HOST("settings", TrueWithoutValue, "getSystemSetting")
 VORN_HOST("settings", FirstChangeOnly, "setSystemSetting|getSystemSetting")
 VORN_HOST("settings", AppendsSetting, "getSystemSetting")
+struct SettingDefaultErased : Device {
+  const Entries defaults = settings;
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    const auto found = defaults.find(key);
+    if (found == defaults.end()) return false;
+    if (found->second == value)
+      settings.erase(key);  // only what differs is kept
+    else
+      settings[key] = value;
+    return true;
+  }
+};
+VORN_HOST("settings", SettingDefaultErased, "setSystemSetting")
 
 // ---- Volume and mute -----------------------------------------------------------------------------
 
@@ -497,6 +512,54 @@ VORN_HOST("store", LosesUpdates, "writeKeyValue")
 VORN_HOST("store", DropsWhenBusy, "writeKeyValue")
 VORN_HOST("store", EmptyValueLost, "writeKeyValue")
 VORN_HOST("store", WriteBehind, "writeKeyValue")
+struct RemovesNeighbour : Device {
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    for (const auto& key : keys) {
+      const auto found = store.lower_bound(key);
+      if (found != store.end()) store.erase(found);
+    }
+    return true;
+  }
+};
+struct AbsentRemembered : Device {
+  std::set<std::string> absent;
+  Entries readKeyValue(const std::string& key) override {
+    const Lock lock(mutex);
+    if (absent.count(key)) return {};
+    const auto found = store.find(key);
+    if (found != store.end()) return {*found};
+    if (absent.size() < 64) absent.insert(key);
+    return {};
+  }
+  bool clear() override {
+    const Lock lock(mutex);
+    store.clear();
+    absent.clear();
+    return true;
+  }
+};
+struct EvictsBeyondKilobytes : Device {
+  std::list<std::string> order;
+  std::size_t bytes = 0;
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    for (auto& entry : entries) {
+      bytes += entry.second.size();
+      order.push_back(entry.first);
+      store[entry.first] = std::move(entry.second);
+      while (bytes > 256 * 1024 && order.size() > 1) {
+        bytes -= std::min(bytes, store[order.front()].size());
+        store.erase(order.front());
+        order.pop_front();
+      }
+    }
+    return true;
+  }
+};
+VORN_HOST("store", RemovesNeighbour, "removeKeyValue")
+VORN_HOST("store", AbsentRemembered, "readKeyValue|writeKeyValue")
+VORN_HOST("store", EvictsBeyondKilobytes, "writeKeyValue")
 
 // ---- The store in a file -------------------------------------------------------------------------
 
@@ -720,6 +783,15 @@ struct SavesForAnother : SavesUnguarded {
     return !lock || SavesUnguarded::keep(text);
   }
 };
+struct SavesWhenGrown : Filed {
+  std::size_t saved = 0;
+  bool save() override {
+    if (store.size() == saved) return true;
+    saved = store.size();
+    return replace();
+  }
+};
+VORN_HOST("durable", SavesWhenGrown, "writeKeyValue")
 VORN_HOST("durable", SavesUnguarded, "writeKeyValue")
 VORN_HOST("durable", SavesTogether, "writeKeyValue")
 VORN_HOST("durable", SavesForAnother, "writeKeyValue")
