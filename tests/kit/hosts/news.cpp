@@ -290,6 +290,27 @@ VORN_HOST("news doubled", TellsUnmutedTwice, "onMute")
 VORN_HOST("news doubled", TellsLouderTwice, "onSetVolume|onAdjustVolume")
 VORN_HOST("news doubled", TellsSettingTwice, "setSystemSetting")
 VORN_HOST("news doubled", TellsWhenAsked, "onSetVolume")
+struct TellsBigSteps : Telling {
+  int told = 30;
+  void tellVolume(int value) override {
+    if (std::abs(value - told) < 5) return;
+    told = value;
+    Telling::tellVolume(value);
+  }
+};
+struct TellsFirstOfBurst : Telling {
+  void tellVolume(int value) override {
+    const Lock lock(of_news);
+    if (!waiting.empty()) return;  // one of them is on its way
+    waiting.push_back([value](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(10));
+      info.notifyVolumeChanged(value);
+    });
+    come.notify_one();
+  }
+};
+VORN_HOST("news missing", TellsBigSteps, "onSetVolume|onAdjustVolume")
+VORN_HOST("news missing", TellsFirstOfBurst, "onSetVolume|onAdjustVolume")
 
 // ---- Too early, too late, in another order -------------------------------------------------------
 
@@ -359,6 +380,20 @@ VORN_HOST("news late", TellsNext, "onSetVolume")
 VORN_HOST("news late", TellsLastFirst, "onSetVolume")
 VORN_HOST("news late", TellsInAnyOrder, "onMute")
 VORN_HOST("news late", TellsAfterItsEnd, "onMute|host")
+struct TellsMuteFirst : Telling {
+  void tellVolume(int value) override {
+    tell([value](auto& info) {
+      std::this_thread::sleep_for(Milliseconds(5));
+      info.notifyVolumeChanged(value);
+    });
+  }
+  void tellMute(bool value) override {
+    const Lock lock(of_news);
+    waiting.push_front([value](auto& info) { info.notifyMuteChanged(value); });
+    come.notify_one();
+  }
+};
+VORN_HOST("news late", TellsMuteFirst, "onMute|onSetVolume")
 
 // ---- None of it a mistake ------------------------------------------------------------------------
 
