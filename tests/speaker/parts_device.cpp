@@ -66,6 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
             ":1:10: a letter beyond ASCII must not follow a backslash; write it as \\u00e9"},
         Bad{"a = \"\"\"x \\ \xC3\xBC\"\"\"", ":1:10: a letter beyond ASCII"},
         Bad{"locale = \"\"\"x \\\\\\\xC3\xBC\"\"\"", ":1:17: a letter beyond ASCII"},
+        Bad{"a = \"\"\"x \\\n  y\"\"\"\nvol\xC3\xBCme = 3", ":3:4: letters beyond ASCII"},
         Bad{"volume = -1", "'volume' must be"}, Bad{"volume = 1.5", "'volume' must be"},
         Bad{"networkConnected = 1", "'networkConnected' must be true or false"},
         Bad{"a.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q.r.s.t.u.v.w.x.y.z.a.b.c.d.e.f.g.h = 1",

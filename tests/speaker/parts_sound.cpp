@@ -82,6 +82,27 @@ INSTANTIATE_TEST_SUITE_P(Sound, Microphones,
                                          Source{22050, 1}, Source{44100, 2}, Source{48000, 1},
                                          Source{96000, 2}));
 
+TEST(MicrophoneTest, FillsItsLastBufferWithSilence) {
+  SF_INFO info{};
+  info.samplerate = 16000;
+  info.channels = 1;
+  info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+  SNDFILE* const file = sf_open("/tmp/odd.wav", SFM_WRITE, &info);
+  const std::vector<short> written(161, 1000);
+  sf_write_short(file, written.data(), 161);
+  sf_close(file);
+  std::vector<short> heard;
+  Microphone microphone(Microphone::Pace::kFast, [&](std::vector<short>& buffer) {
+    heard.insert(heard.end(), buffer.begin(), buffer.end());
+  });
+  microphone.hear("/tmp/odd.wav");
+  ASSERT_TRUE(microphone.start());
+  microphone.wait();
+  std::vector<short> expected(320, 0);
+  std::copy(written.begin(), written.end(), expected.begin());
+  EXPECT_EQ(heard, expected);
+}
+
 TEST(MicrophoneTest, StopsFromInsideItsOwnBufferAndStartsAgainFromTheBeginning) {
   writeTone("/tmp/tone.wav", 16000, 1);
   int buffers = 0;
@@ -150,6 +171,27 @@ INSTANTIATE_TEST_SUITE_P(Sound, Formats,
                                          SF_FORMAT_WAV | SF_FORMAT_FLOAT, SF_FORMAT_WAV | SF_FORMAT_DOUBLE,
                                          SF_FORMAT_FLAC | SF_FORMAT_PCM_24,
                                          SF_FORMAT_OGG | SF_FORMAT_VORBIS));
+
+TEST(SoundTest, IsReadToItsLastSampleHoweverLong) {
+  for (const std::size_t frames : {1U, 2U, 4095U, 4096U, 4097U, 8193U}) {
+    SF_INFO info{};
+    info.samplerate = 16000;
+    info.channels = 1;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* const file = sf_open("/tmp/long.wav", SFM_WRITE, &info);
+    const std::vector<short> written(frames, 7);
+    sf_write_short(file, written.data(), static_cast<sf_count_t>(frames));
+    sf_close(file);
+    EXPECT_EQ(Sound::fromFile("/tmp/long.wav").samples, written) << frames;
+  }
+}
+
+TEST(SoundTest, HasTheRateAndTheChannelThatItWasConvertedTo) {
+  writeTone("/tmp/tone.wav", 44100, 2);
+  const Sound sound = Sound::fromFile("/tmp/tone.wav").mono(16000);
+  EXPECT_EQ(sound.rate, 16000);
+  EXPECT_EQ(sound.channels, 1);
+}
 
 TEST(SoundTest, CutsOffWhatIsTooLoud) {
   SF_INFO info{};
@@ -324,7 +366,10 @@ TEST(SinkTest, NamesADeviceThatIsNotThere) {
     sink.play(sound);
     FAIL();
   } catch (const std::runtime_error& error) {
-    EXPECT_NE(std::string(error.what()).find("sound device 'no-such-device'"), std::string::npos);
+    const std::string told = error.what();
+    EXPECT_EQ(told.find("sound device 'no-such-device': "), 0U) << told;
+    const std::string remedy = "; aplay -L lists the devices, --out plays into a file";
+    EXPECT_EQ(told.find(remedy), told.size() - remedy.size()) << told;
   }
 }
 

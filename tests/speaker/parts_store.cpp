@@ -151,6 +151,15 @@ TEST_F(StoreTest, ReadsWhatItWroteAlsoAfterReopening) {
   EXPECT_EQ(store.read("absent"), Entries{});
 }
 
+TEST_F(StoreTest, LeavesItsFileAloneBehindAlsoWhenItHasRead) {
+  {
+    Store store(kFile);
+    ASSERT_TRUE(store.open() && store.write({{"a", "1"}}) && !store.read("a").empty());
+  }
+  for (const char* end : {"-wal", "-shm"})
+    EXPECT_FALSE(std::filesystem::exists(kFile + std::string(end))) << end;
+}
+
 TEST_F(StoreTest, RemovesKeysAndClears) {
   Store store(kFile);
   ASSERT_TRUE(store.open() && store.write({{"a", "1"}, {"b", "2"}, {"c", "3"}}));
@@ -162,6 +171,8 @@ TEST_F(StoreTest, RemovesKeysAndClears) {
 TEST_F(StoreTest, SaysThatItIsNotOpen) {
   Store store(kFile);
   EXPECT_FALSE(store.write({{"a", "1"}}));
+  EXPECT_NE(store.problem().find("not open"), std::string::npos);
+  EXPECT_TRUE(store.read("a").empty());
   EXPECT_NE(store.problem().find("not open"), std::string::npos);
   EXPECT_NE(access(kFile, F_OK), 0);
 }

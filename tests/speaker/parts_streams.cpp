@@ -219,12 +219,12 @@ TEST_F(WavFile, LeavesAnEarlierOneAndNothingBesideUntilThereIsSomethingToWrite) 
 
 TEST_F(WavFile, KeepsItsModeAndTheLinkToIt) {
   std::ofstream(m_folder + "/target") << "earlier";
-  ASSERT_EQ(chmod((m_folder + "/target").c_str(), 0640), 0);
+  ASSERT_EQ(chmod((m_folder + "/target").c_str(), 0750), 0);
   fs::create_symlink("target", m_path);
   WavSink(m_path).play(tone(10));
   struct stat status {};
   ASSERT_EQ(stat((m_folder + "/target").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0640U);
+  EXPECT_EQ(status.st_mode & 0777, 0750U);
   EXPECT_TRUE(fs::is_symlink(m_path) && Sound::fromFile(m_folder + "/target").samples.size() == 10);
 }
 
