@@ -32,7 +32,7 @@ int threadNumber() {
 
 /// The arguments as a scenario holds them; what the table does not know is a text.
 std::vector<std::string> spelled(const Operation* operation, const vorn_testing::Call& call) {
-  if (operation && operation->spell) return operation->spell(call.addresses, true);
+  if (operation && operation->spell) return operation->spell(call.addresses);
   std::vector<std::string> texts;
   for (const std::string& argument : call.arguments) texts.push_back(spell(argument));
   return texts;
@@ -227,7 +227,7 @@ void Crossings::ended(const vorn_testing::Call& call) {
   const Operation* const operation = operationAt(call.target, call.slot);
   for (std::size_t i = 0; operation && operation->spell && i < operation->parameters.size(); ++i) {
     if (!operation->parameters[i].reference) continue;
-    const std::string after = operation->spell(call.addresses, true)[i];
+    const std::string after = operation->spell(call.addresses)[i];
     if (after != crossing.clear.spelled[i])
       crossing.written.push_back(operation->parameters[i].name + "=" + after);
   }

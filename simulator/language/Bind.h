@@ -33,7 +33,7 @@ void showWritten(std::string& line, const std::string& name, const Value& before
 template <class Value>
 std::string canonical(const Token& token) {
   const Value value = read<Value>(token);
-  return spellAt<Value>(&value, true);
+  return spellAt<Value>(&value);
 }
 
 /// Reads one argument; one that is left out is an empty value, for the operation to write.
@@ -88,11 +88,9 @@ class BoundMember {
 
 /// Spells the arguments of a call that a double recorded.
 template <class... P, std::size_t... I>
-std::vector<std::string> spellAll(const std::vector<const void*>& addresses, bool secrets,
-                                  std::index_sequence<I...>) {
+std::vector<std::string> spellAll(const std::vector<const void*>& addresses, std::index_sequence<I...>) {
   static_cast<void>(addresses);
-  static_cast<void>(secrets);
-  return {spellAt<std::decay_t<P>>(addresses.at(I), secrets)...};
+  return {spellAt<std::decay_t<P>>(addresses.at(I))...};
 }
 
 /// Describes a member function of an adapter: the types of its parameters come from its declaration, the rest
@@ -110,8 +108,8 @@ Operation member(const vorn_testing::Operation& listed, Result (Adapter::*functi
   made.bind = [caller, function, parameters = made.parameters](const std::vector<Token>& arguments) {
     return BoundCall(BoundMember<Adapter, Result, P...>(caller, function, parameters, arguments));
   };
-  made.spell = [](const std::vector<const void*>& addresses, bool secrets) {
-    return spellAll<P...>(addresses, secrets, std::index_sequence_for<P...>());
+  made.spell = [](const std::vector<const void*>& addresses) {
+    return spellAll<P...>(addresses, std::index_sequence_for<P...>());
   };
   return made;
 }

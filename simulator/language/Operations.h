@@ -44,7 +44,7 @@ struct Operation {
   vorn_testing::Guard guard = {};  ///< What keeps its calls apart.
 
   /// Spells the arguments that a double found at their addresses; none for rows that are not members.
-  std::function<std::vector<std::string>(const std::vector<const void*>&, bool secrets)> spell = {};
+  std::function<std::vector<std::string>(const std::vector<const void*>&)> spell = {};
 
   std::string fullName() const { return adapter + "." + name; }
 };

@@ -42,7 +42,7 @@ std::size_t columns(const std::string& text) {
   for (std::size_t at = 0; at < text.size();) {
     const Character next = characterAt(text, at);
     sum += columns(next.code);
-    at += std::max<std::size_t>(next.length, 1);
+    at += next.length;
   }
   return sum;
 }
