@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <string>
 #include <thread>
 
 #include "calls/Crossings.h"
@@ -191,6 +192,16 @@ TEST_F(Calls, MaskTheExceptionOfACallThatWasGivenASecret) {
   EXPECT_EQ(listener.all.back().signature(), "login(********, ada, true, 1ms, x)");
 }
 
+TEST_F(Calls, HaveNoSecretAnswerWhenTheyTellOnlyThatASecretWasTaken) {
+  EXPECT_FALSE(called("setSystemSetting", 23, true, std::string("password"), std::string("hunter2")).secret);
+}
+
+TEST_F(Calls, AreNoStatementThatSteersTheTerminal) {
+  Crossing call = called("getConfigData", 21, std::string(), std::string("a"));
+  call.spelled = {"\"\x1b[2J\""};
+  EXPECT_EQ(call.statement(), "VornDeviceInfo.getConfigData \"\\x1b[2J\"");
+}
+
 TEST_F(Calls, MaskNothingWhenToldTo) {
   other->run(makeCall("VornDALImplIF", "getConfigData", 21, this, std::string("apiToken")),
              [] { return std::string("KEEP-THIS"); });
@@ -241,6 +252,36 @@ TEST_F(Calls, AreCountedWhenTheyAreBlocksOfOneStream) {
             "  up    assistant   VornAudioIn                 sendAudioData([160 samples])\n"
             "  up    assistant   VornAudioIn                 ... 2 more of sendAudioData\n"
             "  down  assistant   VornDeviceInfo              getVolume() = 30\n");
+}
+
+TEST_F(Calls, AreCountedBeforeWhatIsSaidAfterThem) {
+  std::vector<short> samples(160);
+  for (int i = 0; i < 3; ++i) recorder->run(makeCall("AudioIn", "sendAudioData", 11, this, samples), [] {});
+  printer.say("heard");
+  EXPECT_EQ(out.str(),
+            "  up    assistant   VornAudioIn                 sendAudioData([160 samples])\n"
+            "  up    assistant   VornAudioIn                 ... 2 more of sendAudioData\n"
+            "heard\n");
+}
+
+/// A stream that knows how much of it has been handed on.
+class HandedOn : public std::stringbuf {
+ public:
+  std::string seen;
+
+ private:
+  int sync() override {
+    seen = str();
+    return 0;
+  }
+};
+
+TEST_F(Calls, AreHandedOnAtOnceToWhoeverReadsAlong) {
+  HandedOn buffer;
+  std::ostream stream(&buffer);
+  Printer live(stream, false);
+  live.say("now");
+  EXPECT_EQ(buffer.seen, "now\n");
 }
 
 TEST_F(Calls, AreCountedForEachStreamByItself) {
