@@ -166,6 +166,9 @@ TEST_F(Recorded, CarryEveryCallThatTheWriterKeepsUpWith) {
 }
 
 TEST_F(Recorded, TakeNoMemoryForThreadsThatAreGone) {
+#ifdef VORN_EMULATED
+  GTEST_SKIP() << "what a process has of memory is told for the emulator";
+#endif
   capture("passing", "--keep 64K");
   EXPECT_EQ(m_status, 0);
 }
