@@ -7,20 +7,25 @@
 
 namespace vorn_capture {
 
+namespace masking = vorn_testing::masking;
+
 /// The words as a table: a state is how much of which word was read, and the next letter leads to the next state.
 struct SecretWords {
   static constexpr std::size_t kMost = 200;
 
   enum : std::uint8_t {
     kNothing = 0,
-    kOther = 1,
-    kFirst = 2
-  };  // What stands between words; a digit; the letters.
+    kRare = 1,
+    kOther = 2,
+    kFirst = 3
+  };  // What stands between words, and such that may begin an escape or a mask; a digit; the letters.
 
   std::uint8_t kinds[256] = {};
   std::uint8_t next[kMost][kFirst + 26] = {};
 
   SecretWords() {
+    for (int c = 0; c < 128; ++c)
+      kinds[c] = c == '*' || masking::beginsEscape(static_cast<char>(c)) ? kRare : kNothing;
     for (int c = '0'; c <= '9'; ++c) kinds[c] = kOther;
     for (int c = 0; c < 26; ++c) kinds['a' + c] = kinds['A' + c] = static_cast<std::uint8_t>(kFirst + c);
     std::uint8_t fallback[kMost] = {};
@@ -53,13 +58,11 @@ struct SecretWords {
       }
     }
     for (std::size_t state = 0; state < used; ++state)
-      next[state][kNothing] = static_cast<std::uint8_t>(state);
+      next[state][kNothing] = next[state][kRare] = static_cast<std::uint8_t>(state);
   }
 };
 
 namespace {
-
-namespace masking = vorn_testing::masking;
 
 const SecretWords& words() {
   static const SecretWords made;
@@ -114,20 +117,24 @@ bool holds(const char* text, std::size_t size, std::size_t length) {
 }  // namespace
 
 void SecretSearch::add(const char* text, std::size_t size) {
-  std::uint8_t stars = m_stars;
-  for (std::size_t i = 0; i < size; ++i) {
-    const char c = text[i];
-    take(0, c);
-    if (c == '*') {
-      if (++stars == sizeof vorn_testing::kMask - 1) {
-        m_masked = true;
-        stars = 0;
-      }
-    } else {
-      stars = 0;
+  static const SecretWords& table = words();
+  Level& plain = m_levels[0];
+  std::size_t at = 0;
+  if (!plain.escaped && m_stars == 0) {
+    std::uint8_t state = plain.state;
+    for (; at < size && state != kFound; ++at) {
+      const std::uint8_t kind = table.kinds[static_cast<unsigned char>(text[at])];
+      if (kind == SecretWords::kRare) break;
+      state = table.next[state][kind];
     }
+    plain.state = state;
+    if (state == kFound) return;
   }
-  m_stars = stars;
+  for (; at < size; ++at) {
+    take(0, text[at]);
+    m_stars = text[at] == '*' ? static_cast<std::uint8_t>(m_stars + 1) : std::uint8_t{0};
+    m_masked = m_masked || m_stars == sizeof vorn_testing::kMask - 1;
+  }
 }
 
 inline void SecretSearch::take(int level, char c) {
@@ -156,6 +163,7 @@ void SecretSearch::decide(int level) {
 }
 
 bool SecretSearch::found() const {
+  if (!m_levels[0].escaped) return m_masked || m_levels[0].state == kFound;
   SecretSearch ended = *this;
   for (int level = 0; level < masking::kMostEscaped; ++level) {
     while (ended.m_levels[level].held > 0) ended.decide(level);
