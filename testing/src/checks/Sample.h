@@ -24,7 +24,7 @@ enum class Given {
   kLoad,  ///< Of many lengths, so that what is shared without a guard is laid out anew.
   kWord,  ///< The words that the headers name for the operation, one in each sample; none for most.
   kNew,   ///< A text that was never given before.
-  kCut    ///< Long, of characters of three bytes, which stand differently in each sample: every cut shows.
+  kCut    ///< Long, of characters of three bytes, each sample begun elsewhere, or of four: every cut shows.
 };
 
 /// How many samples of a kind there are.
@@ -35,6 +35,7 @@ inline int samples(Given given) {
     case Given::kLoad:
       return 6;
     case Given::kCut:
+      return 4;
     case Given::kLarge:
       return 3;
     case Given::kWord:
@@ -85,7 +86,7 @@ struct Sample<std::string> {
       }
       case Given::kCut: {
         std::string text(static_cast<std::size_t>(which % 3), 'c');
-        for (int i = 0; i < 1500; ++i) text += "\xe9\x9f\xb3";
+        for (int i = 0; i < 1500; ++i) text += which % 4 == 3 ? "\xf0\x9f\x8e\xb5" : "\xe9\x9f\xb3";
         return text;
       }
     }
