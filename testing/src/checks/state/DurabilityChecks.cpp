@@ -202,7 +202,7 @@ void writesThenKilled(Trial& trial) {
   killed(
       trial,
       [](const Store& store, const std::string& known) {
-        store.write({{known, "after"}});
+        for (const char* const value : {"between", "after"}) store.write({{known, value}});
       },
       [](const Store& store, const std::string& known) { store.expect(known, "after"); });
 }

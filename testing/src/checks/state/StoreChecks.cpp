@@ -12,13 +12,14 @@ namespace vorn_testing::checks {
 
 namespace {
 
-/// A value is written and read.
+/// A value is written and read, and takes no other one's place.
 std::function<void(Trial&)> keeps(const std::function<std::string()>& value) {
   return [value](Trial& trial) {
     const Store store(trial);
     store.presume({{key("plain"), "plain"}});
     store.write({{key("value"), value()}});
     store.expect(key("value"), value());
+    store.expect(key("plain"), "plain");
   };
 }
 
@@ -48,6 +49,7 @@ void presumeOthers(Trial& trial) {
 
 void readsWritten(Trial& trial) {
   const Store store(trial);
+  store.read(key("a"));  // who looks before it is there finds it afterwards too
   store.write({{key("a"), "1"}});
   store.expect(key("a"), "1");
 }
@@ -279,12 +281,15 @@ void removeLeavesOthers(Trial& trial) {
   const Store store(trial);
   store.presume({{key("a"), "1"}, {key("ab"), "2"}});
   store.write({{key("A"), "3"}, {key("a") + '\0', "4"}, {key("a="), "5"}, {key("ba"), "6"}});
-  store.remove({key("a")});
-  store.expect(key("ab"), "2");
-  store.expect(key("A"), "3");
-  store.expect(key("a") + '\0', "4");
-  store.expect(key("a="), "5");
-  store.expect(key("ba"), "6");
+  // The second time it is not there any more, and stands between others.
+  for (const Texts& keys : {Texts{key("a")}, Texts{key("a"), key("0"), key("aa")}}) {
+    trial.ask("removeKeyValue(" + spelled(keys) + ")", [&] { trial.host().removeKeyValue(keys); });
+    store.expect(key("ab"), "2");
+    store.expect(key("A"), "3");
+    store.expect(key("a") + '\0', "4");
+    store.expect(key("a="), "5");
+    store.expect(key("ba"), "6");
+  }
 }
 
 void removesMany(Trial& trial) {

@@ -456,8 +456,9 @@ void addNewsChecks(Checks& checks) {
   const char* const kVolume =
       "Who tells of the volume tells of each change, once, with what getVolume() answers.";
   add(kSetVolume, kVolume, [](Trial& trial) {
-    volumeTold(trial, {setVolume(10), setVolume(50), setVolume(3), setVolume(70), setVolume(0),
-                       setVolume(300), setVolume(7), setVolume(-5), setVolume(40), setVolume(10)});
+    volumeTold(trial,
+               {setVolume(10), setVolume(50), setVolume(3), setVolume(70), setVolume(0), setVolume(300),
+                setVolume(7), setVolume(-5), setVolume(40), setVolume(41), setVolume(43), setVolume(10)});
   });
   add(kAdjustVolume, kVolume, [](Trial& trial) {
     volumeTold(trial, {adjustVolume(-10), adjustVolume(20), adjustVolume(-30), adjustVolume(1000),
