@@ -116,7 +116,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Leave the store open.
         2   remedy: Let a question change nothing: no flag that it resets, nothing that is handed out once.
         1   remedy: Let both change one value that one thread looks at, not one each.
-        1   remedy: Let go in the destructor of what open() took.
+        1   remedy: Let go in the destructor of what open() took; keep no static flag of the end.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
         1   remedy: Let the thread look whether it is to go on.
@@ -205,7 +205,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   It never answers null, however often it is asked.
         1   rule:   It never answers null, whatever was called before.
         1   rule:   It never answers null.
-        1   rule:   It opens for the next host of a process as for the first.
+        1   rule:   It opens for the next host of a process as for the first, which keeps what it is given too.
         1   rule:   It runs under the mutex of VornAppMessaging, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
         1   rule:   It runs under the mutex of VornCommsManager, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.
        10   rule:   It runs under the mutex of VornDeviceInfo, so it calls no locked operation, CreateInstance(), getInstance() or Shutdown() of it.

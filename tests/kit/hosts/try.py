@@ -67,7 +67,7 @@ def stages(build, kind, operation, way):
 def run(build, library, kind, name, only):
     folder = tempfile.mkdtemp(prefix="vorn-kit-")
     environment = dict(os.environ, VORN_KIT_HOST=name, VORN_KIT_FOLDER=folder, LD_LIBRARY_PATH=str(build))
-    durable = ["--durable"] if kind == "durable" or name == "GoodFiled" else []
+    durable = ["--durable"] if kind == "durable" or name in ("GoodFiled", "GoodJournal", "GoodFileEach") else []
     if name == "GoodNull":
         durable += ["--without", "volume,mute"]  # it answers true and stays where it is
     command = [build / "tools/conformance/vorn-conformance", *DEMANDS, *durable, *only, library]

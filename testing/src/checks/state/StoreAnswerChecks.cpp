@@ -53,6 +53,8 @@ void opensAnew(Trial& trial) {
   if (!opens())
     trial.broken(
         "open() answered true, and false to the next host, which was made when the first was destroyed");
+  const Store store(trial);
+  if (store.accepts({{key("a"), "1"}})) store.expect(key("a"), "1");
 }
 
 }  // namespace
@@ -63,8 +65,9 @@ void addStoreAnswerChecks(Checks& checks) {
     checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
   };
   constexpr int kOpen = 25, kWrite = 27, kRemove = 28;
-  add(kOpen, "anew", "It opens for the next host of a process as for the first.",
-      "Let go in the destructor of what open() took.", opensAnew);
+  add(kOpen, "anew",
+      "It opens for the next host of a process as for the first, which keeps what it is given too.",
+      "Let go in the destructor of what open() took; keep no static flag of the end.", opensAnew);
   add(kWrite, "refused", "What was answered by false is not stored.",
       "Answer true when the entries are stored.", refusedNotStored);
   add(kRemove, "absent", "It answers true when none of the keys is stored, also when none was.",
