@@ -287,8 +287,9 @@ int program(int argc, char** argv) {
     status = run(request);
   } catch (const CLI::Success& asked) {
     status = app.exit(asked);
-  } catch (const CLI::ExtrasError& error) {
-    complain(error.what() + meant(app));
+  } catch (const CLI::ExtrasError&) {
+    // What is caught names them from the last to the first.
+    complain(CLI::ExtrasError(app.remaining_for_passthrough()).what() + meant(app));
     std::cerr << "Run with --help for more information.\n";
   } catch (const CLI::ParseError& error) {
     complain(error.what());

@@ -110,6 +110,10 @@ What cannot be read, or asked for.
   vorn-log: --color: blue not in {auto,always,never}
   Run with --help for more information.
   [2]
+  $ vorn-log trace one two --three
+  vorn-log: The following arguments were not expected: one two --three
+  Run with --help for more information.
+  [2]
   $ vorn-log trace trace
   vorn-log: The following argument was not expected: trace
   Run with --help for more information.

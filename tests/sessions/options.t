@@ -1,6 +1,10 @@
 Options that are wrong, alone and together.
 
   $ echo 'section "nothing"' > nothing.scenario
+  $ vorn-speaker one two three --four
+  vorn-speaker: The following arguments were not expected: two three --four
+  Run with --help for more information.
+  [2]
   $ vorn-speaker --no-such
   vorn-speaker: The following argument was not expected: --no-such
   Run with --help for more information.

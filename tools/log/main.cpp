@@ -125,8 +125,9 @@ int main(int argc, char** argv) {
     status = read(options);
   } catch (const CLI::Success& asked) {
     app.exit(asked);
-  } catch (const CLI::ExtrasError& error) {
-    say(error.what() + meant(app));
+  } catch (const CLI::ExtrasError&) {
+    // What is caught names them from the last to the first.
+    say(CLI::ExtrasError(app.remaining_for_passthrough()).what() + meant(app));
     std::cerr << "Run with --help for more information.\n";
     status = kNothingDone;
   } catch (const CLI::ParseError& error) {
