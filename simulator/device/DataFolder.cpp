@@ -66,8 +66,7 @@ std::string userStateFolder() {
 
 StateFolder::StateFolder(const std::string& path) {
   if (path.empty()) throw std::runtime_error("this user has no home folder; name a folder with --state");
-  const fs::path folder = fs::absolute(path).lexically_normal();
-  make(folder.has_filename() ? folder : folder.parent_path());
+  make(path);
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) refuse(path, std::string("cannot be used: ") + std::strerror(errno));
   if (!S_ISDIR(status.st_mode)) refuse(path, "is no folder");
