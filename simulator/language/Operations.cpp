@@ -51,7 +51,7 @@ std::optional<Unreadable> mismatch(const Operation& operation, const std::vector
   const auto& parameters = operation.parameters;
   if (arguments.size() > parameters.size()) {
     const Token& first = arguments[parameters.size()];
-    return Unreadable(first.column, "expected the end of the line after " + usage(operation), first.text);
+    return Unreadable(first.column, "expected the end of the line after " + usage(operation), shown(first));
   }
   if (arguments.size() < parameters.size() && !parameters[arguments.size()].reference) {
     const Parameter& missing = parameters[arguments.size()];

@@ -60,7 +60,7 @@ class Words {
 
   void finish() {
     if (!empty())
-      throw Unreadable(m_tokens[m_at].column, "expected the end of the line", m_tokens[m_at].text);
+      throw Unreadable(m_tokens[m_at].column, "expected the end of the line", shown(m_tokens[m_at]));
   }
 
   /// How many of these words come next.
@@ -88,7 +88,7 @@ class Words {
     constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
     const auto value = read<std::chrono::milliseconds>(token);
     if (value < value.zero() || value > kLongest)
-      throw Unreadable(token.column, "expected a duration of a day at most", token.text);
+      throw Unreadable(token.column, "expected a duration of a day at most", shown(token));
     return value;
   }
 
@@ -130,7 +130,8 @@ Play readTogether(Words& words) {
   const Token count = words.next("how many threads");
   const int threads = read<int>(count);
   if (threads < 2 || threads > kMostThreads)
-    throw Unreadable(count.column, "expected 2 to " + std::to_string(kMostThreads) + " threads", count.text);
+    throw Unreadable(count.column, "expected 2 to " + std::to_string(kMostThreads) + " threads",
+                     shown(count));
   return readCall(Caller::kAssistant, words, threads);
 }
 
@@ -229,7 +230,7 @@ const Statement& choose(Words& words) {
   words.skip(most.first);
   if (best) return *best;
   const Token found = words.next(oneOf(expected));
-  const Unreadable error(found.column, "expected " + oneOf(expected), found.text);
+  const Unreadable error(found.column, "expected " + oneOf(expected), shown(found));
   if (most.first > 0) throw error;
   // What begins like no statement may be the rest of a line that was torn, a secret too.
   const std::string meant = vorn_testing::didYouMean(found.text, expected);

@@ -137,7 +137,7 @@ class Splitter {
 
 template <class Value>
 [[noreturn]] void refuse(const Token& token) {
-  throw Unreadable(token.column, std::string("expected ") + describe<Value>(), token.text);
+  throw Unreadable(token.column, std::string("expected ") + describe<Value>(), shown(token));
 }
 
 template <class Number>
@@ -150,6 +150,10 @@ Number number(const Token& token, const std::string& text) {
 }
 
 }  // namespace
+
+std::string shown(const Token& token) {
+  return token.kind == Token::kQuoted ? '"' + token.text + '"' : token.text;
+}
 
 Unreadable::Unreadable(std::size_t where, const std::string& expected,
                        const std::optional<std::string>& found, const std::string& hint)

@@ -22,6 +22,9 @@ struct Token {
   std::size_t column = 1;                      ///< Where it begins, counted from 1.
 };
 
+/// A value as it stands in a message: what is quoted with its quotes.
+std::string shown(const Token& token);
+
 /// A line, or a value in it, that cannot be read; what() tells what was expected, and what was found.
 class Unreadable : public std::runtime_error {
  public:

@@ -102,9 +102,9 @@ TEST_P(BadStatements, AreToldWithColumnAndRemedy) {
 const Mistake kMistakes[] = {
     {"asistant x", 1, VERBS ", found asistant; did you mean assistant?"},
     {"KEEP-THIS ada true", 1, VERBS ", found ********"},
-    {"\"assistant\" x", 1, VERBS ", found assistant"},
+    {"\"assistant\" x", 1, VERBS ", found \"assistant\""},
     {"expect no", 10, "expected one of call"},
-    {"expect no \"call\"", 11, "expected one of call, found call"},
+    {"expect no \"call\"", 11, "expected one of call, found \"call\""},
     {"expect every day", 14, "expected one of operation, found day"},
     {"expect every operation now", 24, "expected the end of the line, found now"},
     {"expect heard", 13, "expected a number of samples, or some"},

@@ -188,9 +188,9 @@ std::string problem(const std::string& line) {
 TEST(Read, NumbersAndFlagsAreWholeWords) {
   EXPECT_EQ(problem<int>("2147483648"), "expected a whole number, found 2147483648");
   EXPECT_EQ(problem<int>("1x"), "expected a whole number, found 1x");
-  EXPECT_EQ(problem<int>("\"1\""), "expected a whole number, found 1");
+  EXPECT_EQ(problem<int>("\"1\""), "expected a whole number, found \"1\"");
   EXPECT_EQ(problem<double>("2,5"), "expected a number, found 2,5");
-  EXPECT_EQ(problem<bool>("\"on\""), "expected true or false, found on");
+  EXPECT_EQ(problem<bool>("\"on\""), "expected true or false, found \"on\"");
   EXPECT_TRUE(read<bool>(only("on")));
   EXPECT_FALSE(read<bool>(only("off")));
 }
@@ -201,7 +201,7 @@ TEST(Read, DurationsHaveTheirUnit) {
   EXPECT_EQ(read<milliseconds>(only("2")), milliseconds(2));
   EXPECT_EQ(problem<milliseconds>("9223372036854775807s"),
             "expected a duration such as 500ms or 2s, found 9223372036854775807s");
-  EXPECT_EQ(problem<milliseconds>("\"2s\""), "expected a duration such as 500ms or 2s, found 2s");
+  EXPECT_EQ(problem<milliseconds>("\"2s\""), "expected a duration such as 500ms or 2s, found \"2s\"");
 }
 
 TEST(Read, GroupsAreNoTextsAndTextsNoGroups) {
