@@ -4,10 +4,14 @@
 #include <vorn_testing/HostChecks.h>
 #include <vorn_testing/MemoryHost.h>
 
+#include <sched.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -96,6 +100,56 @@ INSTANTIATE_TEST_SUITE_P(Checks, Endings, testing::ValuesIn(kEndings),
 #else
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Endings);  // a sanitizer ends processes in its own way
 #endif
+
+/// Processes that would run all the time on the processor of this thread, as long as it lives.
+class Crowd {
+ public:
+  Crowd() {
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    sched_getaffinity(0, sizeof m_before, &m_before);
+    CPU_SET(sched_getcpu(), &one);
+    sched_setaffinity(0, sizeof one, &one);
+    for (pid_t& each : m_all) {
+      each = fork();
+      if (each != 0) continue;
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      for (volatile bool on = true; on;) {
+      }
+    }
+  }
+  ~Crowd() {
+    for (const pid_t each : m_all) kill(each, SIGKILL);
+    for (const pid_t each : m_all) waitpid(each, nullptr, 0);
+    sched_setaffinity(0, sizeof m_before, &m_before);
+  }
+  Crowd(const Crowd&) = delete;
+  Crowd& operator=(const Crowd&) = delete;
+
+ private:
+  cpu_set_t m_before{};
+  pid_t m_all[5] = {};
+};
+
+std::clock_t worked() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return time.tv_sec * 1000 + time.tv_nsec / 1000000;
+}
+
+TEST(Verdicts, CountNoTimeInWhichOthersHadTheProcessor) {
+  const Crowd crowd;
+  HostDemands demands;
+  demands.bound = std::chrono::milliseconds(600);
+  const auto works = [] {
+    static const std::clock_t end = worked() + 200;  // at the first call
+    while (worked() < end) {
+    }
+  };
+  const HostVerdict verdict = runHostCheck(
+      named("/getVolume/answers"), [&] { return std::make_shared<Host>(works); }, demands);
+  EXPECT_EQ(verdict.kind, kKept) << verdict.detail;
+}
 
 TEST(Verdicts, TellTheSlowestCall) {
   const HostVerdict verdict =

@@ -65,10 +65,15 @@ std::string lineOf(const std::string& path) {
   return line;
 }
 
+std::string folderOf(pid_t process) { return "/proc/" + std::to_string(process); }
+
+/// The system call that a thread sits in, and its arguments; "running" when it could go on.
+std::string systemCall(pid_t process, pid_t thread) {
+  return lineOf(folderOf(process) + "/task/" + std::to_string(thread) + "/syscall");
+}
+
 /// For whom a thread waits, as far as it can be seen: the holder of a mutex, or a thread that it joins. 0: for none.
-pid_t waitsFor(pid_t process, pid_t thread) {
-  const std::string root = "/proc/" + std::to_string(process);
-  const std::string call = lineOf(root + "/task/" + std::to_string(thread) + "/syscall");
+pid_t waitsFor(pid_t process, const std::string& call) {
   long number = -1;
   unsigned long word = 0, operation = 0, expected = 0;
   if (std::sscanf(call.c_str(), "%ld %lx %lx %lx", &number, &word, &operation, &expected) != 4) return 0;
@@ -76,7 +81,7 @@ pid_t waitsFor(pid_t process, pid_t thread) {
   constexpr unsigned long kWait = 0, kWaitBitset = 9;
   if (number != SYS_futex) return 0;
   int fields[3] = {};  // of a mutex: lock, count, owner; of a thread that is joined: its number
-  const int memory = open((root + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
+  const int memory = open((folderOf(process) + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
   const ssize_t size = pread(memory, fields, sizeof fields, static_cast<off_t>(word));
   close(memory);
   if (size != static_cast<ssize_t>(sizeof fields)) return 0;
@@ -87,14 +92,18 @@ pid_t waitsFor(pid_t process, pid_t thread) {
 
 /// The threads that wait for each other in a circle, and so for ever; empty when there is none. Told from the system
 /// calls that they sit in and the owner that the C library notes in a mutex; where these cannot be read, the bound
-/// decides.
-std::vector<pid_t> circle(pid_t process) {
+/// decides. `running` becomes whether any thread could go on.
+std::vector<pid_t> circle(pid_t process, bool& running) {
   std::map<pid_t, pid_t> edges;
-  DIR* const tasks = opendir(("/proc/" + std::to_string(process) + "/task").c_str());
+  running = false;
+  DIR* const tasks = opendir((folderOf(process) + "/task").c_str());
   if (!tasks) return {};
   while (const dirent* const entry = readdir(tasks)) {
     const pid_t thread = std::atoi(entry->d_name);
-    if (thread > 0) edges[thread] = waitsFor(process, thread);
+    if (thread <= 0) continue;
+    const std::string call = systemCall(process, thread);
+    running = running || call == "running";
+    edges[thread] = waitsFor(process, call);
   }
   closedir(tasks);
   for (const auto& edge : edges) {
@@ -152,6 +161,14 @@ std::string told(const Report& report, const std::vector<pid_t>& threads) {
   return words + ", which waits for the first";
 }
 
+/// The time that a process has had of the processors.
+std::chrono::nanoseconds processorTime(pid_t process) {
+  clockid_t clock;
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) == 0) clock_gettime(clock, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 /// Asks threads where they are; what they tell stands in the report.
 void askWhere(Report& report, const std::vector<pid_t>& threads) {
   constexpr int kTurns = 300;
@@ -166,13 +183,16 @@ void askWhere(Report& report, const std::vector<pid_t>& threads) {
 std::string wait(pid_t child, int ends, Report& report, std::chrono::milliseconds bound, int& status) {
   pollfd end{ends, POLLIN, 0};
   std::vector<pid_t> waiting;
+  std::int64_t begun = 0;
+  std::chrono::nanoseconds seen{0}, worked{0}, kept{0};  // kept: from running, by others, since it began
   for (int stuck = 0;;) {
     if (poll(&end, 1, end.fd < 0 ? kLastTickMs : kTickMs) > 0)
       end.fd = -1;  // closed by the end, or by the host
     if (waitpid(child, &status, WNOHANG | WUNTRACED) == child)
       return WIFSTOPPED(status) ? "stopped its own process" : "";
     const pid_t process = report.process;
-    const std::vector<pid_t> now = circle(process ? process : child);
+    bool running = false;
+    const std::vector<pid_t> now = circle(process ? process : child, running);
     stuck = !now.empty() && now == waiting ? stuck + 1 : 0;
     waiting = now;
     if (stuck == 3) {
@@ -185,7 +205,16 @@ std::string wait(pid_t child, int ends, Report& report, std::chrono::millisecond
     const bool hosts = call ? !call->stepped : report.ended.load();
     const std::chrono::milliseconds atMost =
         hosts ? bound : std::max<std::chrono::milliseconds>(bound, kOwnBound);
-    if (time - std::chrono::nanoseconds(call ? since : report.active.load()) > atMost) {
+    const std::int64_t from = call ? since : report.active.load();
+    const std::chrono::nanoseconds work = processorTime(process ? process : child);
+    if (from != begun)
+      kept = {};
+    else if (running)
+      kept += std::max(time - seen - std::max(work - worked, {}), {});
+    begun = from, seen = time, worked = work;
+    // What could go on and had no processor is not late; but nobody waits for ever.
+    if (time - std::chrono::nanoseconds(from) - std::min<std::chrono::nanoseconds>(kept, 9 * atMost) >
+        atMost) {
       if (call) askWhere(report, {static_cast<pid_t>(call->thread)});
       return "did not answer within " + seconds(atMost);
     }
