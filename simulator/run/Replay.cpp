@@ -116,8 +116,8 @@ class Choice {
   }
 
   static bool isOfHost(const Crossing& call) {
-    const bool host = call.target == kHostInterface && call.operation != "getEMPAdapter";
-    return call.isDown() && (host || call.target == "VornEMPAdapterIF");
+    return (call.target == kHostInterface && call.operation != "getEMPAdapter") ||
+           call.target == "VornEMPAdapterIF";
   }
 
   /// Whether nothing is around the call, or the assistant side, which was called and calls back.

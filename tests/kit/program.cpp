@@ -300,6 +300,7 @@ TEST(Conformance, RemarksOnWhatIsNoFaultAndBreaksOnItWhenAsked) {
 TEST(Conformance, NamesThePlaceOfACrash) {
   EXPECT_TRUE(says(run("--only /17/changeAlexaLocale/answers " VORN_HOSTS, "2>&1", "AbortsOnLocale"),
                    "\n          at abort"));
+  EXPECT_TRUE(says(run("--only /17/ " VORN_HOSTS, "2>&1", "AbortsAtLoad"), "\n    abort\n"));
 }
 
 TEST(Conformance, SeesMutexesInTwoOrdersAndWhereTheyWait) {

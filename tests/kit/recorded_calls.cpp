@@ -123,13 +123,25 @@ TEST_F(RecordedCallsOf, ExceptionsOfMaskedCallsAreMasked) {
 }
 
 TEST_F(RecordedCallsOf, LoginsHoldNoToken) {
-  EXPECT_EQ(last([](RecordingHost& host) {
-              NullPlayer inside;
-              RecordingPlayer player(inside);
-              player.recorder = host.recorder;
-              player.login("t-1", "ada", true, std::chrono::milliseconds(5), "p");
-            }),
-            "VornEMPAdapterControl.login ******** ada true 5ms p = false");
+  struct Player : NullPlayer {
+    bool login(const std::string& token, const std::string& user, bool, std::chrono::milliseconds,
+               std::string) override {
+      if (user == "bob") throw std::runtime_error("no " + token.substr(0, 2));
+      return false;
+    }
+  } inside;
+  RecordingPlayer player(inside);
+  player.recorder = outer.recorder;
+  const auto login = [&](const char* user) {
+    return last([&](RecordingHost&) {
+      try {
+        player.login("t-1", user, true, std::chrono::milliseconds(5), "p");
+      } catch (const std::runtime_error&) {
+      }
+    });
+  };
+  EXPECT_EQ(login("ada"), "VornEMPAdapterControl.login ******** ada true 5ms p = false");
+  EXPECT_EQ(login("bob"), "VornEMPAdapterControl.login ******** bob true 5ms p = threw ********");
 }
 
 TEST_F(RecordedCallsOf, SoundIsShownAsItIs) {

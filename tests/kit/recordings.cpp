@@ -276,6 +276,15 @@ TEST_F(Recordings, ThatAreNotThereFailUnlessTheyAreToBeWritten) {
   EXPECT_TRUE(matches(act));
 }
 
+TEST_F(Recordings, ThatAreKeptAreForWhoeverTheUmaskLetsIn) {
+  const mode_t before = umask(0);
+  keep([](RecordingHost& host) { host.getVolume(); });
+  umask(before);
+  struct stat status = {};
+  ASSERT_EQ(stat(m_path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0666U);
+}
+
 TEST_F(Recordings, ThatMatchAreNotWrittenAnew) {
   recorded([](RecordingHost& host) { host.getVolume(); });
   const std::string before = content(m_path);

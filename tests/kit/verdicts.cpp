@@ -180,6 +180,8 @@ TEST(Verdicts, AreNotAskedForInAnAreaThatIsLeftOut) {
   EXPECT_TRUE(verdict.made && verdict.stack.empty() && verdict.slowestCall.empty());
   EXPECT_FALSE(verdict.refused || verdict.hung);
   EXPECT_EQ(run.run(named("/getTimezone/answers")).kind, kKept);
+  EXPECT_EQ(run.run(named("/host/threads")).detail, "") << "a call of every operation, but of those";
+  EXPECT_EQ(run.run(named("/onMute/volume")).detail, "the host is said to be without volume");
 }
 
 TEST(Verdicts, AreForKnownChecksAndAreasOnly) {

@@ -125,6 +125,35 @@ TEST_F(TwoThreads, AreToldWhenALockedOperationJoinsAThreadThatWaits) {
   EXPECT_EQ(findings[0].rule, kWithoutEnd);
 }
 
+/// It goes on as soon as whoever hears of it is done.
+TEST_F(TwoThreads, AreNotWithoutEndWhileAThirdOneWasRefusedAndHasYetToGoOn) {
+  Event toldAgain;
+  const std::shared_future<void> again = toldAgain.get_future().share();
+  std::vector<Finding::Rule> rules;
+  std::shared_ptr<VornDeviceInfo> info;
+  std::thread first, second;
+  DoctorHost listened(
+      behind,
+      [&](const Finding& finding) {
+        rules.push_back(finding.rule);
+        if (rules.size() == 2) toldAgain.set_value();
+        if (rules.size() > 1) return;
+        second = std::thread([&] { refused([&] { info->getTimezone(); }); });
+        again.wait();
+      },
+      kPatience);
+  info = VornDeviceInfo::CreateInstance(listened);
+  behind.recorder->onCall([&](const vorn_testing::Call& call) {
+    if (call.operation != "getVolume") return;
+    first = std::thread([&] { refused([&] { info->getMuteStatus(); }); });
+    again.wait();
+  });
+  info->getVolume();
+  first.join(), second.join();
+  VornDeviceInfo::Shutdown();
+  EXPECT_EQ(rules, (std::vector<Finding::Rule>{kWithoutEnd, Finding::kLongWait}));
+}
+
 long openFiles() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
                        std::filesystem::directory_iterator());
@@ -185,18 +214,23 @@ TEST_F(TwoThreads, AreToldOnceForEachWait) {
       return finding.message.find(operation) != std::string::npos;
     });
   };
-  std::thread second, third;
+  std::mutex own;
+  std::thread second, third, outside;
   behind.recorder->onCall([&](const vorn_testing::Call& call) {
     if (call.operation != "getVolume") return;
+    const std::lock_guard<std::mutex> lock(own);
+    outside = std::thread([&] { const std::lock_guard<std::mutex> wanted(own); });
     second = std::thread([&] { refused([&] { info->getMuteStatus(); }); });
     wait(told);
     third = std::thread([&] { refused([&] { info->getTimezone(); }); });
     while (toldOf("getTimezone()") == 0) std::this_thread::yield();
   });
   info->getVolume();
-  second.join(), third.join();
+  second.join(), third.join(), outside.join();
   VornDeviceInfo::Shutdown();
   EXPECT_EQ(toldOf("getMuteStatus()"), 1);
+  EXPECT_EQ(toldOf("A thread asks"), 0)
+      << "how long the host's threads wait for each other is its own business";
 }
 
 TEST_F(TwoThreads, AreToldWhenAnOperationWaitsForAMutexThatTheHostHoldsElsewhere) {

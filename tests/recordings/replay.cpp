@@ -1,6 +1,7 @@
 // Replays of recordings that were made on a device: which calls are played, when, and what is told of them.
 
 #include <chrono>
+#include <csignal>
 
 #include "recordings/made.h"
 #include "speaker/speaker_program.h"
@@ -102,11 +103,25 @@ TEST_F(Replays, KnowTheCallsAroundThatNeverReturned) {
           "recording:3: the call 1 had not returned: VornDeviceInfo.notifyVolumeChanged\n1 call, all"));
 }
 
+TEST_F(Replays, DoNotPlayCallsThatNeverReturned) {
+  const auto open = [](int number, const char* thread) {
+    const std::string line = call(
+        number,
+        {{"threadNumber", thread}, {"duration", ""}, {"result", ""}, {"written", ""}, {"exception", ""}});
+    return "{\"open\":" + line.substr(0, line.size() - 1) + "}\n";
+  };
+  EXPECT_TRUE(has(replay(call(3, {{"threadNumber", "3"}}) + open(1, "1") + open(2, "2")),
+                  "\n1 call, all answered as recorded.\n"));
+}
+
 TEST_F(Replays, ShutAdaptersDownAndCreateThemAsTheFirmwareDid) {
   replay(call(1) + call(2, life("Shutdown")) + call(3, life("CreateInstance")) + call(4));
   EXPECT_EQ(m_status, 0);
   EXPECT_TRUE(
       has(replay(call(1) + call(2, life("Shutdown")) + call(3)), "recorded  30\n  now       no call\n"));
+  Fields failed = life("Shutdown");
+  failed["exception"] = "\"not now\"";
+  EXPECT_EQ(replay(call(1) + call(2, failed) + call(3)), "2 calls, all answered as recorded.\n");
 }
 
 TEST_F(Replays, PassOverCallsThatReachedNoHost) {
@@ -138,6 +153,15 @@ TEST_F(Replays, TellACallThatDoesNotReturn) {
   unsetenv("VORN_BAD");
   EXPECT_EQ(m_status, 3);
   EXPECT_TRUE(has(output, "VornDeviceInfo.getVolume"));
+}
+
+TEST_F(Replays, EndWhenTheyAreAskedToAndSayWhatTheyPlayed) {
+  setenv("VORN_BAD", "call terminate", 1);
+  const std::string output =
+      replay(call(1, {{"result", "\"7\""}}) + call(2, {{"result", "\"7\""}}), "--host " VORN_BAD_HOST);
+  unsetenv("VORN_BAD");
+  EXPECT_EQ(m_status, 128 + SIGTERM);
+  EXPECT_TRUE(has(output, "1 call, all answered as recorded.\n"));
 }
 
 TEST_F(Replays, TellDifferencesThatCameBeforeAHostFailed) {

@@ -193,3 +193,12 @@ The report names functions as they are written.
   Thread main
   VornDeviceAbstractionLayer::VornDeviceInfo::getVolume()
   abort
+A name without a folder is a file of the current folder, whatever else is called so.
+
+  $ mkdir others && cp "$LIBRARY" others/mine.so && cp "$GOOD_HOST" mine.so
+  $ export LD_LIBRARY_PATH="$PWD/others"
+  $ vorn-conformance --only getVolume/answers mine.so 2>/dev/null | tail -n 1
+  mine.so: 1 check, 1 kept, 0 broken, 0 not asked
+  $ vorn-speaker --state state --no-trace --host mine.so volume.scenario 2>/dev/null | grep getVolume
+    down  assistant   VornDeviceInfo              getVolume() = 7
+  VornDeviceInfo.getVolume                                                         1

@@ -56,6 +56,27 @@ void lockTwice() {
   }
 }
 
+void hang() {
+  for (;;) pause();
+}
+
+/// Kills the process above, and says so should it still be there long after.
+void endAbove() {
+  signal(SIGALRM, [](int) {
+    const char kLeft[] = "the host was left behind\n";
+    _exit(write(STDERR_FILENO, kLeft, sizeof kLeft - 1) < 0 ? 1 : 0);
+  });
+  alarm(20);
+  kill(getppid(), SIGKILL);
+  hang();
+}
+
+bool hearsOfChildren() {
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  return sigismember(&blocked, SIGCHLD) == 0;
+}
+
 void misbehave(const std::string& when) {
   const char* const set = std::getenv("VORN_BAD");
   const std::string wanted = set ? set : "";
@@ -64,7 +85,12 @@ void misbehave(const std::string& when) {
   if (what == "abort") std::abort();
   if (what == "trap") raise(SIGTRAP);
   if (what == "system-call") raise(SIGSYS);
+  if (what == "broken-pipe") raise(SIGPIPE);
+  if (what == "terminate") raise(SIGTERM);
+  if (what == "orphan") endAbove();
+  if (what == "children" && hearsOfChildren()) std::puts("the host hears of its children");
   if (what == "recursion") recurse(0);
+  if (what == "thread-hang") std::thread(hang).join();
   if (what == "thread-recursion") std::thread([] { recurse(0); }).join();
   if (what == "close")
     for (int file = 0; file < 1024; ++file) close(file);
@@ -72,8 +98,7 @@ void misbehave(const std::string& when) {
   if (what == "kill") kill(getpid(), SIGKILL);
   if (what == "exit") std::exit(0);
   if (what == "quick-exit") _exit(0);
-  if (what == "hang")
-    for (;;) pause();
+  if (what == "hang") hang();
   if (what == "throw") throw std::runtime_error("nothing for it");
   if (what == "throw-secret") throw std::runtime_error("the PSK is KEEP-THIS");
   if (what == "throw-raw") throw std::runtime_error("nothing\x1b[2J for it");
@@ -82,8 +107,7 @@ void misbehave(const std::string& when) {
   if (what == "ask-again") askAgain();
   if (what == "own-mutex") askForOwnMutex();
   if (what == "lock-twice") lockTwice();
-  if (what == "leave" && fork() == 0)
-    for (;;) pause();
+  if (what == "leave" && fork() == 0) hang();
 }
 
 struct Library {

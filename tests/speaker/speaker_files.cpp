@@ -283,6 +283,13 @@ TEST_F(Files, OfTheTraceThatIsAnothersAreNamedWithTheirOwner) {
       has(output, "it belongs to user 12345; have it removed, or leave the trace off with --no-trace"));
 }
 
+TEST_F(Files, OfTheTraceThatAreAnothersLinksAreNamedWithTheirOwner) {
+  fs::create_directory_symlink(kFolder, "/tmp/xAppLog.txt");
+  if (lchown("/tmp/xAppLog.txt", 12345, 12345) != 0) GTEST_SKIP() << "needs another user's link, thus root";
+  EXPECT_TRUE(has(play(kVolume), "Is a directory, it belongs to user 12345; have it removed"));
+  EXPECT_EQ(m_status, 2);
+}
+
 TEST_F(Files, OfTheTraceAreNotMissedWhenItIsOff) {
   EXPECT_TRUE(has(run("--no-trace"), "expect trace is passed over: the trace is off"));
   EXPECT_EQ(m_status, 0);

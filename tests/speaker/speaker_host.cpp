@@ -139,6 +139,12 @@ TEST_P(BadHost, IsToldWithWhatItDidWhen) {
   const std::string output = playOnIt(std::string(GetParam().when) + " " + GetParam().what);
   EXPECT_EQ(m_status, 3);
   EXPECT_TRUE(has(output, GetParam().says));
+  int told = 0;
+  for (const char* end : {"The host crashed", "The host ended the program", "The host does not return",
+                          "The host stopped", "No answer on the thread"}) {
+    for (std::size_t at = 0; (at = output.find(end, at)) != std::string::npos; ++at) ++told;
+  }
+  EXPECT_EQ(told, 1) << output;
 }
 
 constexpr char kInside[] = "Thread assistant, inside VornDeviceInfo.getVolume\n";
@@ -157,7 +163,8 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{"make", "exit", "The host ended the program while it was made, with status 0"},
         Bad{"make", "hang", "The host does not return while it was made."}, Bad{"call", "abort", kInside},
         Bad{"call", "trap", "The host crashed: Trace/breakpoint trap"},
-        Bad{"call", "system-call", "The host crashed: Bad system call"}, Bad{"call", "recursion", kInside},
+        Bad{"call", "system-call", "The host crashed: Bad system call"},
+        Bad{"call", "broken-pipe", "The host crashed: Broken pipe"}, Bad{"call", "recursion", kInside},
         Bad{"call", "thread-recursion", kInside}, Bad{"call", "kill", kInside}, Bad{"call", "exit", kInside},
         Bad{"call", "quick-exit", kInside}, Bad{"call", "hang", kInside},
         Bad{"call", "stop",
@@ -192,6 +199,32 @@ INSTANTIATE_TEST_SUITE_P(
                         "whose holder in VornDeviceInfo::getMuteStatus() waits for the mutex"}));
 
 class QuietBadHost : public BadHost {};
+
+TEST_F(QuietBadHost, ThatHangsOutsideACallIsToldWithTheStacksOfItsThreads) {
+  EXPECT_TRUE(matches(playOnIt("load hang"), "\nThread main\n.*\npause\n"));
+  EXPECT_TRUE(has(playOnIt("make thread-hang"), "\npause\n")) << "where another thread waits";
+}
+
+TEST_F(QuietBadHost, IsAskedToEndAndEndsUnlessTheCallerIgnoresThat) {
+  const std::string two = "assistant VornDeviceInfo.getVolume\nassistant VornStorage.open\n";
+  setenv("VORN_BAD", "call terminate", 1);
+  EXPECT_FALSE(has(play(two, "--host " VORN_BAD_HOST), "VornStorage"));
+  EXPECT_EQ(m_status, 128 + SIGTERM);
+  EXPECT_TRUE(has(output("trap '' TERM; " VORN_SPEAKER_PROGRAM
+                         " --state /tmp/speaker/state --no-trace --host " VORN_BAD_HOST
+                         " /tmp/speaker/test.scenario 2>&1"),
+                  "VornStorage                 open()"));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(QuietBadHost, EndsWithTheSpeaker) {
+  EXPECT_FALSE(has(playOnIt("load orphan"), "left behind"));
+  EXPECT_EQ(std::abs(m_status) % 128, SIGKILL);
+}
+
+TEST_F(QuietBadHost, HearsOfItsChildren) {
+  EXPECT_TRUE(has(playOnIt("call children"), "the host hears of its children\n"));
+}
 
 TEST_F(QuietBadHost, IsWatchedUntilItIsDestroyed) {
   const std::string output = playOnIt("destroy lock-twice");

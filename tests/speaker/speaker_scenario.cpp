@@ -105,6 +105,21 @@ TEST_F(TraceLeftAway, StaysWhereSomethingElseIsInTheWay) {
   EXPECT_TRUE(has(content(kAside), " Time: earlier\n"));
 }
 
+TEST_F(TraceLeftAway, IsNoFolder) {
+  std::filesystem::remove(kAside);
+  std::filesystem::create_directory(kAside);
+  play("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(std::filesystem::is_directory(kAside));
+}
+
+TEST_F(TraceLeftAway, IsNotAnothersFile) {
+  if (chown(kAside, 12345, 12345) != 0) GTEST_SKIP() << "needs another user's file, thus root";
+  play("assistant VornDeviceInfo.getVolume\n");
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(has(content(kAside), " Time: earlier\n"));
+}
+
 TEST_F(TraceLeftAway, StaysAwayWhileARunNeedsItThere) {
   const int folder = open(kTrace, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(folder, LOCK_EX), 0);

@@ -124,7 +124,10 @@ const char* const kSpellings[] = {
 INSTANTIATE_TEST_SUITE_P(Speaker, Spellings, testing::ValuesIn(kSpellings));
 
 TEST_F(Secrets, AreShownWhenAskedFor) {
-  EXPECT_TRUE(has(play(m_login, "--secrets"), "login(KEEP-THIS, ada"));
+  const std::string output =
+      play(m_login + "expect call VornEMPAdapterControl.login KEEP-THAT bob true 1s x\n", "--secrets");
+  EXPECT_TRUE(has(output, "login(KEEP-THIS, ada"));
+  EXPECT_TRUE(has(output, "expected the call VornEMPAdapterControl.login KEEP-THAT bob true 1s x, saw "));
 }
 
 TEST_F(Secrets, StayOutOfEveryMessageOfAnExpectation) {
@@ -200,7 +203,10 @@ TEST_F(Secrets, MayDifferInAReplayOfAMaskedRecordingOnly) {
   run("record /tmp/speaker/clear --secrets --scenario " + input("a.scenario", lines));
   std::string text = content("/tmp/speaker/clear");
   text.replace(text.rfind(kMark), 9, "KEEP-THAT");
-  EXPECT_TRUE(has(run("replay " + input("changed", text)), "is answered differently"));
+  const std::string output = run("replay " + input("changed", text));
+  EXPECT_TRUE(has(output, "is answered differently"));
+  EXPECT_EQ(output.find("KEEP"), std::string::npos) << output;
+  EXPECT_TRUE(has(run("replay /tmp/speaker/changed --secrets"), "recorded  {psk=KEEP-THAT}\n"));
 }
 
 TEST_F(Secrets, StayOutOfWhatThePipedConsoleSaysAndSaves) {

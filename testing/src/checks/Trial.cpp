@@ -26,6 +26,7 @@
 
 #include <vorn_testing/Stack.h>
 #include "../text/Spelling.h"
+#include "Checks.h"
 #include "Operations.h"
 #include "load/Load.h"
 #include "load/LockOrder.h"
@@ -280,7 +281,11 @@ void noteCrashes(Report& report) {
 }
 
 void Trial::ask(const std::string& shown, const std::function<void()>& call) {
-  if (m_known.dead.count(nameOf(shown))) notAsked(nameOf(shown) + "() fails, see its checks");
+  if (m_known.dead.count(nameOf(shown))) {
+    const std::string area = areaOf(nameOf(shown));
+    notAsked(demands.without.count(area) ? "the host is said to be without " + area
+                                         : nameOf(shown) + "() fails, see its checks");
+  }
   const OnItsWay onItsWay(m_report, shown);
   const auto after = [&] { return *m_report.context ? std::string(", ") + m_report.context : std::string(); };
   const pid_t process = getpid();
