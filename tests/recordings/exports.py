@@ -46,7 +46,8 @@ LINES = [
     call(1, duration=10, adapter="VornDeviceCapabilities", operation="onSetVolume", slot=61, arguments=["20"], result="true",
          waited=4, host=3),
     call(3, time=30, result="", exception=AWKWARD, thread="", threadNumber=3),
-    call(4, time=31, operation="getSystemSetting", slot=22, arguments=['"a b"', '""'], result="true", written=["value=" + AWKWARD]),
+    call(4, time=31, operation="getSystemSetting", slot=22, arguments=['"a b"', '""'], result="true",
+         written=["value=" + AWKWARD, "other=7"]),
     up(5, time=50, adapter="VornAudioIn", operation="sendAudioData", interface="AudioIn", slot=13, arguments=["[3, -32768, 0, 4]"]),
     up(6, time=60, adapter="VornAudioIn", operation="sendAudioData", interface="AudioIn", slot=13, arguments=["[]"]),
     call(7, time=70, direction="life", operation="Shutdown", interface="", slot=0, result=""),
@@ -89,7 +90,7 @@ class Exports(unittest.TestCase):
             "ph": "X", "name": "VornDeviceCapabilities.onSetVolume", "cat": "down", "pid": 1, "tid": 1, "ts": 10, "dur": 10,
             "args": {"call": 1, "arguments": ["20"], "result": "true", "waited": 4, "host": 3, "reached": True}})
         self.assertEqual(slices[3]["args"]["exception"], AWKWARD)
-        self.assertEqual(slices[4]["args"]["written"], ["value=" + AWKWARD])
+        self.assertEqual(slices[4]["args"]["written"], ["value=" + AWKWARD, "other=7"])
 
     def test_inner_calls_lie_inside_and_waiting_at_the_begin(self):
         slices = [event for event in self.events() if event["ph"] == "X"]
@@ -175,6 +176,12 @@ class Exports(unittest.TestCase):
                 waiting.append((source, target))
             elif arrow.startswith("--"):
                 self.assertIn((target, source), waiting)
+
+    def test_a_diagram_tells_answers_when_they_came(self):
+        self.write([call(1, time=0, duration=10, result="first"),
+                    call(2, time=5, duration=15, result="second", thread="other", threadNumber=2),
+                    call(3, time=30, result="third", thread="other", threadNumber=2)])
+        self.assertEqual([text for _, arrow, _, text in self.diagram()[1] if arrow == "-->>"], ["first", "second", "third"])
 
     def test_a_diagram_of_nothing_is_one(self):
         self.write([])

@@ -155,6 +155,20 @@ TEST(Format, MasksNotesAndCallsThatStandInAnothersPlace) {
   EXPECT_EQ(made.notes.at(0).text, "********");
 }
 
+TEST(Format, MasksCallsThatHadNotReturned) {
+  Recorded made = read(
+      R"({"open":{"call":1,"time":0,"thread":"assistant","direction":"down","adapter":"VornEMPAdapterControl","operation":"login","interface":"VornEMPAdapterIF","slot":3,"inside":0,"arguments":["KEEP-THIS","ada","true","1ms","x"]}})"
+      "\n");
+  made.mask();
+  EXPECT_EQ(made.open.at(0).call.statement(), "VornEMPAdapterControl.login ******** ada true 1ms x");
+}
+
+TEST(Format, MasksWhatWasWrittenInAWayThatCannotBeRead) {
+  Recorded made = read(call(1, {{"written", R"(["value=\"KEEP\\x2dTHIS","other=3"])"}}));
+  made.mask();
+  EXPECT_EQ(made.calls.at(0).call.answer(), "30 value=******** other=3");
+}
+
 TEST(Format, IsNotWaitedForInAPipeNorLookedForInADevice) {
   made::file("");
   ::mkfifo("/tmp/recordings/silent", 0600);
@@ -183,6 +197,15 @@ TEST(Format, TakesTheFirstVersionToo) {
       Recording::read(made::file("{\"recording\":\"vorn-speaker\",\"version\":1}\n" + call(1)));
   EXPECT_EQ(made.version, 1);
   EXPECT_EQ(made.calls.size(), 1U);
+  EXPECT_THROW(
+      try {
+        Recording::read(made::file("{\"recording\":\"vorn-speaker\",\"version\":1}\n{\"note\":\"a\"}\n"));
+      } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(),
+                     "/tmp/recordings/one:2: expected a line of a recording; expected the field call");
+        throw;
+      },
+      std::runtime_error);
 }
 
 struct Field {

@@ -153,6 +153,14 @@ TEST(Reports, TellCallsThatReachedNobody) {
                      "|----------------->| VornDeviceInfo.getVolume = 30 (reached nobody)"));
 }
 
+TEST(Reports, TellTheLivesOfAdaptersBetweenBothSides) {
+  EXPECT_TRUE(hasRow(
+      reported(call(
+          1,
+          {{"direction", "\"life\""}, {"operation", "\"Shutdown\""}, {"interface", "\"\""}, {"slot", "0"}})),
+      "| | VornDeviceInfo.Shutdown = 30"));
+}
+
 class Differences : public testing::Test {
  protected:
   /// Whether they are the same; what is told of it is kept.

@@ -14,6 +14,7 @@ Statements typed by a program.
   > save a b
   > save saved.scenario
   > save saved.scenario
+  > save "torn\x1b.scenario"
   > quit now
   > quit
   > assistant VornDeviceInfo.getTimezone
@@ -74,6 +75,7 @@ Statements typed by a program.
             ^ expected a file: save FILE
     3 lines in saved.scenario
     3 lines in saved.scenario
+    3 lines in torn\x1b.scenario
   [1]
   $ cat saved.scenario
   assistant VornDeviceInfo.getVolume

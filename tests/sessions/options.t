@@ -33,16 +33,15 @@ Options that are wrong, alone and together.
   vorn-speaker: --watchdog: expected a whole number, found soon
   Run with --help for more information.
   [2]
+  $ vorn-speaker --state state --watchdog 0 nothing.scenario > out && head -n 2 out
+  
+  nothing
   $ vorn-speaker --state state --color blue
   vorn-speaker: --color: blue not in {auto,always,never}
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state --port 0 serve
   vorn-speaker: --port: Value 0 not in range 1 to 65535
-  Run with --help for more information.
-  [2]
-  $ vorn-speaker --state state --port 70000 serve
-  vorn-speaker: --port: Value 70000 not in range 1 to 65535
   Run with --help for more information.
   [2]
   $ vorn-speaker --state state consol
@@ -220,3 +219,9 @@ Sound goes to a device in place of the file.
   $ HOME=$PWD vorn-speaker --state sound --alsa nowhere > out; test -e sound/answer.wav
   [1]
   $ vorn-speaker --state sound > out; test -s sound/answer.wav
+  $ HOME=$PWD vorn-speaker --state sound --alsa nowhere --audio sound/answer.wav nothing.scenario > out
+The program by another name, and one that lost what shipped with it.
+
+  $ ln -s "$(command -v vorn-speaker)" linked && ./linked --state state nothing.scenario > out
+  $ mkdir bin && cp "$(command -v vorn-speaker)" bin && bin/vorn-speaker --state state nothing.scenario 2>&1 | sed "s|$PWD|HERE|"
+  vorn-speaker: HERE/share/vorn-dal/speaker/device.toml: cannot be read: No such file or directory

@@ -157,6 +157,9 @@ A recording made by hand: what can stand in one, in both versions.
   3,30,notifyVolumeChanged
   4,1000,getSystemSetting
   6,2000,notifyMuteChanged
+  $ vorn-speaker export --format csv --output full full
+  vorn-speaker: full: is the recording, and the export would replace it; name another file
+  [2]
 How two differ.
 
   $ sed -e '3s/"result":"[^"]*"/"result":"false"/' -e '4d' -e '5s/channel/input/' full > other

@@ -223,6 +223,22 @@ TEST_F(StoreTest, NamesFileReasonAndRemedyWhenItsTableIsGone) {
   EXPECT_EQ(store.problem().find(problem), 0U) << store.problem();
 }
 
+TEST_F(StoreTest, SaysThatItsFileIsOneToReadOnly) {
+  {
+    Store store(kFile);
+    ASSERT_TRUE(store.open() && store.write({{"a", "1"}}));
+  }
+  // As a later SQLite marks what earlier ones may read and not write.
+  std::fstream(kFile, std::ios::in | std::ios::out | std::ios::binary).seekp(18).put(3);
+  Store store(kFile);
+  ASSERT_TRUE(store.open()) << store.problem();
+  EXPECT_FALSE(store.write({{"a", "2"}}));
+  EXPECT_EQ(
+      store.problem(),
+      std::string(kFile) + ": cannot be written: attempt to write a readonly database; nothing was changed.");
+  EXPECT_EQ(store.read("a"), (Entries{{"a", "1"}}));
+}
+
 TEST_F(StoreTest, TellsNothingRawThatAForeignSchemaSays) {
   Store store(kFile);
   ASSERT_TRUE(store.open());

@@ -41,6 +41,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Asked{"--watchdog 0x10", "--watchdog: expected a whole number, found 0x10"},
                     Asked{"--watchdog ' 5'", "--watchdog: expected a whole number, found  5"},
                     Asked{"serve --port 010", "--port: expected a whole number, found 010"},
+                    Asked{"--port 65536", "--port: Value 65536 not in range 1 to 65535"},
+                    Asked{"--watch ''", "--watch: expected a name, found nothing"},
                     Asked{"--port 8080", "--port and --watch are for serve"},
                     Asked{"replay a --watch b", "--port and --watch are for serve"},
                     Asked{"console a.scenario", "a.scenario: this command plays no scenario"},
@@ -169,7 +171,7 @@ TEST_F(Running, IsTheOnlyOneOnItsStateFolder) {
 TEST_F(Running, PrintsWhatItHasWhenItIsEnded) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     start(
-        "--real-time " +
+        "--real-time --strict " +
         file("long.scenario", "assistant VornAudioIn.startStreamingAudioData\nwait microphone\n" + kVolume));
     until("startStreamingAudioData");
     EXPECT_EQ(end(signal), 128 + signal);
@@ -178,9 +180,19 @@ TEST_F(Running, PrintsWhatItHasWhenItIsEnded) {
                 has(output, "vorn-speaker: ended by a signal"))
         << output;
     EXPECT_FALSE(has(output, "getVolume() ="));
+    EXPECT_FALSE(has(output, "expected a call of every operation")) << "nobody let it come that far";
+    EXPECT_FALSE(fs::exists(m_state + "/answer.wav"));
     fclose(m_output);
     m_output = nullptr;
   }
+}
+
+TEST_F(Running, RecordsEachCallWhenItHasReturned) {
+  const std::string recording = std::string(kFolder) + "/new";
+  start("--real-time record " + recording + " --scenario " +
+        file("long.scenario", kVolume + "assistant VornAudioIn.startStreamingAudioData\nwait microphone\n"));
+  until("startStreamingAudioData");
+  EXPECT_TRUE(has(content(recording), "\"operation\":\"getVolume\""));
 }
 
 TEST_F(Running, GoesOnWhereWhoStartedItLetsSignalsBeIgnored) {

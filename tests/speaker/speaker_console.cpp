@@ -197,6 +197,15 @@ TEST_F(Terminal, CompletesStatementsAndOperations) {
   EXPECT_EQ(quit(), 0);
 }
 
+TEST_F(Terminal, CompletesWhatSeveralHaveInCommonAndLeavesTheRestToBeTyped) {
+  type("assistant VornDeviceInfo.g\tV\t\t");
+  EXPECT_TRUE(shows("VornDeviceInfo.getVolume"));
+  EXPECT_TRUE(shows("VornDeviceInfo.getVSKCapabilities"));
+  type("olume\n");
+  EXPECT_TRUE(shows("getVolume() = 30"));
+  EXPECT_EQ(quit(), 0);
+}
+
 TEST_F(Terminal, OffersOnlyWhatTheSideCanCall) {
   type("firmware VornCommsManager.\t\n");
   EXPECT_TRUE(shows("notifyCallAction"));

@@ -221,6 +221,7 @@ TEST(Completion, OffersWhatTheTableHas) {
   EXPECT_EQ(completions("help VornDeviceInfo.getVol"), List{"VornDeviceInfo.getVolume"});
   EXPECT_EQ(completions("wait "), List{"microphone"});
   EXPECT_EQ(completions("remove Device"), (List{"DeviceCapabilities", "DeviceInfo"}));
+  EXPECT_EQ(completions(" wait  "), List{"microphone"});
 }
 
 /// The page about the speaker.

@@ -208,6 +208,7 @@ TEST(Read, GroupsAreNoTextsAndTextsNoGroups) {
   EXPECT_EQ(problem<std::string>("[a]"), "expected a text (in quotes if it begins with a bracket)");
   EXPECT_EQ(problem<List>("a"), "expected a list such as [en-US, de-DE], found a");
   EXPECT_EQ(problem<Set>("[a]"), "expected a set such as {alarm=07:00, city=Oslo}, found [a]");
+  EXPECT_EQ(problem<std::vector<short>>("3"), "expected samples such as [0, 120, -120], found 3");
   EXPECT_EQ(problem<std::vector<short>>("[1, 40000]"),
             "expected samples such as [0, 120, -120], found [1, 40000]");
 }
