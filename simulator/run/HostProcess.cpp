@@ -73,13 +73,14 @@ void enter(Phase phase) {
 
 void say(const std::string& text) { std::cerr << vorn_testing::harmless(text) << std::endl; }
 
-/// A request to end goes on to the process below; the terminal's own reach it anyway.
+/// A request to end goes on to the process below; the terminal's own reach it anyway when it is of our group.
 volatile sig_atomic_t g_child = 0;
+volatile sig_atomic_t g_ownGroup = 0;
 volatile sig_atomic_t g_requested = 0;
 
 void passOn(int signal, siginfo_t* info, void*) {
   g_requested = signal;
-  if (info->si_code <= 0) kill(g_child, signal);
+  if (g_ownGroup || info->si_code <= 0) kill(g_child, signal);
 }
 
 /// Ends what the host started and left behind: it is ours now.
@@ -168,9 +169,13 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
     sigprocmask(SIG_SETMASK, &before, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != above) _exit(kHostFailed);
+    // A host may signal its group, which would be whoever started us too. The console reads from the terminal, which only the
+    // group in front may.
+    if (apart) setpgid(0, 0);
     workBelow(apart, finished, work);
   }
   g_child = child;
+  g_ownGroup = apart;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction action {};
     action.sa_sigaction = passOn;

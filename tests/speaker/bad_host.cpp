@@ -96,6 +96,7 @@ void misbehave(const std::string& when) {
     for (int file = 0; file < 1024; ++file) close(file);
   if (what == "stop") raise(SIGSTOP);
   if (what == "kill") kill(getpid(), SIGKILL);
+  if (what == "kill-group") kill(0, SIGKILL);
   if (what == "exit") std::exit(0);
   if (what == "quick-exit") _exit(0);
   if (what == "hang") hang();
