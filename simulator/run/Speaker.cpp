@@ -26,6 +26,7 @@ namespace {
 
 constexpr std::size_t kMostRecent = 10000;
 constexpr unsigned long kMostRecorded = 4096;
+constexpr std::chrono::milliseconds kPart(100);  // of a wait: a request to end wakes nobody
 
 const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
   static const std::vector<std::pair<std::string, FakeAssistant::Area>> all = {
@@ -37,6 +38,17 @@ const std::vector<std::pair<std::string, FakeAssistant::Area>>& areas() {
       {"AppMessaging", FakeAssistant::kAppMessaging},
       {"CommsManager", FakeAssistant::kCommsManager}};
   return all;
+}
+
+/// Waits until it is so, but not beyond the time, nor beyond a request to end. Returns whether it is so.
+bool waitFor(std::condition_variable& changed, std::unique_lock<std::mutex>& lock,
+             std::chrono::milliseconds within, const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + within;
+  for (auto now = end - within; !condition(); now = std::chrono::steady_clock::now()) {
+    if (now >= end || endRequested() != 0) return false;
+    changed.wait_until(lock, std::min(end, now + kPart));
+  }
+  return true;
 }
 
 }  // namespace
@@ -134,6 +146,7 @@ void Speaker::play(const std::string& file, const std::vector<Step>& steps) {
     try {
       step.play(*this);
     } catch (const Unmet& error) {
+      if (endRequested() != 0) break;
       const std::string told = oneLine(file) + ":" + std::to_string(step.line) + ": " + error.what();
       if (!m_keepGoing) throw Unmet(told);
       m_printer.say(told);
@@ -161,7 +174,7 @@ void Speaker::ended(const Crossing& crossing) {
 
 bool Speaker::holds(std::chrono::milliseconds within, const std::function<bool()>& condition) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  return m_arrived.wait_for(lock, within, condition);
+  return waitFor(m_arrived, lock, within, condition);
 }
 
 void Speaker::disturb(const Crossing& crossing) {
@@ -171,7 +184,7 @@ void Speaker::disturb(const Crossing& crossing) {
   if (found == m_disturbances.end()) return;
   const Disturbance disturbance = found->second;
   const auto restored = [&] { return m_disturbances.count(name) == 0; };
-  if (m_restored.wait_for(lock, disturbance.delay, restored)) return;
+  if (waitFor(m_restored, lock, disturbance.delay, restored)) return;
   if (disturbance.failure) throw std::runtime_error(*disturbance.failure);
 }
 
@@ -389,7 +402,10 @@ void Speaker::answer(const std::string& question, const std::string& value) {
   if (question == "playbackActionAccepted") answers.playbackActionAccepted = value == "true";
 }
 
-void Speaker::waitForMicrophone() { m_microphone.wait(); }
+void Speaker::waitForMicrophone() {
+  while (!m_microphone.wait(kPart) && endRequested() == 0) {
+  }
+}
 
 void Speaker::adapter(const std::string& name, bool live) {
   m_firmware->run([&] {

@@ -187,6 +187,19 @@ TEST_F(Running, PrintsWhatItHasWhenItIsEnded) {
   }
 }
 
+TEST_F(Running, WaitsForNothingWhenItIsEnded) {
+  for (const char* const waits :
+       {"expect call VornDeviceInfo.notifyVolumeChanged within 86400s\n", "expect heard 7 within 86400s\n",
+        "delay VornDeviceInfo.getVolume 86400s\nassistant VornDeviceInfo.getVolume\n"}) {
+    start(file("long.scenario", "assistant VornDeviceInfo.getMuteStatus\n" + std::string(waits)));
+    until("getMuteStatus");
+    EXPECT_EQ(end(SIGTERM), 128 + SIGTERM);
+    EXPECT_FALSE(has(until("never"), "expected")) << "nobody let it come that far";
+    fclose(m_output);
+    m_output = nullptr;
+  }
+}
+
 TEST_F(Running, RecordsEachCallWhenItHasReturned) {
   const std::string recording = std::string(kFolder) + "/new";
   start("--real-time record " + recording + " --scenario " +

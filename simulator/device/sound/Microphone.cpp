@@ -41,9 +41,9 @@ void Microphone::stop() {
   if (m_thread.get_id() != std::this_thread::get_id()) m_changed.wait(lock, [this] { return !m_running; });
 }
 
-void Microphone::wait() {
+bool Microphone::wait(std::chrono::milliseconds atMost) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  m_changed.wait(lock, [this] { return !m_running; });
+  return m_changed.wait_for(lock, atMost, [this] { return !m_running; });
 }
 
 void Microphone::run(std::vector<short> samples) {

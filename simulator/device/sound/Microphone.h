@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -38,8 +39,8 @@ class Microphone {
   /// then the last.
   void stop();
 
-  /// Waits until the sound has been heard to its end, or was stopped.
-  void wait();
+  /// Waits until the sound has been heard to its end, or was stopped. Returns whether that is so.
+  bool wait(std::chrono::milliseconds atMost = std::chrono::hours(24));
 
  private:
   void run(std::vector<short> samples);
