@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -328,6 +329,20 @@ TEST_F(Following, ReadsAFileThatWasCutFromItsBeginning) {
   EXPECT_EQ(lineWith("new"), "?  new\n");
 }
 
+TEST_F(Following, TellsItsNewsAfterTheLinesBeforeThem) {
+  write("old");
+  follow("");
+  lineWith("old");
+  kill(m_reader, SIGSTOP);
+  ASSERT_EQ(waitpid(m_reader, nullptr, WUNTRACED), m_reader);
+  write("the rest");
+  std::filesystem::rename("/tmp/trace", "/tmp/trace.old");
+  write("new");
+  kill(m_reader, SIGCONT);
+  EXPECT_EQ(lineWith("the rest"), "?  the rest\n");
+  EXPECT_EQ(lineWith("replaced"), "vorn-log: /tmp/trace was replaced; reading the new file\n");
+}
+
 TEST_F(Following, ReadsTheRestOfAFileThatIsReplacedAndThenTheNewOne) {
   write("old");
   follow("");
@@ -339,7 +354,7 @@ TEST_F(Following, ReadsTheRestOfAFileThatIsReplacedAndThenTheNewOne) {
   }
   EXPECT_EQ(lineWith("the rest"), "?  the rest\n");
   write("new");
-  EXPECT_EQ(lineWith("new"), "?  new\n");
+  EXPECT_EQ(lineWith("?  new"), "?  new\n");
 }
 
 TEST_F(Following, WaitsForAFileThatWasRemoved) {
