@@ -199,7 +199,7 @@ int fulfil(Request& request, std::ostream& out) {
   if (endRequested() == 0) settings.sink->finish();
   if (!settings.sink->problem().empty()) {
     complain(settings.sink->problem());
-    status = std::max(status, kFailed);
+    status = kFailed;
   }
   if (endRequested() == 0) return status;
   out.flush();

@@ -218,7 +218,6 @@ void Console::help(const std::string& topic) const {
               << usage(operation) << '\n'
               << parameterHelp(operation);
   }
-  std::cout.flush();
 }
 
 void Console::save(const std::string& path) {

@@ -64,6 +64,7 @@ std::optional<Unreadable> mismatch(const Operation& operation, const std::vector
 
 BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& arguments, std::size_t end) {
   std::optional<Unreadable> problem;
+  std::pair<bool, std::size_t> best;
   bool otherSide = false;
   for (const Operation& operation : operations()) {
     if (operation.fullName() != name.text) continue;
@@ -72,15 +73,18 @@ BoundCall bindCall(Caller caller, const Token& name, const std::vector<Token>& a
       continue;
     }
     std::optional<Unreadable> unfit = mismatch(operation, arguments, end);
-    if (!unfit) {
+    const bool counted = !unfit;
+    if (counted) {
       try {
         return operation.bind(arguments);
       } catch (const Unreadable& error) {
         unfit.emplace(error.with(", in " + usage(operation)));
       }
     }
-    // Of several overloads, the one that was read furthest is the one that was meant.
-    if (!problem || unfit->column > problem->column) problem.emplace(*unfit);
+    // Of several overloads, the one that takes as many arguments is the one that was meant, then the one that was read
+    // furthest.
+    const std::pair<bool, std::size_t> read(counted, unfit->column);
+    if (!problem || read > best) problem.emplace(*unfit), best = read;
   }
   if (problem) throw *problem;
   if (otherSide) {

@@ -11,14 +11,15 @@ Loudness loudness(const std::string& spelled) {
   double squares = 0;
   for (const char* at = spelled.c_str(); *at;) {
     char* end = nullptr;
-    const long sample = *at == '-' || (*at >= '0' && *at <= '9') ? std::strtol(at, &end, 10) : 0;
+    // Without its sign, which makes nothing louder.
+    const long sample = *at >= '0' && *at <= '9' ? std::strtol(at, &end, 10) : 0;
     if (!end || end == at) {
       ++at;
       continue;
     }
     at = end;
     ++sound.samples;
-    sound.peak = std::max(sound.peak, static_cast<int>(std::min(std::labs(sample), 32768L)));
+    sound.peak = std::max(sound.peak, static_cast<int>(std::min(sample, 32768L)));
     squares += static_cast<double>(sample) * static_cast<double>(sample);
   }
   if (sound.samples > 0)

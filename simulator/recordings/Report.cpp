@@ -227,7 +227,7 @@ class Comparison {
   }
 
   static std::string shown(const Crossing& call) {
-    return call.thread + ": " + call.statement() + " = " + oneLine(call.outcome());
+    return call.thread + ": " + call.statement() + " = " + call.outcome();
   }
 
   void only(const Side& side, const Side::Item& item) {

@@ -27,6 +27,8 @@ A scenario with many mistakes, each told with its place, what was expected and w
   > assistant VornStorage.readKeyValue "a"b
   > assistant VornStorage.readKeyValue a]b
   > assistant VornDeviceCapabilities.onAdjustRangeValue 1,5
+  > assistant VornDeviceCapabilities.onSetPowerState perhaps
+  > assistant VornDeviceCapabilities.onSetPowerState perhaps television
   > firmware VornDeviceInfo.notifyLocaleChange {en=GB}
   > assistant VornDeviceCapabilities.onAdjustRangeValue nan
   > assistant VornEMPAdapterControl.skipForward 10 music
@@ -101,53 +103,55 @@ A scenario with many mistakes, each told with its place, what was expected and w
   bad.scenario:22:38: expected one of the escapes \n \t \" \\ \x41
   bad.scenario:24:39: expected a blank after the value
   bad.scenario:26:53: expected a number, found 1,5, in VornDeviceCapabilities.onAdjustRangeValue delta
-  bad.scenario:27:44: expected a text (in quotes if it begins with a bracket), in VornDeviceInfo.notifyLocaleChange locale
-  bad.scenario:30:45: expected a duration such as 500ms or 2s, found 10h, in VornEMPAdapterControl.skipForward offset playerId
-  bad.scenario:31:62: expected a duration such as 500ms or 2s, found soon, in VornAudioIn.notifyAlexaButtonPress type duration
-  bad.scenario:32:10: expected a whole number, found VornDeviceInfo.getVolume
-  bad.scenario:33:10: expected 2 to 64 threads, found 1
-  bad.scenario:34:10: expected 2 to 64 threads, found 65
-  bad.scenario:35:12: VornDeviceInfo.notifyVolumeChanged is called by the firmware, not by the assistant
-  bad.scenario:36:7: expected the result, or call, no call, heard, trace or every operation
-  bad.scenario:37:12: expected an operation such as VornDeviceInfo.getVolume
-  bad.scenario:38:13: expected an operation, found VornDeviceInfo.getVolumes; did you mean VornDeviceInfo.getVolume?
-  bad.scenario:39:48: expected a whole number, found three, in VornDeviceInfo.notifyVolumeChanged volume
-  bad.scenario:40:38: expected the end of the line after VornDeviceInfo.getVolume, found within
-  bad.scenario:42:45: expected a duration such as 500ms or 2s, found 25h
-  bad.scenario:43:45: expected a duration of a day at most, found -1s
-  bad.scenario:44:10: expected one of call
-  bad.scenario:45:16: expected an operation, found VornDeviceInfo.getVolumes; did you mean VornDeviceInfo.getVolume?
-  bad.scenario:46:13: expected a number of samples, or some
-  bad.scenario:47:14: expected a number of samples, or some, found -1
-  bad.scenario:48:14: expected a number of samples, or some, found more
-  bad.scenario:49:16: expected the end of the line, found 4
-  bad.scenario:50:13: expected a part of a trace line
-  bad.scenario:51:16: expected the end of the line, found b
-  bad.scenario:52:13: expected one of operation
-  bad.scenario:53:24: expected the end of the line, found now
-  bad.scenario:54:7: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace
-  bad.scenario:55:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found Everything
-  bad.scenario:56:12: expected the end of the line, found now
-  bad.scenario:57:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found DeviceInf; did you mean DeviceInfo?
-  bad.scenario:58:7: expected one of authStatus, messageAccepted, playbackActionAccepted
-  bad.scenario:59:8: expected one of authStatus, messageAccepted, playbackActionAccepted, found authStats; did you mean authStatus?
-  bad.scenario:60:18: expected the answer
-  bad.scenario:61:24: expected true or false, found perhaps
-  bad.scenario:62:29: expected the end of the line, found now
-  bad.scenario:63:31: expected a duration such as 500ms or 2s
-  bad.scenario:64:32: expected a duration such as 500ms or 2s, found soon
-  bad.scenario:65:35: expected the end of the line, found now
-  bad.scenario:66:30: expected the text of the exception
-  bad.scenario:67:33: expected the end of the line, found b
-  bad.scenario:68:8: expected an operation such as VornDeviceInfo.getVolume
-  bad.scenario:69:34: expected the end of the line, found now
-  bad.scenario:70:5: expected one of microphone
-  bad.scenario:71:6: expected one of microphone, found loudspeaker
-  bad.scenario:72:17: expected the end of the line, found now
-  bad.scenario:73:8: expected a title
-  bad.scenario:74:11: expected the end of the line, found b
-  bad.scenario:75:54: expected name, a text, in VornMediaPlayerFactory.createDalMediaPlayer name firstFlag secondFlag
-  bad.scenario:76:62: expected file, a text, in VornAttachmentReaderContainerInterfaceImpl.sendData file
+  bad.scenario:27:50: expected true or false, found perhaps, in VornDeviceCapabilities.onSetPowerState on
+  bad.scenario:28:50: expected true or false, found perhaps, in VornDeviceCapabilities.onSetPowerState on target
+  bad.scenario:29:44: expected a text (in quotes if it begins with a bracket), in VornDeviceInfo.notifyLocaleChange locale
+  bad.scenario:32:45: expected a duration such as 500ms or 2s, found 10h, in VornEMPAdapterControl.skipForward offset playerId
+  bad.scenario:33:62: expected a duration such as 500ms or 2s, found soon, in VornAudioIn.notifyAlexaButtonPress type duration
+  bad.scenario:34:10: expected a whole number, found VornDeviceInfo.getVolume
+  bad.scenario:35:10: expected 2 to 64 threads, found 1
+  bad.scenario:36:10: expected 2 to 64 threads, found 65
+  bad.scenario:37:12: VornDeviceInfo.notifyVolumeChanged is called by the firmware, not by the assistant
+  bad.scenario:38:7: expected the result, or call, no call, heard, trace or every operation
+  bad.scenario:39:12: expected an operation such as VornDeviceInfo.getVolume
+  bad.scenario:40:13: expected an operation, found VornDeviceInfo.getVolumes; did you mean VornDeviceInfo.getVolume?
+  bad.scenario:41:48: expected a whole number, found three, in VornDeviceInfo.notifyVolumeChanged volume
+  bad.scenario:42:38: expected the end of the line after VornDeviceInfo.getVolume, found within
+  bad.scenario:44:45: expected a duration such as 500ms or 2s, found 25h
+  bad.scenario:45:45: expected a duration of a day at most, found -1s
+  bad.scenario:46:10: expected one of call
+  bad.scenario:47:16: expected an operation, found VornDeviceInfo.getVolumes; did you mean VornDeviceInfo.getVolume?
+  bad.scenario:48:13: expected a number of samples, or some
+  bad.scenario:49:14: expected a number of samples, or some, found -1
+  bad.scenario:50:14: expected a number of samples, or some, found more
+  bad.scenario:51:16: expected the end of the line, found 4
+  bad.scenario:52:13: expected a part of a trace line
+  bad.scenario:53:16: expected the end of the line, found b
+  bad.scenario:54:13: expected one of operation
+  bad.scenario:55:24: expected the end of the line, found now
+  bad.scenario:56:7: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace
+  bad.scenario:57:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found Everything
+  bad.scenario:58:12: expected the end of the line, found now
+  bad.scenario:59:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found DeviceInf; did you mean DeviceInfo?
+  bad.scenario:60:7: expected one of authStatus, messageAccepted, playbackActionAccepted
+  bad.scenario:61:8: expected one of authStatus, messageAccepted, playbackActionAccepted, found authStats; did you mean authStatus?
+  bad.scenario:62:18: expected the answer
+  bad.scenario:63:24: expected true or false, found perhaps
+  bad.scenario:64:29: expected the end of the line, found now
+  bad.scenario:65:31: expected a duration such as 500ms or 2s
+  bad.scenario:66:32: expected a duration such as 500ms or 2s, found soon
+  bad.scenario:67:35: expected the end of the line, found now
+  bad.scenario:68:30: expected the text of the exception
+  bad.scenario:69:33: expected the end of the line, found b
+  bad.scenario:70:8: expected an operation such as VornDeviceInfo.getVolume
+  bad.scenario:71:34: expected the end of the line, found now
+  bad.scenario:72:5: expected one of microphone
+  bad.scenario:73:6: expected one of microphone, found loudspeaker
+  bad.scenario:74:17: expected the end of the line, found now
+  bad.scenario:75:8: expected a title
+  bad.scenario:76:11: expected the end of the line, found b
+  bad.scenario:77:54: expected name, a text, in VornMediaPlayerFactory.createDalMediaPlayer name firstFlag secondFlag
+  bad.scenario:78:62: expected file, a text, in VornAttachmentReaderContainerInterfaceImpl.sendData file
   [2]
 The rest of very many is not read.
 

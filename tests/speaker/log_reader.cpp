@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <poll.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +17,8 @@
 
 #include <vorn_testing/Operations.h>
 #include <vorn_testing/TraceLine.h>
+
+#include "support/eventually.h"
 
 namespace {
 
@@ -326,6 +330,22 @@ TEST_F(Following, ReadsAFileThatWasCutFromItsBeginning) {
   std::ofstream("/tmp/trace", std::ios::trunc) << " Time: new\n";
   EXPECT_EQ(lineWith("cut short"), "vorn-log: /tmp/trace was cut short; reading it from the beginning\n");
   EXPECT_EQ(lineWith("new"), "?  new\n");
+  std::filesystem::resize_file("/tmp/trace", 10);
+  EXPECT_EQ(lineWith("cut short"), "vorn-log: /tmp/trace was cut short; reading it from the beginning\n");
+}
+
+TEST_F(Following, TellsItsNewsAfterTheLinesBeforeThem) {
+  write("old");
+  follow("");
+  lineWith("old");
+  kill(m_reader, SIGSTOP);
+  ASSERT_EQ(waitpid(m_reader, nullptr, WUNTRACED), m_reader);
+  write("the rest");
+  std::filesystem::rename("/tmp/trace", "/tmp/trace.old");
+  write("new");
+  kill(m_reader, SIGCONT);
+  EXPECT_EQ(lineWith("the rest"), "?  the rest\n");
+  EXPECT_EQ(lineWith("replaced"), "vorn-log: /tmp/trace was replaced; reading the new file\n");
 }
 
 TEST_F(Following, ReadsTheRestOfAFileThatIsReplacedAndThenTheNewOne) {
@@ -339,7 +359,7 @@ TEST_F(Following, ReadsTheRestOfAFileThatIsReplacedAndThenTheNewOne) {
   }
   EXPECT_EQ(lineWith("the rest"), "?  the rest\n");
   write("new");
-  EXPECT_EQ(lineWith("new"), "?  new\n");
+  EXPECT_EQ(lineWith("?  new"), "?  new\n");
 }
 
 TEST_F(Following, WaitsForAFileThatWasRemoved) {
@@ -382,6 +402,22 @@ TEST_F(Following, PrintsItsCountsWhenItIsEnded) {
     fclose(m_output);
     m_output = nullptr;
   }
+}
+
+TEST_F(Following, EndsAtOnceAtTheSecondSignalAlsoWhenNobodyTakesWhatItSays) {
+  std::string lines;
+  for (int i = 0; i < 10000; ++i) lines += " Time: a\n";
+  writeRaw(lines);
+  follow("--all --explain");  // says more of each block that it reads than a pipe holds
+  pollfd shown{fileno(m_output), POLLIN, 0};
+  ASSERT_EQ(poll(&shown, 1, 60000), 1);
+  int ended = 0;
+  ASSERT_TRUE(eventually([&] {
+    kill(m_reader, SIGINT);
+    return waitpid(m_reader, &ended, WNOHANG) == m_reader;
+  }));
+  m_reader = -1;
+  EXPECT_TRUE(WIFSIGNALED(ended) && WTERMSIG(ended) == SIGINT) << ended;
 }
 
 }  // namespace

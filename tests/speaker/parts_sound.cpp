@@ -1,11 +1,15 @@
 // The speaker's ears and mouth: microphone, decoding, players and the file they play into.
 
+#include <alsa/asoundlib.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sndfile.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
@@ -354,6 +358,46 @@ TEST_F(OthersFile, StaysWhenTheDiskIsFullAndNothingElseIsLeft) {
         play();
       },
       testing::ExitedWithCode(0), "^/tmp/[^:]*: [^\n]*is the disk full[^\n]*\nout.wav: dear to somebody\n$");
+}
+
+/// A device that takes three frames at a time, and fails after the first three when it is bad.
+struct Device {
+  bool bad = false;
+  std::vector<short> heard;
+  int closed = 0;
+} g_device;
+
+}  // namespace
+
+// In place of the library's, for a sink that plays to its device "null".
+extern "C" snd_pcm_sframes_t snd_pcm_writei(snd_pcm_t*, const void* samples, snd_pcm_uframes_t frames) {
+  if (g_device.bad && !g_device.heard.empty()) return -EIO;
+  const auto taken = std::min<snd_pcm_uframes_t>(frames, 3);
+  const auto* const first = static_cast<const short*>(samples);
+  g_device.heard.insert(g_device.heard.end(), first, first + 2 * taken);
+  return static_cast<snd_pcm_sframes_t>(taken);
+}
+
+extern "C" int snd_pcm_close(snd_pcm_t* device) {
+  ++g_device.closed;
+  return reinterpret_cast<int (*)(snd_pcm_t*)>(dlsym(RTLD_NEXT, "snd_pcm_close"))(device);
+}
+
+namespace {
+
+TEST(SinkTest, PlaysToADeviceWhatThatTakesAndClosesItAlsoWhenItFails) {
+  Sound stereo;
+  stereo.rate = 16000;
+  stereo.channels = 2;
+  for (short i = 0; i < 14; ++i) stereo.samples.push_back(i);
+  g_device = {};
+  vorn_speaker::AlsaSink("null").play(stereo);
+  EXPECT_EQ(g_device.heard, stereo.samples);
+  EXPECT_EQ(g_device.closed, 1);
+  g_device = {};
+  g_device.bad = true;
+  EXPECT_THROW(vorn_speaker::AlsaSink("null").play(stereo), std::runtime_error);
+  EXPECT_EQ(g_device.closed, 1);
 }
 
 TEST(SinkTest, NamesADeviceThatIsNotThere) {

@@ -184,6 +184,7 @@ class Terminal : public Session {
     ASSERT_GE(m_child, 0);
     if (m_child == 0) {
       setenv("TERM", "dumb", 1);
+      setenv("HOME", kFolder, 1);
       console();
     }
     m_shown = dup(m_typed);
@@ -296,6 +297,22 @@ TEST_F(Again, FindsItsLinesAndNothingElse) {
   EXPECT_EQ(quit(), 0);
   EXPECT_EQ(content(std::string(kFolder) + "/console-history"),
             "assistant VornDeviceInfo.getTimezone\nassistant VornDeviceInfo.getTimezone\n");
+}
+
+/// A person who gave a key a meaning for this program alone.
+class Bound : public Terminal {
+ protected:
+  void SetUp() override {
+    SpeakerProgram::SetUp();
+    file(".editrc", "vorn-speaker:bind -s ^G \"assistant VornDeviceInfo.getVolume\"\n");
+    start();
+  }
+};
+
+TEST_F(Bound, FindsItsKeys) {
+  type("\a\n");
+  EXPECT_TRUE(shows("getVolume() = 30"));
+  EXPECT_EQ(quit(), 0);
 }
 
 }  // namespace

@@ -59,22 +59,23 @@ bool TraceFile::replaced() {
   if (ours.st_size > m_at) return false;  // First the rest of this one.
   if (stat(m_path.c_str(), &named) != 0) {
     // What has it open may go on writing; a new file of that name is waited for.
-    if (!std::exchange(m_waiting, true)) m_say(m_path + " was removed or renamed; waiting for a new one");
+    if (!std::exchange(m_waiting, true)) m_news = m_path + " was removed or renamed; waiting for a new one";
     return false;
   }
   if (ours.st_ino != named.st_ino || ours.st_dev != named.st_dev) {
-    if (!m_waiting) m_say(m_path + " was replaced; reading the new file");
+    if (!m_waiting) m_news = m_path + " was replaced; reading the new file";
     close();
     return true;
   }
   if (ours.st_size >= m_at) return false;
-  m_say(m_path + " was cut short; reading it from the beginning");
+  m_news = m_path + " was cut short; reading it from the beginning";
   lseek(m_file, 0, SEEK_SET);
   m_at = 0;
   return true;
 }
 
 TraceFile::Event TraceFile::read(std::string& bytes) {
+  if (!m_news.empty()) m_say(std::exchange(m_news, std::string()));
   if (m_file < 0 && !open()) {
     poll(nullptr, 0, kMomentMs);
     return Event::kEndForNow;

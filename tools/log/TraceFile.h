@@ -34,6 +34,7 @@ class TraceFile {
   const std::string m_path;
   const bool m_follow;
   const std::function<void(const std::string&)> m_say;
+  std::string m_news;  ///< Told when all that was read before it has been shown.
   int m_file = -1;
   bool m_regular = false;
   bool m_pipe = false;

@@ -35,15 +35,13 @@ void endGently() {
   }
 }
 
+/// After what is on its way to standard output, which std::cerr flushes.
 void say(const std::string& text) { std::cerr << "vorn-log: " << vorn_testing::harmless(text) << '\n'; }
 
 int read(const Options& options) {
   Report report(options, std::cout);
   Records records([&](const Records::Record& record) { return report.take(record); });
-  TraceFile file(options.file, options.follow, [](const std::string& news) {
-    std::cout.flush();
-    say(news);
-  });
+  TraceFile file(options.file, options.follow, say);
   endGently();
   std::string bytes;
   bool more = true;

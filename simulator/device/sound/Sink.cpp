@@ -81,8 +81,7 @@ WavSink::WavSink(const std::string& path) : m_path(path), m_target(path), m_file
   // Whether it can be written is told now. It is made when there is something to write: what ends this process may leave
   // no time to remove it.
   close(openAside());
-  std::remove(m_aside.c_str());
-  m_aside.clear();
+  WavSink::giveUp();
 }
 
 void WavSink::refuse(const std::string& reason) const {
