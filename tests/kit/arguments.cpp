@@ -69,7 +69,8 @@ TEST(Samples, OfTextsThatNobodyExpects) {
   EXPECT_EQ(hostile[4], "'; DROP TABLE \"x\"; -- <![CDATA[ {\"a\":[[[[ $(false) `false`");
   EXPECT_EQ(hostile[5], "\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82");
   EXPECT_EQ(List(hostile.begin() + 6, hostile.end()),
-            (List{"99999999999999999999", "-1", "   ", "1e999", "(*[{\\", "\n", hostile[0], hostile[1]}));
+            (List{"99999999999999999999", "-1", "   ", "1e999", "(*[{\\", "\n", std::string(300, '\x80'),
+                  std::string(300, '\xf0')}));
 }
 
 TEST(Samples, OfListsHoldTheTextTwice) {

@@ -83,6 +83,8 @@ TEST(Operations, TakeWhatAHostIsSaidToAccept) {
   EXPECT_EQ(shown("onInputChange"), (List{R"(onInputChange("hdmi"))", R"(onInputChange("tv"))"}));
   EXPECT_EQ(shown("changeAlexaLocale"), List{R"(changeAlexaLocale("de-DE"))"});
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kHostile), 14);
+  EXPECT_EQ(named("onAdjustMode").samples(Given::kHostile), 28);
+  EXPECT_EQ(named("onAdjustMode").prepare(Given::kHostile, 15).shown, R"(onAdjustMode("light", -1))");
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kLent), 3);
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kLoad), 7);
   EXPECT_EQ(named("alexaStateChanged").samples(Given::kWord), 3);

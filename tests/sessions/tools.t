@@ -121,6 +121,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        80   remedy: Let nothing grow with the calls; give back what a call took.
         1   remedy: Let the thread look whether it is to go on.
         1   remedy: Look for it with find(): operator[] of a map makes what it does not find.
+        2   remedy: Look for the player by its id in every command.
        51   remedy: Look whether there is a first element before you use it.
         1   remedy: Make both from one value.
         1   remedy: Make it in the constructor, or by std::call_once().
@@ -202,6 +203,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        80   rule:   It answers whatever was called before, and twice in a row.
        65   rule:   It comes without a lock: several threads may be inside at once.
         1   rule:   It may come on the thread that pushes sound.
+        2   rule:   It moves the player that is named, and no other instead.
         1   rule:   It never answers null, however often it is asked.
         1   rule:   It never answers null, whatever was called before.
         1   rule:   It never answers null.
@@ -396,6 +398,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        16 VornEMPAdapterIF/.../in-sequence
        16 VornEMPAdapterIF/.../large-arguments
        16 VornEMPAdapterIF/.../lets-go
+        2 VornEMPAdapterIF/.../named
         1 VornEMPAdapterIF/.../utf8
   $ vorn-capture
   vorn-capture: where to? Name a file with -o

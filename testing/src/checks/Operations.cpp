@@ -206,7 +206,9 @@ auto* lentValues(const std::string& called, Given given, int which) {
   Values values(Sample<std::decay_t<Parameters>>::make(given, which)...);
   const auto& own = namedFor(called, given);
   if (!own.empty() && which >= samples(given)) {
-    const Texts& texts = own[static_cast<std::size_t>(which - samples(given)) % own.size()];
+    const auto past = static_cast<std::size_t>(which - samples(given));
+    const Texts& texts =
+        own[(given == Given::kHostile ? past / static_cast<std::size_t>(samples(given)) : past) % own.size()];
     std::size_t next = 0;
     std::apply([&](auto&... each) { (accept<Parameters>(each, texts, next), ...); }, values);
   }
@@ -347,7 +349,10 @@ std::vector<const Operation*> neighbours(const Operation& operation) {
 int Operation::samples(Given given) const {
   const bool named =
       given == Given::kPlain || given == Given::kLent || given == Given::kLoad || given == Given::kWord;
-  return checks::samples(given) + (named ? static_cast<int>(namedFor(name, given).size()) : 0);
+  const int count = checks::samples(given), own = static_cast<int>(namedFor(name, given).size());
+  // What is refused by its name is not taken to its number: every number comes with every name.
+  if (given == Given::kHostile && takesNumbers) return count + count * own;
+  return count + (named ? own : 0);
 }
 
 void takeAccepted(const HostDemands& demands) {

@@ -63,7 +63,9 @@ struct Sample<std::string> {
                                            "   ",
                                            "1e999",
                                            "(*[{\\",
-                                           "\n"};
+                                           "\n",
+                                           std::string(300, '\x80'),   // no character begins
+                                           std::string(300, '\xf0')};  // none ends
     switch (given) {
       case Given::kPlain:
         return which % 2 ? "Z\xc3\xbcrich \xe9\x9f\xb3\xe6\xa5\xbd" : "vorn-conformance";
@@ -72,7 +74,7 @@ struct Sample<std::string> {
       case Given::kLarge:
         return std::string(1 << 20, "a0["[which % 3]);
       case Given::kHostile:
-        return kHostile[which % 12];
+        return kHostile[which % 14];
       case Given::kLent:
         return which % 2 ? "Vorn\tConform@a/b:c;d,e=f?g&h|i%20\"j\" (k)[l]{m}#n\n  "
                          : "L" + std::string(kOwnPages, 'l');

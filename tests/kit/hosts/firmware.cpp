@@ -1,17 +1,24 @@
-// Mistakes of firmware that is built around something else than one mutex.
-
+// Mistakes of firmware that is built around something else than one mutex, and with what it is handed.
 #include <VornAudioIn.h>
 #include <VornDeviceInfo.h>
 #include <VornGUIOutput.h>
 #include <VornLEDController.h>
+#include <alloca.h>
+#include <fenv.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <regex>
+#include <set>
 #include <shared_mutex>
+#include <string>
 #include <thread>
 #include <unordered_map>
+#include <vector>
 
 #include "Filed.h"
 #include "Telling.h"
@@ -519,6 +526,217 @@ VORN_HOST("arguments", SearchByPattern, "onSearchAndPlay")
 VORN_HOST("asked back", TellsInSpin, "onSetVolume")
 VORN_HOST("asked back", TellsWhileWriting, "onMute")
 VORN_HOST("hosts", StopsForEver, "open")
+
+struct CommsInfoKept : Device {
+  const DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo* last = nullptr;
+  std::size_t changes = 0;
+  void onCommsStateChanged(
+      const DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo& info) override {
+    if (last && last->state != info.state) ++changes;
+    last = &info;
+  }
+};
+
+struct CblTextsClearedLater : Device {
+  std::string *address = nullptr, *code = nullptr;
+  void sendCBLInfo(std::string& first, std::string& second, std::int64_t&) override {
+    const Lock lock(mutex);
+    address = &first;
+    code = &second;
+  }
+  void alexaAuthStatusChanged(std::string) override {
+    const Lock lock(mutex);
+    if (!code) return;
+    address->clear();
+    code->clear();
+    address = code = nullptr;
+  }
+};
+
+struct LogRingOfPointers : Device {
+  std::vector<const std::string*> ring;
+  std::size_t bytes = 0;
+  void onLogEmitted(const std::string&, const std::string& second) override {
+    const Lock lock(mutex);
+    ring.push_back(&second);
+    if (ring.size() < 16) return;
+    for (const auto* const text : ring) bytes += std::string(*text).size();
+    ring.clear();
+  }
+};
+
+struct RemovesAtNextRead : Device {
+  const Texts* doomed = nullptr;
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    doomed = &keys;
+    return true;
+  }
+  Entries readKeyValue(const std::string& key) override {
+    {
+      const Lock lock(mutex);
+      if (doomed)
+        for (const auto& gone : Texts(*doomed)) store.erase(gone);
+      doomed = nullptr;
+    }
+    return Device::readKeyValue(key);
+  }
+};
+
+struct RangeAsIndex : Device {
+  std::vector<int> curve = std::vector<int>(101, 7);
+  Result onSetRangeValue(double value) override {
+    if (value < 0 || value > 100) return {false, "out of range"};
+    const Lock lock(mutex);
+    ++curve[static_cast<std::size_t>(static_cast<int>(value))];
+    return {true, ""};
+  }
+};
+
+struct RangeInSteps : Device {
+  double range = 0;
+  Result onAdjustRangeValue(double delta) override {
+    const Lock lock(mutex);
+    const double goal = range + delta;
+    if (std::isnan(goal)) return {false, "no number"};
+    while (range + 1 <= goal) range += 1;
+    while (range - 1 >= goal) range -= 1;
+    return {true, ""};
+  }
+};
+
+struct VolumeInOneByte : Device {
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    volume = std::min<int>(static_cast<std::uint8_t>(volume + std::clamp(delta, -100, 100)), 100);
+    return {true, ""};
+  }
+};
+
+struct MuteTwiceForgets : Device {
+  int before = 30;
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    muted = mute;
+    if (mute) before = volume;
+    volume = mute ? 0 : before;
+    return {true, ""};
+  }
+};
+
+struct RangePrintedIntoBuffer : Device {
+  Result onSetRangeValue(double value) override {
+    char text[40];
+    volatile const auto format = "%.1f";
+    std::sprintf(text, format, value);
+    return {true, text};
+  }
+};
+
+struct VolumeDeltaAsShort : Device {
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    volume = std::clamp(volume + static_cast<std::int16_t>(delta), 0, 100);
+    return {true, ""};
+  }
+};
+
+struct FloatingTraps : Device {
+  double range = 0;
+  Result onAdjustRangeValue(double delta) override {
+    const Lock lock(mutex);
+    feenableexcept(FE_INVALID | FE_DIVBYZERO);
+    range += delta;
+    const bool inside = range >= 0 && range <= 100;
+    fedisableexcept(FE_INVALID | FE_DIVBYZERO);
+    if (!inside) range = 0;
+    return {inside, ""};
+  }
+};
+
+struct CblCountdown : Device {
+  std::string bar;
+  void sendCBLInfo(std::string&, std::string&, std::int64_t& number) override {
+    const Lock lock(mutex);
+    bar.assign(static_cast<std::size_t>(number / 10), '#');
+  }
+};
+
+struct RefreshPerDay : Player {
+  long refreshes = 0;
+  bool login(const std::string& token, const std::string& name, bool force, Milliseconds interval,
+             std::string id) override {
+    refreshes = 86400000L / interval.count();
+    return Player::login(token, name, force, interval, std::move(id));
+  }
+};
+
+struct SkipsByTenths : Player {
+  std::int64_t position = 0;
+  bool skipForward(Milliseconds offset, std::string) override {
+    const Lock lock(mutex);
+    for (auto left = offset.count(); left > 0; left -= 100) ++position;
+    for (auto left = offset.count(); left < 0; left += 100) --position;
+    return true;
+  }
+};
+
+struct CardInsideCard : Device {
+  static std::size_t parse(const std::string& text, std::size_t at, char* deeper) {
+    char scratch[512] = {deeper ? *deeper : ' '};
+    while (at < text.size() && text[at] != ']' && text[at] != '}') {
+      if (text[at] == '[' || text[at] == '{') at = parse(text, at + 1, scratch);
+      ++at;
+    }
+    return at + static_cast<std::size_t>(scratch[511]);
+  }
+  bool renderGUICard(const std::string& document) override {
+    parse(document, 0, nullptr);
+    return Device::renderGUICard(document);
+  }
+};
+
+struct CutsAtCharacter : Device {
+  bool renderGUICard(const std::string& document) override {
+    std::size_t end = std::min<std::size_t>(document.size(), 40);
+    if (end < document.size())
+      while ((static_cast<unsigned char>(document.at(end)) & 0xC0) == 0x80) --end;
+    return Device::renderGUICard(document.substr(0, end));
+  }
+};
+
+struct WithoutItsPrefix : Device {
+  Result onLaunchTarget(std::string target) override {
+    if (target.empty()) return {false, "no target"};
+    return {target.substr(4) == "Music", ""};
+  }
+};
+
+struct CopiesOntoStack : Device {
+  void onLogEmitted(const std::string&, const std::string& second) override {
+    auto* const line = static_cast<char*>(alloca(64 * second.size() + 1));
+    for (std::size_t i = 0; i <= 64 * second.size(); i += 1024) static_cast<volatile char*>(line)[i] = 0;
+  }
+};
+
+VORN_HOST("kept", CommsInfoKept, "onCommsStateChanged")
+VORN_HOST("kept", CblTextsClearedLater, "sendCBLInfo|alexaAuthStatusChanged")
+VORN_HOST("kept", LogRingOfPointers, "onLogEmitted")
+VORN_HOST("kept", RemovesAtNextRead, "removeKeyValue|readKeyValue|writeKeyValue")
+VORN_HOST("arguments", RangeAsIndex, "onSetRangeValue")
+VORN_HOST("arguments", RangeInSteps, "onAdjustRangeValue")
+VORN_HOST("arguments", VolumeInOneByte, "onAdjustVolume")
+VORN_HOST("volume", MuteTwiceForgets, "onMute|getVolume")
+VORN_HOST("arguments", RangePrintedIntoBuffer, "onSetRangeValue")
+VORN_HOST("arguments", VolumeDeltaAsShort, "onAdjustVolume")
+VORN_HOST("arguments", FloatingTraps, "onAdjustRangeValue")
+VORN_HOST("arguments", CblCountdown, "sendCBLInfo")
+VORN_PLAYER("arguments", RefreshPerDay, "login")
+VORN_PLAYER("arguments", SkipsByTenths, "skipForward")
+VORN_HOST("arguments", CardInsideCard, "renderGUICard")
+VORN_HOST("arguments", CutsAtCharacter, "renderGUICard")
+VORN_HOST("arguments", WithoutItsPrefix, "onLaunchTarget")
+VORN_HOST("arguments", CopiesOntoStack, "onLogEmitted")
 
 }  // namespace
 }  // namespace hosts

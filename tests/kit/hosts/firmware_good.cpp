@@ -1,10 +1,14 @@
 // Hosts without a mistake, unusual in what the interface leaves to them.
+#include <VornAudioIn.h>
 
 #include <atomic>
 #include <cmath>
 #include <condition_variable>
+#include <deque>
 #include <fstream>
 #include <future>
+#include <memory>
+#include <shared_mutex>
 #include <sstream>
 
 #include "Filed.h"
@@ -429,6 +433,141 @@ VORN_HOST("good", GoodFileEach, "")
 VORN_HOST("good", GoodSpins, "")
 VORN_HOST("good", GoodSessions, "")
 VORN_HOST("good", GoodEchoing, "")
+
+struct GoodSharedLock : Device {
+  std::shared_mutex rw;
+  Entries readKeyValue(const std::string& key) override {
+    const std::shared_lock<std::shared_mutex> lock(rw);
+    const auto found = store.find(key);
+    return found == store.end() ? Entries() : Entries{*found};
+  }
+  bool writeKeyValue(Entries entries) override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    for (auto& entry : entries) store.insert_or_assign(entry.first, std::move(entry.second));
+    return true;
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    for (const auto& key : keys) store.erase(key);
+    return true;
+  }
+  bool clear() override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    store.clear();
+    return true;
+  }
+};
+
+struct GoodBoundedHistory : Device {
+  std::deque<std::string> history;
+  void remember(std::string text) {
+    const Lock lock(mutex);
+    history.push_back(std::move(text));
+    if (history.size() > 200) history.pop_front();
+  }
+  void alexaStateChanged(std::string state) override { remember(std::move(state)); }
+  void onLogEmitted(const std::string& first, const std::string& second) override {
+    remember(first + second);
+  }
+  void dialogUXStateChanged(std::string state) override { remember(std::move(state)); }
+};
+
+struct GoodStoreRefusesMuch : Device {
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    std::size_t fresh = 0;
+    for (const auto& entry : entries) fresh += !store.count(entry.first);
+    if (store.size() + fresh > 400) return false;
+    for (auto& entry : entries) store[entry.first] = std::move(entry.second);
+    return true;
+  }
+};
+
+struct GoodSharedDriver : Device {
+  static std::shared_ptr<std::atomic<int>> driver() {
+    static std::mutex guard;
+    static std::weak_ptr<std::atomic<int>> shared;
+    const Lock lock(guard);
+    auto one = shared.lock();
+    if (!one) shared = one = std::make_shared<std::atomic<int>>(30);
+    return one;
+  }
+  const std::shared_ptr<std::atomic<int>> level = driver();
+  int getVolume() override { return *level; }
+  Result onSetVolume(int wanted) override {
+    *level = std::clamp(wanted, 0, 100);
+    return {true, ""};
+  }
+  Result onAdjustVolume(int delta) override {
+    int now = *level;
+    while (!level->compare_exchange_weak(now, std::clamp(now + std::clamp(delta, -100, 100), 0, 100))) {
+    }
+    return {true, ""};
+  }
+};
+
+struct GoodOnePusherAnew : Device {
+  std::condition_variable wake;
+  bool ended = false;
+  std::uint64_t wanted = 0;
+  std::thread pusher{[this] {
+    std::vector<short> buffer(160);
+    std::unique_lock<std::mutex> lock(mutex);
+    while (!ended) {
+      wake.wait(lock, [this] { return ended || streaming; });
+      if (ended) return;
+      lock.unlock();
+      if (const auto audio = VornDeviceAbstractionLayer::VornAudioIn::getInstance())
+        audio->sendAudioData(buffer);
+      lock.lock();
+      wake.wait_for(lock, Milliseconds(10), [this] { return ended || !streaming; });
+    }
+  }};
+  ~GoodOnePusherAnew() override {
+    {
+      const Lock lock(mutex);
+      ended = true;
+    }
+    wake.notify_all();
+    pusher.join();
+  }
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    ++wanted;
+    streaming = true;
+    wake.notify_all();
+    return true;
+  }
+  void stopStreamingAudioData() override {
+    const Lock lock(mutex);
+    streaming = false;
+    wake.notify_all();
+  }
+};
+
+struct GoodRefusesControls : Device {
+  static bool plain(const std::string& text) {
+    return std::none_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; });
+  }
+  bool setSystemSetting(std::string key, std::string value) override {
+    return plain(value) && Device::setSystemSetting(std::move(key), std::move(value));
+  }
+  Result onSetMode(std::string mode, std::string value) override {
+    if (value != "cold" && value != "hot") return {false, "no such value"};
+    return Device::onSetMode(std::move(mode), std::move(value));
+  }
+  Result onSetVolume(int wanted) override {
+    if (wanted < 0 || wanted > 100) return {false, "out of range"};
+    return Device::onSetVolume(wanted);
+  }
+};
+
+VORN_HOST("good", GoodSharedLock, "")
+VORN_HOST("good", GoodBoundedHistory, "")
+VORN_HOST("good", GoodStoreRefusesMuch, "")
+VORN_HOST("good", GoodSharedDriver, "")
+VORN_HOST("good", GoodOnePusherAnew, "")
+VORN_HOST("good", GoodRefusesControls, "")
 
 }  // namespace
 }  // namespace hosts

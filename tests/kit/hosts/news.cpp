@@ -1,8 +1,8 @@
 // Mistakes in what a host tells the assistant side, and hosts that tell in ways of their own.
-
 #include <atomic>
 #include <optional>
 #include <set>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -517,6 +517,70 @@ VORN_HOST("good", GoodNewsRamp, "")
 VORN_HOST("good", GoodNewsLater, "")
 VORN_HOST("good", GoodNewsMore, "")
 VORN_HOST("good", GoodNewsAtOnce, "")
+
+struct NewsDroppedWhenBusy : Telling {
+  void offer(News news) {
+    {
+      const Lock lock(of_news);
+      if (waiting.size() >= 4) return;
+    }
+    tell(std::move(news));
+  }
+  void tellVolume(int value) override {
+    offer([value](auto& info) { info.notifyVolumeChanged(value); });
+  }
+};
+
+struct NewsUntilIdle : Telling {
+  std::atomic<bool> idle{false};
+  std::thread watch{[this] {
+    std::unique_lock<std::mutex> lock(of_news);
+    come.wait_for(lock, Milliseconds(400), [this] { return ended; });
+    idle = true;
+  }};
+  ~NewsUntilIdle() override {
+    end();
+    come.notify_all();
+    watch.join();
+  }
+  void tellMute(bool value) override {
+    if (!idle) Telling::tellMute(value);
+  }
+};
+
+struct NewsOfMovedValue : Telling {
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    const auto found = settings.find(key);
+    if (found == settings.end()) return false;
+    if (found->second == value) return true;
+    found->second = std::move(value);
+    tellSetting(key, value);
+    return true;
+  }
+};
+
+struct NewsOfSilence : Telling {
+  void tellMute(bool value) override {
+    Telling::tellMute(value);
+    tellVolume(value ? 0 : volume);
+  }
+};
+
+struct NewsHandsFreeOfOld : Telling {
+  void setAlexaHandsFreeState(bool on) override {
+    const Lock lock(mutex);
+    if (handsFree == on) return;
+    std::swap(handsFree, on);
+    tell([on](auto& info) { info.notifyHandsfreeStateChanged(on); });
+  }
+};
+
+VORN_HOST("news", NewsDroppedWhenBusy, "onSetVolume|onAdjustVolume")
+VORN_HOST("news", NewsUntilIdle, "onMute")
+VORN_HOST("news", NewsOfMovedValue, "setSystemSetting")
+VORN_HOST("news", NewsOfSilence, "onMute|getVolume")
+VORN_HOST("news", NewsHandsFreeOfOld, "setAlexaHandsFreeState")
 
 }  // namespace
 }  // namespace hosts

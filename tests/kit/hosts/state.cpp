@@ -1,13 +1,17 @@
 // Mistakes in what a host remembers: settings, volume, mute, the store.
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <deque>
 #include <fstream>
+#include <iterator>
 #include <list>
+#include <locale>
+#include <map>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -811,6 +815,272 @@ VORN_HOST("durable", SizeInByte, "writeKeyValue")
 VORN_HOST("durable", LockLeftBehind, "open")
 VORN_HOST("durable", AppendsOnly, "removeKeyValue")
 VORN_HOST("durable", OpenDropsTorn, "open|writeKeyValue")
+
+struct ReadCachedByAddress : Device {
+  const std::string* last = nullptr;
+  Entries answer;
+  Entries readKeyValue(const std::string& key) override {
+    const Lock lock(mutex);
+    if (last == &key) return answer;
+    last = &key;
+    const auto found = store.find(key);
+    return answer = found == store.end() ? Entries() : Entries{*found};
+  }
+  void forget() {
+    const Lock lock(mutex);
+    last = nullptr;
+  }
+  bool writeKeyValue(Entries entries) override {
+    forget();
+    return Device::writeKeyValue(std::move(entries));
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    forget();
+    return Device::removeKeyValue(keys);
+  }
+  bool clear() override {
+    forget();
+    return Device::clear();
+  }
+};
+
+struct KeysBySum : Device {
+  std::map<unsigned, std::pair<std::string, std::string>> slots;
+  static unsigned sum(const std::string& key) {
+    unsigned all = 0;
+    for (const char c : key) all += static_cast<unsigned char>(c);
+    return all;
+  }
+  Entries readKeyValue(const std::string& key) override {
+    const Lock lock(mutex);
+    const auto found = slots.find(sum(key));
+    return found == slots.end() || found->second.first != key ? Entries() : Entries{found->second};
+  }
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    for (auto& entry : entries) slots[sum(entry.first)] = entry;
+    return true;
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    for (const auto& key : keys) slots.erase(sum(key));
+    return true;
+  }
+  bool clear() override {
+    const Lock lock(mutex);
+    slots.clear();
+    return true;
+  }
+};
+
+struct SlotsReused : Device {
+  std::deque<std::string> order;
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    for (auto& entry : entries) {
+      if (!store.count(entry.first)) order.push_back(entry.first);
+      store[entry.first] = std::move(entry.second);
+      if (order.size() <= 128) continue;
+      store.erase(order.front());
+      order.pop_front();
+    }
+    return true;
+  }
+  bool clear() override {
+    const Lock lock(mutex);
+    store.clear();
+    order.clear();
+    return true;
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    for (const auto& key : keys) {
+      store.erase(key);
+      order.erase(std::remove(order.begin(), order.end(), key), order.end());
+    }
+    return true;
+  }
+};
+
+struct RemovesByCText : Device {
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    for (const auto& key : keys)
+      for (auto entry = store.begin(); entry != store.end();)
+        entry = std::strcmp(entry->first.c_str(), key.c_str()) == 0 ? store.erase(entry) : std::next(entry);
+    return true;
+  }
+};
+
+struct RemovesWhatWasFound : Device {
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    std::vector<Entries::iterator> found;
+    for (const auto& key : keys)
+      if (const auto entry = store.find(key); entry != store.end()) found.push_back(entry);
+    for (const auto& entry : found) store.erase(entry);
+    return true;
+  }
+};
+
+struct OpenStartsAnew : Device {
+  bool open() override {
+    const Lock lock(mutex);
+    store = Entries();
+    return true;
+  }
+};
+
+struct SparesTheFlash : Device {
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    for (auto& entry : entries) {
+      std::string& old = store[entry.first];
+      if (old.size() != entry.second.size() || old.compare(0, 8, entry.second, 0, 8) != 0)
+        old = std::move(entry.second);
+    }
+    return true;
+  }
+};
+
+struct BatchOfThirtyTwo : Device {
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    int count = 0;
+    for (auto& entry : entries)
+      if (count++ < 32) store[entry.first] = std::move(entry.second);
+    return true;
+  }
+};
+
+struct LengthOfSixteenBits : Device {
+  bool writeKeyValue(Entries entries) override {
+    for (auto& entry : entries) entry.second.resize(static_cast<std::uint16_t>(entry.second.size()));
+    return Device::writeKeyValue(std::move(entries));
+  }
+};
+
+struct EmptyMeansRemoved : Filed {
+  EmptyMeansRemoved() {
+    for (auto entry = store.begin(); entry != store.end();)
+      entry = entry->second.empty() ? store.erase(entry) : std::next(entry);
+  }
+};
+
+struct LoadsFirstPages : Filed {
+  LoadsFirstPages() {
+    std::size_t read = 0;
+    for (auto entry = store.begin(); entry != store.end();) {
+      read += entry->first.size() + entry->second.size() + 8;
+      entry = read > 65536 ? store.erase(entry) : std::next(entry);
+    }
+  }
+};
+
+struct ClearsInMemoryOnly : Filed {
+  bool clear() override {
+    const Lock lock(mutex);
+    store.clear();
+    return true;
+  }
+};
+
+struct KeyLengthInOneByte : Filed {
+  KeyLengthInOneByte() {
+    Entries loaded;
+    for (auto& entry : store) loaded[entry.first.substr(0, entry.first.size() & 0xFFU)] = entry.second;
+    store = loaded;
+  }
+};
+
+struct RemovesSavedLater : Filed {
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    std::size_t gone = 0;
+    for (const auto& key : keys) gone += store.erase(key);
+    return gone < keys.size() || save();
+  }
+};
+
+struct EmptyKeyIsExplained : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    if (!key.empty()) return Device::getSystemSetting(std::move(key), value);
+    value = "key required";
+    return false;
+  }
+};
+
+struct SettingByBeginning : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    for (auto& setting : settings)
+      if (setting.first.compare(0, key.size(), key) == 0) {
+        setting.second = std::move(value);
+        return true;
+      }
+    return false;
+  }
+};
+
+struct SettingAssignedThenChecked : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    const auto found = settings.find(key);
+    if (found == settings.end()) return false;
+    found->second = std::move(value);
+    return std::none_of(found->second.begin(), found->second.end(), [](char c) { return c >= 0 && c < ' '; });
+  }
+};
+
+struct LocaleOfTheSystem : Device {
+  void changeAlexaLocale(std::string wanted) override {
+    const Lock lock(mutex);
+    if (wanted.size() != 5 || wanted[2] != '-') return;
+    locale = wanted;
+    const std::locale rules(wanted.c_str());
+    (void)rules;
+  }
+};
+
+struct SettingsLieInStore : Device {
+  bool getSystemSetting(std::string key, std::string& value) override {
+    const Lock lock(mutex);
+    if (const auto stored = store.find("setting." + key); stored != store.end()) {
+      value = stored->second;
+      return true;
+    }
+    const auto found = settings.find(key);
+    if (found == settings.end()) return false;
+    value = found->second;
+    return true;
+  }
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    if (!settings.count(key)) return false;
+    store["setting." + key] = std::move(value);
+    return true;
+  }
+};
+
+VORN_HOST("store", ReadCachedByAddress, "readKeyValue")
+VORN_HOST("store", KeysBySum, "readKeyValue|writeKeyValue|removeKeyValue|clear")
+VORN_HOST("store", SlotsReused, "writeKeyValue|readKeyValue")
+VORN_HOST("store", RemovesByCText, "removeKeyValue")
+VORN_HOST("store", RemovesWhatWasFound, "removeKeyValue")
+VORN_HOST("store", OpenStartsAnew, "open|readKeyValue")
+VORN_HOST("store", SparesTheFlash, "writeKeyValue|readKeyValue")
+VORN_HOST("store", BatchOfThirtyTwo, "writeKeyValue|readKeyValue")
+VORN_HOST("store", LengthOfSixteenBits, "writeKeyValue|readKeyValue")
+VORN_HOST("durable", EmptyMeansRemoved, "readKeyValue|writeKeyValue")
+VORN_HOST("durable", LoadsFirstPages, "readKeyValue|writeKeyValue")
+VORN_HOST("durable", ClearsInMemoryOnly, "clear")
+VORN_HOST("durable", KeyLengthInOneByte, "readKeyValue|writeKeyValue")
+VORN_HOST("durable", RemovesSavedLater, "removeKeyValue")
+VORN_HOST("settings", EmptyKeyIsExplained, "getSystemSetting")
+VORN_HOST("settings", SettingByBeginning, "setSystemSetting|getSystemSetting")
+VORN_HOST("settings", SettingAssignedThenChecked, "setSystemSetting|getSystemSetting")
+VORN_HOST("settings", LocaleOfTheSystem, "changeAlexaLocale")
+VORN_HOST("settings", SettingsLieInStore, "setSystemSetting")
 
 }  // namespace
 }  // namespace hosts

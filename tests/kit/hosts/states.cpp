@@ -1,20 +1,25 @@
 // Mistakes that show in a state, at a word, at the first call or at the thirtieth, or when the assistant side asks back.
-
 #include <DeviceAbstractionLayer/AuthorizationStates.h>
 #include <DeviceAbstractionLayer/DeviceInfoConstants.h>
 #include <VornAudioIn.h>
 #include <VornDeviceCapabilities.h>
+#include <VornDeviceInfo.h>
 #include <VornLEDController.h>
 #include <VornOOBE.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <future>
+#include <map>
 #include <memory>
 #include <set>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "Filed.h"
 
@@ -532,6 +537,272 @@ struct ReturnsTwice : Device {
   }
 };
 VORN_HOST("process", ReturnsTwice, "onLaunchTarget")
+
+struct OverlayTimer : Device {
+  Result onSetVolume(int wanted) override {
+    std::thread([this] {
+      std::this_thread::sleep_for(Milliseconds(200));
+      const Lock lock(mutex);
+      card = "hide";
+    }).detach();
+    return Device::onSetVolume(wanted);
+  }
+};
+
+struct PusherPerStart : Device {
+  std::atomic<bool> on{false};
+  std::thread pusher;
+  ~PusherPerStart() override {
+    on = false;
+    if (pusher.joinable()) pusher.join();
+  }
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (on) return true;
+    on = true;
+    pusher = std::thread([this] {
+      std::vector<short> buffer(160);
+      while (on) {
+        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(buffer);
+        std::this_thread::sleep_for(Milliseconds(10));
+      }
+    });
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+
+struct OldPusherGoesOn : Device {
+  std::atomic<bool> on{false};
+  std::vector<std::thread> pushers;
+  ~OldPusherGoesOn() override {
+    on = false;
+    for (auto& pusher : pushers) pusher.join();
+  }
+  bool startStreamingAudioData() override {
+    const Lock lock(mutex);
+    if (on.exchange(true)) return true;
+    pushers.emplace_back([this] {
+      std::vector<short> buffer(160);
+      while (on) {
+        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(buffer);
+        std::this_thread::sleep_for(Milliseconds(10));
+      }
+    });
+    return true;
+  }
+  void stopStreamingAudioData() override { on = false; }
+};
+
+struct FreshPlayerEachTime : Device {
+  std::unique_ptr<Player> current;
+  VornEMPAdapterIF* getEMPAdapter() override {
+    const Lock lock(mutex);
+    current = std::make_unique<Player>();
+    return current.get();
+  }
+};
+VORN_HOST("memory", FreshPlayerEachTime,
+          "getEMPAdapter|getPlaybackState|pause|login|launchAndPlay|resume|stop")
+
+struct UnmutesUnderLock : Device {
+  Result onAdjustVolume(int delta) override {
+    const Lock lock(mutex);
+    if (muted && delta > 0) onMute(false);
+    volume = std::clamp(volume + std::clamp(delta, -100, 100), 0, 100);
+    return {true, ""};
+  }
+};
+
+struct RepeatTurnsShuffleOff : Player {
+  bool shuffle = false;
+  bool setShuffleOn(std::string) override {
+    const Lock lock(mutex);
+    return shuffle = true;
+  }
+  bool setShuffleOff(std::string) override {
+    const Lock lock(mutex);
+    shuffle = false;
+    return true;
+  }
+  bool setRepeatOne(std::string id) override {
+    const Lock lock(mutex);
+    return !shuffle || setShuffleOff(std::move(id));
+  }
+};
+
+struct StateAfterBuffering : Player {
+  std::condition_variable ready;
+  bool buffering = false;
+  bool launchAndPlay(std::string token, Milliseconds offset, std::string id) override {
+    {
+      const Lock lock(mutex);
+      buffering = offset.count() > 0;
+    }
+    return Player::launchAndPlay(std::move(token), offset, std::move(id));
+  }
+  bool resume(std::string id) override {
+    {
+      const Lock lock(mutex);
+      buffering = false;
+      ready.notify_all();
+    }
+    return Player::resume(std::move(id));
+  }
+  std::string getPlaybackState(std::string) override {
+    std::unique_lock<std::mutex> lock(mutex);
+    ready.wait(lock, [this] { return !buffering; });
+    return playback;
+  }
+};
+
+struct AsksAdapterWhenOffline : Device {
+  bool online = false;
+  void updateInternetConnectionStatus(bool connected) override {
+    const bool lost = online && !connected;
+    online = connected;
+    if (!lost) return;
+    if (const auto info = VornDeviceInfo::getInstance()) info->getNetworkConnectionStatus();
+  }
+};
+
+struct PlayWaitsForAnswer : Device {
+  std::condition_variable answered;
+  Result onChangePlaybackPlay(std::string) override {
+    std::unique_lock<std::mutex> lock(mutex);
+    const bool changes = playback != "PLAYING";
+    playback = "PLAYING";
+    answered.wait_for(lock, Milliseconds(30000), [changes] { return changes; });
+    return {changes, ""};
+  }
+};
+
+struct NoPlayerInCall : Device {
+  bool calling = false;
+  void onCommsStateChanged(
+      const ::DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo& info) override {
+    const Lock lock(mutex);
+    calling = !info.state.empty();
+  }
+  VornEMPAdapterIF* getEMPAdapter() override {
+    const Lock lock(mutex);
+    return calling ? nullptr : &player;
+  }
+};
+
+struct NoPlayerWithoutAccount : Device {
+  bool account = true;
+  void alexaAuthStatusChanged(std::string status) override {
+    const Lock lock(mutex);
+    account = status == "AUTHORIZED" || status == "REFRESHED";
+  }
+  VornEMPAdapterIF* getEMPAdapter() override {
+    const Lock lock(mutex);
+    return account ? &player : nullptr;
+  }
+};
+
+struct PausesTheLast : Player {
+  std::map<std::string, std::string> states;
+  std::string last;
+  bool put(const std::string& id, const char* state) {
+    const Lock lock(mutex);
+    states[id] = state;
+    return true;
+  }
+  bool launchAndPlay(std::string, Milliseconds, std::string id) override {
+    put(id, "PLAYING");
+    const Lock lock(mutex);
+    last = std::move(id);
+    return true;
+  }
+  bool resume(std::string id) override { return put(id, "PLAYING"); }
+  bool stop(std::string id) override { return put(id, "STOPPED"); }
+  bool pause(std::string) override {
+    const Lock lock(mutex);
+    states[last] = "PAUSED";
+    return true;
+  }
+  std::string getPlaybackState(std::string id) override {
+    const Lock lock(mutex);
+    const auto found = states.find(id);
+    return found == states.end() ? "IDLE" : found->second;
+  }
+};
+
+struct PromisesTwice : Device {
+  std::promise<void> initialized;
+  void notifyMainAppInitialized() override { initialized.set_value(); }
+};
+
+struct NextPastQueue : Device {
+  std::size_t at = 0;
+  Texts queue = Texts(40, "track");
+  Result onChangePlaybackNext(std::string) override {
+    const Lock lock(mutex);
+    return {true, queue.at(at++)};
+  }
+};
+
+struct MuteDebounced : Device {
+  std::chrono::steady_clock::time_point last{};
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last > Milliseconds(50)) muted = mute;
+    last = now;
+    return {true, ""};
+  }
+};
+
+struct AlarmAfterRefusal : Device {
+  bool onInputChange(const std::string& name) override {
+    ::alarm(1);
+    if (!Device::onInputChange(name)) return false;
+    ::alarm(0);
+    return true;
+  }
+};
+
+struct RepeatsAreAppended : Device {
+  int setAnimation(Texts names) override {
+    std::set<std::string> seen;
+    std::size_t played = 0;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      if (!seen.insert(names[i]).second && ++played < 100000000) names.push_back(std::string(names[i]));
+    return 0;
+  }
+};
+
+struct ModeBeforeFirst : Device {
+  const Texts temperatures{"cold", "warm", "hot"};
+  int at = 0;
+  Result onAdjustMode(std::string mode, int delta) override {
+    const Lock lock(mutex);
+    if (mode != "wash") return {false, "no such mode"};
+    at = (at + delta % 3) % 3;
+    modes[mode] = temperatures.at(static_cast<std::size_t>(at));
+    return {true, ""};
+  }
+};
+
+VORN_HOST("ends in any state", OverlayTimer, "destructor")
+VORN_HOST("sound", PusherPerStart, "startStreamingAudioData")
+VORN_HOST("sound", OldPusherGoesOn, "startStreamingAudioData|stopStreamingAudioData")
+VORN_HOST("re-entry", UnmutesUnderLock, "onAdjustVolume")
+VORN_PLAYER("re-entry", RepeatTurnsShuffleOff, "setRepeatOne")
+VORN_PLAYER("hang", StateAfterBuffering, "getPlaybackState")
+VORN_HOST("re-entry", AsksAdapterWhenOffline, "updateInternetConnectionStatus")
+VORN_HOST("hang", PlayWaitsForAnswer, "onChangePlaybackPlay")
+VORN_HOST("player", NoPlayerInCall, "getEMPAdapter|onCommsStateChanged")
+VORN_HOST("player", NoPlayerWithoutAccount, "getEMPAdapter|alexaAuthStatusChanged")
+VORN_PLAYER("player", PausesTheLast, "pause|getPlaybackState")
+VORN_HOST("sequence", PromisesTwice, "notifyMainAppInitialized")
+VORN_HOST("nth call", NextPastQueue, "onChangePlaybackNext")
+VORN_HOST("volume", MuteDebounced, "onMute")
+VORN_HOST("ends process", AlarmAfterRefusal, "onInputChange")
+VORN_HOST("arguments", RepeatsAreAppended, "setAnimation")
+VORN_HOST("arguments", ModeBeforeFirst, "onAdjustMode")
 
 }  // namespace
 }  // namespace hosts

@@ -1,5 +1,4 @@
 // Mistakes that need several threads: state without a guard or behind two, mutexes in two orders, players that go.
-
 #include <VornAlexaState.h>
 #include <VornDeviceCapabilities.h>
 #include <VornDeviceInfo.h>
@@ -10,8 +9,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <list>
+#include <map>
 #include <memory>
+#include <shared_mutex>
 #include <stdexcept>
 #include <thread>
 #include <unordered_map>
@@ -644,6 +646,104 @@ VORN_HOST("player", NoPlayerWithoutNetwork, "getEMPAdapter")
 VORN_HOST("player", GonePlayer, "getEMPAdapter")
 VORN_HOST("player", PlayerPerCall, "getEMPAdapter")
 VORN_HOST("player", PlayerThrows, "getEMPAdapter")
+
+struct CardOnOneThread : Device {
+  std::thread::id painter;
+  bool renderGUICard(const std::string& document) override {
+    const Lock lock(mutex);
+    if (painter == std::thread::id()) painter = std::this_thread::get_id();
+    if (painter != std::this_thread::get_id()) throw std::logic_error("context is current on another thread");
+    card = document;
+    return true;
+  }
+};
+
+struct LruUnderSharedLock : Device {
+  std::shared_mutex rw;
+  std::list<std::string> used;
+  Entries readKeyValue(const std::string& key) override {
+    const std::shared_lock<std::shared_mutex> lock(rw);
+    const auto found = store.find(key);
+    if (found == store.end()) return {};
+    used.push_front(key);
+    if (used.size() > 8) used.pop_back();
+    return {*found};
+  }
+  bool writeKeyValue(Entries entries) override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    return Device::writeKeyValue(std::move(entries));
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    return Device::removeKeyValue(keys);
+  }
+  bool clear() override {
+    const std::unique_lock<std::shared_mutex> lock(rw);
+    return Device::clear();
+  }
+};
+
+struct AtomicButInTwoSteps : Device {
+  std::atomic<int> level{30};
+  int getVolume() override { return level; }
+  Result onSetVolume(int wanted) override {
+    level = std::clamp(wanted, 0, 100);
+    return {true, ""};
+  }
+  Result onAdjustVolume(int delta) override {
+    level = std::clamp(level + std::clamp(delta, -100, 100), 0, 100);
+    return {true, ""};
+  }
+};
+
+struct CopiedThenReplaced : Device {
+  std::shared_ptr<const Entries> now = std::make_shared<Entries>();
+  std::shared_ptr<const Entries> current() {
+    const Lock lock(mutex);
+    return now;
+  }
+  void replace(Entries next) {
+    const auto made = std::make_shared<Entries>(std::move(next));
+    const Lock lock(mutex);
+    now = made;
+  }
+  Entries readKeyValue(const std::string& key) override {
+    const auto all = current();
+    const auto found = all->find(key);
+    return found == all->end() ? Entries() : Entries{*found};
+  }
+  bool writeKeyValue(Entries entries) override {
+    Entries next = *current();
+    for (auto& entry : entries) next[entry.first] = std::move(entry.second);
+    replace(std::move(next));
+    return true;
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    Entries next = *current();
+    for (const auto& key : keys) next.erase(key);
+    replace(std::move(next));
+    return true;
+  }
+  bool clear() override {
+    replace({});
+    return true;
+  }
+};
+
+struct OnceForAllHosts : Device {
+  std::unique_ptr<std::string> zone;
+  OnceForAllHosts() {
+    static std::once_flag once;
+    std::call_once(once, [this] { zone = std::make_unique<std::string>("America/Vancouver"); });
+  }
+  std::string getTimezone() override { return *zone; }
+};
+
+VORN_HOST("thread", CardOnOneThread, "renderGUICard")
+VORN_HOST("unguarded", LruUnderSharedLock, "readKeyValue")
+VORN_HOST("unguarded", AtomicButInTwoSteps, "onAdjustVolume")
+VORN_HOST("unguarded", CopiedThenReplaced, "writeKeyValue|removeKeyValue|readKeyValue")
+VORN_HOST("hosts", OnceForAllHosts, "destructor")
 
 }  // namespace
 }  // namespace hosts

@@ -240,6 +240,13 @@ void expectGone(const Store& store, const std::string& known) { store.expectNone
 void removesThenKilled(Trial& trial) {
   killed(
       trial, [](const Store& store, const std::string& known) { store.remove({known}); }, expectGone);
+  trial.destroy();
+  killed(
+      trial,
+      [](const Store& store, const std::string& known) {
+        store.remove({key("never written"), known, known});
+      },
+      expectGone);
 }
 
 void clearsThenKilled(Trial& trial) {

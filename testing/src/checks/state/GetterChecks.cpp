@@ -5,6 +5,8 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -209,6 +211,53 @@ void askingMakesNothing(Trial& trial) {
   }
 }
 
+std::string playbackState(Trial& trial, const std::string& id) {
+  std::string answer;
+  Player& player = trial.player();
+  trial.ask("getPlaybackState(" + spelled(id) + ")", [&] { answer = player.getPlaybackState(id); });
+  return answer;
+}
+
+void launch(Trial& trial, const std::string& id) {
+  Player& player = trial.player();
+  trial.ask("launchAndPlay(\"vorn-conformance\", 0, " + spelled(id) + ")",
+            [&] { player.launchAndPlay("vorn-conformance", milliseconds(0), id); });
+}
+
+using Command = bool (Player::*)(std::string);
+
+/// Who has several players moves the one that is named.
+void movesTheNamed(Trial& trial, const std::string& name, Command command) {
+  constexpr int kTimes = 3;
+  using States = std::pair<std::string, std::string>;
+  const std::string first = "vorn-conformance 1", second = "vorn-conformance 2";
+  const auto settled = [&]() -> States {
+    const auto states = [&] { return States{playbackState(trial, first), playbackState(trial, second)}; };
+    States found = states(), then;
+    const auto atLast = Clock::now() + milliseconds(1000);
+    for (; Clock::now() < atLast; found = then) {
+      std::this_thread::sleep_for(milliseconds(100));  // the host alone knows when it has followed
+      then = states();
+      if (then == found) return found;
+    }
+    trial.notAsked("getPlaybackState() does not come to rest");
+  };
+  States before, after;
+  for (int i = 0; i < kTimes; ++i) {
+    launch(trial, first);
+    launch(trial, second);
+    before = settled();
+    bool done = false;
+    Player& player = trial.player();
+    trial.ask(name + "(" + spelled(first) + ")", [&] { done = (player.*command)(first); });
+    after = settled();
+    if (!done || after.first != before.first || after.second == before.second) return;
+  }
+  trial.broken(name + "(" + spelled(first) + ") answered true and left the state of that player at " +
+               spelled(before.first) + "; it moved " + spelled(second) + " from " + spelled(before.second) +
+               " to " + spelled(after.second));
+}
+
 /// The locale stands in two answers.
 void localesAgree(Trial& trial) {
   const std::string kField = "deviceLocale";
@@ -242,6 +291,16 @@ void addGetterChecks(Checks& checks) {
                                followsInAnyState));
   checks.push_back(checkOfHost("facts", "What a device is, it is still after every call.",
                                "Change only what a call is about.", factsStay));
+  for (const Operation& operation : operations()) {
+    if (!operation.ofPlayer) continue;
+    for (const auto& command : {std::make_pair("pause", &Player::pause), {"stop", &Player::stop}}) {
+      if (operation.name != command.first) continue;
+      checks.push_back(checkOf(operation, "named", "It moves the player that is named, and no other instead.",
+                               "Look for the player by its id in every command.", [command](Trial& trial) {
+                                 movesTheNamed(trial, command.first, command.second);
+                               }));
+    }
+  }
   constexpr int kInformation = 18, kMuted = 63;
   checks.push_back(checkOf(hostOperation(kMuted), "any-volume", "The mute follows at every volume.", kFollow,
                            muteAtAnyVolume));

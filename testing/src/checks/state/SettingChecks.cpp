@@ -106,12 +106,20 @@ void reported(Trial& trial) {
 
 /// What nobody named may be refused.
 void unnamed(Trial& trial) {
+  const PutBack putBack(trial);
   bool accepted = false;
-  for (const char* const name : {"vorn-conformance a", "vorn-conformance"}) {
-    for (const char* const value : {"1", "2"}) {
-      if (!set(trial, name, value)) continue;
+  std::map<std::string, Texts> named{{"vorn-conformance a", {"1", "2"}}, {"vorn-conformance", {"1", "2"}}};
+  for (const auto& each : settings(trial)) {  // what somebody who compares beginnings takes for it
+    for (const std::string& name :
+         {std::string(), each.first.substr(0, each.first.size() / 2), each.first + "x"})
+      named.emplace(name, each.second);
+  }
+  for (const auto& each : settings(trial)) named.erase(each.first);
+  for (const auto& each : named) {
+    for (const std::string& value : each.second) {
+      if (!set(trial, each.first, value)) continue;
       accepted = true;
-      expect(trial, name, value);
+      expect(trial, each.first, value);
     }
   }
   if (!accepted) trial.notAsked("setSystemSetting() refuses settings that nobody named");
@@ -161,15 +169,9 @@ void settingsApart(Trial& trial) {
 }
 
 /// The store has keys of the same names, and is emptied: settings are no part of it.
-void apartFromStore(Trial& trial) {
-  presumeReported(trial);
-  const PutBack putBack(trial);
+void stayApart(Trial& trial, const std::map<std::string, std::string>& values) {
   Host& host = trial.host();
-  std::map<std::string, std::string> values;
-  for (const auto& named : settings(trial)) {
-    mustSet(trial, named.first, named.second.front());
-    values[named.first] = named.second.front();
-  }
+  for (const auto& value : values) mustSet(trial, value.first, value.second);
   const auto expectAll = [&](const char* when) {
     for (const auto& value : values) expect(trial, value.first, value.second, when);
   };
@@ -184,6 +186,18 @@ void apartFromStore(Trial& trial) {
   expectAll(", then removeKeyValue() removed that name from the store");
   trial.ask("clear()", [&] { host.clear(); });
   expectAll(", then clear() emptied the store");
+}
+
+void apartFromStore(Trial& trial) {
+  presumeReported(trial);
+  const PutBack putBack(trial);
+  std::map<std::string, std::string> first, last;  // one of them is not what a new device has
+  for (const auto& named : settings(trial)) {
+    first[named.first] = named.second.front();
+    last[named.first] = named.second.back();
+  }
+  stayApart(trial, first);
+  stayApart(trial, last);
 }
 
 void refused(Trial& trial) {

@@ -139,6 +139,15 @@ void setVolumeFollows(Trial& trial) {
                    spelled(found) + " at the " + std::to_string(turn + 1) + ". time, before that " +
                    spelled(expected));
   });
+  for (int turn = 0; turn < 2; ++turn) {  // one right after the other
+    setVolume(trial, ends[turn].first);
+    if (!setVolume(trial, ends[1 - turn].first)) continue;
+    const int found = volume(trial);
+    if (found != ends[1 - turn].second)
+      trial.broken("onSetVolume(" + spelled(ends[1 - turn].first) +
+                   ") answered true right after another volume was set, then getVolume() answered " +
+                   spelled(found) + ", before that " + spelled(ends[1 - turn].second));
+  }
   setVolume(trial, before);
   if (different.size() < 2 && reported.size() > 1)
     trial.broken("onSetVolume() answered true to " + spelled(static_cast<int>(reported.size())) +
@@ -262,11 +271,11 @@ void adjustFromThreads(Trial& trial) {
 void muteFollows(Trial& trial) {
   const bool before = muted(trial);
   bool accepted = false;
-  const auto follow = [&](bool to) {
+  const auto follow = [&](bool to, bool looks = true) {
     const std::string shown = "onMute(" + spelled(to) + ")";
-    const bool last = muted(trial);
+    const bool last = looks && muted(trial);
     if (!mute(trial, to)) {
-      if (muted(trial) != last)
+      if (looks && muted(trial) != last)
         trial.broken(shown + " answered false and moved getMuteStatus() to " + spelled(!last));
       return;
     }
@@ -275,6 +284,10 @@ void muteFollows(Trial& trial) {
       trial.broken(shown + " answered true, then getMuteStatus() answered " + spelled(!to));
   };
   for (const bool to : {true, true, false, false, true, false, true}) follow(to);
+  for (const bool to : {true, false, true}) {  // one right after the other
+    mute(trial, !to);
+    follow(to, false);
+  }
   often([&](std::size_t turn) {
     if (!g_patient) follow(turn % 2 == 0);
   });
