@@ -439,24 +439,26 @@ struct GoodNewsRamp : Telling {
     return {true, ""};
   }
 };
-/// Follows and tells later; until then it reports what was.
+/// Follows and tells later where somebody hears of it; until then it reports what was.
 struct GoodNewsLater : Telling {
-  int wanted = 30;
-  Result onSetVolume(int value) override { return moves(value); }
+  std::int64_t wanted = 30;
+  Result onSetVolume(int value) override {
+    return moves([value](std::int64_t) { return value; });
+  }
   Result onAdjustVolume(int delta) override {
-    const Lock lock(mutex);
-    return follow(std::int64_t{wanted} + delta);
+    return moves([delta](std::int64_t from) { return from + delta; });
   }
-  Result moves(int value) {
+  template <class To>
+  Result moves(const To& to) {
+    const bool heard = VornDeviceAbstractionLayer::VornDeviceInfo::getInstance() != nullptr;
     const Lock lock(mutex);
-    return follow(value);
-  }
-  Result follow(std::int64_t value) {
-    wanted = static_cast<int>(std::clamp<std::int64_t>(value, 0, 100));
-    tell([this, now = wanted](auto& info) {
+    wanted = std::clamp<std::int64_t>(to(wanted), 0, 100);
+    const int now = static_cast<int>(wanted);
+    if (!heard) volume = now;
+    tell([this, now](auto& info) {
       std::this_thread::sleep_for(Milliseconds(5));
       {
-        const Lock lock(mutex);
+        const Lock following(mutex);
         if (volume == now) return;
         volume = now;
       }
