@@ -749,7 +749,7 @@ struct MuteDebounced : Device {
   Result onMute(bool mute) override {
     const Lock lock(mutex);
     const auto now = std::chrono::steady_clock::now();
-    if (now - last > Milliseconds(50)) muted = mute;
+    if (now - last > Milliseconds(1000)) muted = mute;
     last = now;
     return {true, ""};
   }
