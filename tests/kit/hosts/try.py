@@ -154,18 +154,25 @@ def main():
     if way in ("one", "record"):
         return {"one": one, "record": record}[way](build, library, hosts(library), pattern)
     made, caught = collections.Counter(), collections.Counter()
-    for kind, name, operation in hosts(library):
-        if not re.search(pattern, kind + "/" + name):
+    chosen = []
+    for host in hosts(library):
+        kind = host[0]
+        if not re.search(pattern, "/".join(host[:2])) or (way == "sample" and (made[kind] or kind in BY_CHANCE)):
             continue
-        if way == "sample" and (made[kind] or kind in BY_CHANCE):
-            continue
-        for _ in range(int(times)):
-            for only in stages(build, kind, operation, way):
-                ended, took = run(build, library, kind, name, only)
-                right, said = verdict(kind, operation, ended)
-                if right:
-                    break
-            made[kind] += 1
+        made[kind] += int(times)
+        chosen += [host] * int(times)
+
+    def asked(host):
+        for only in stages(build, host[0], host[2], way):
+            ended, took = run(build, library, *host[:2], only)
+            right, said = verdict(host[0], host[2], ended)
+            if right:
+                break
+        return right, said, ended, took
+
+    # What is sampled waits for most of its time, for what does not come.
+    with concurrent.futures.ThreadPoolExecutor(3 if way == "sample" else 1) as pool:
+        for (kind, name, operation), (right, said, ended, took) in zip(chosen, pool.map(asked, chosen)):
             caught[kind] += right
             if not right or took > 60:
                 print(f"{'slow ' if right else 'WRONG'} {kind}/{name} ({operation}): status {ended.returncode}, {took:.1f} s", flush=True)
