@@ -13,6 +13,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
+#include <deque>
 #include <future>
 #include <map>
 #include <memory>
@@ -766,10 +767,9 @@ struct AlarmAfterRefusal : Device {
 
 struct RepeatsAreAppended : Device {
   int setAnimation(Texts names) override {
-    std::set<std::string> seen;
-    std::size_t played = 0;
-    for (std::size_t i = 0; i < names.size(); ++i)
-      if (!seen.insert(names[i]).second && ++played < 100000000) names.push_back(std::string(names[i]));
+    std::deque<std::string> queue(names.begin(), names.end());
+    for (std::set<std::string> seen; !queue.empty(); queue.pop_front())
+      if (!seen.insert(queue.front()).second) queue.push_back(queue.front());
     return 0;
   }
 };
