@@ -84,7 +84,9 @@ TEST(Operations, TakeWhatAHostIsSaidToAccept) {
   EXPECT_EQ(shown("changeAlexaLocale"), List{R"(changeAlexaLocale("de-DE"))"});
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kHostile), 14);
   EXPECT_EQ(named("onAdjustMode").samples(Given::kHostile), 28);
-  EXPECT_EQ(named("onAdjustMode").prepare(Given::kHostile, 15).shown, R"(onAdjustMode("light", -1))");
+  const Prepared hostile = named("onAdjustMode").prepare(Given::kHostile, 15);
+  EXPECT_EQ(hostile.shown, R"(onAdjustMode("light", -1))");
+  hostile.revoke();  // it was not lent to anybody
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kLent), 3);
   EXPECT_EQ(named("changeAlexaLocale").samples(Given::kLoad), 7);
   EXPECT_EQ(named("alexaStateChanged").samples(Given::kWord), 3);
