@@ -547,7 +547,7 @@ struct GoodOnePusherAnew : Device {
 
 struct GoodRefusesControls : Device {
   static bool plain(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; });
+    return std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < ' '; });
   }
   bool setSystemSetting(std::string key, std::string value) override {
     return plain(value) && Device::setSystemSetting(std::move(key), std::move(value));

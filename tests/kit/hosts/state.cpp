@@ -1028,7 +1028,7 @@ struct SettingAssignedThenChecked : Device {
     const auto found = settings.find(key);
     if (found == settings.end()) return false;
     found->second = std::move(value);
-    return std::none_of(found->second.begin(), found->second.end(), [](char c) { return c >= 0 && c < ' '; });
+    return std::none_of(found->second.begin(), found->second.end(), [](unsigned char c) { return c < ' '; });
   }
 };
 
