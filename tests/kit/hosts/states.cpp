@@ -550,6 +550,14 @@ struct OverlayTimer : Device {
   }
 };
 
+void pushWhile(const std::atomic<bool>& on) {
+  std::vector<short> buffer(160);
+  while (on) {
+    if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(buffer);
+    std::this_thread::sleep_for(Milliseconds(10));
+  }
+}
+
 struct PusherPerStart : Device {
   std::atomic<bool> on{false};
   std::thread pusher;
@@ -561,13 +569,7 @@ struct PusherPerStart : Device {
     const Lock lock(mutex);
     if (on) return true;
     on = true;
-    pusher = std::thread([this] {
-      std::vector<short> buffer(160);
-      while (on) {
-        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(buffer);
-        std::this_thread::sleep_for(Milliseconds(10));
-      }
-    });
+    pusher = std::thread([this] { pushWhile(on); });
     return true;
   }
   void stopStreamingAudioData() override { on = false; }
@@ -583,13 +585,7 @@ struct OldPusherGoesOn : Device {
   bool startStreamingAudioData() override {
     const Lock lock(mutex);
     if (on.exchange(true)) return true;
-    pushers.emplace_back([this] {
-      std::vector<short> buffer(160);
-      while (on) {
-        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(buffer);
-        std::this_thread::sleep_for(Milliseconds(10));
-      }
-    });
+    pushers.emplace_back([this] { pushWhile(on); });
     return true;
   }
   void stopStreamingAudioData() override { on = false; }
