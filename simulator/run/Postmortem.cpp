@@ -33,7 +33,7 @@ constexpr int kFatal[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIG
 constexpr std::size_t kStack = std::size_t{128} << 10;
 
 sem_t g_told;
-volatile sig_atomic_t g_ending = 0;
+std::atomic<int> g_ending{0};
 
 void say(const char* text) {
   if (tellAbove(text)) return;
