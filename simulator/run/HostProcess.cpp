@@ -83,6 +83,13 @@ void passOn(int signal, siginfo_t* info, void*) {
   if (g_ownGroup || info->si_code <= 0) kill(g_child, signal);
 }
 
+/// The same for Ctrl-Z, which stops whoever is in front.
+void stopBoth(int) {
+  kill(g_child, SIGSTOP);
+  raise(SIGSTOP);
+  kill(g_child, SIGCONT);
+}
+
 /// Ends what the host started and left behind: it is ours now.
 void endLeftovers() {
   for (int round = 0; round < 100; ++round) {
@@ -171,7 +178,10 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
     if (getppid() != above) _exit(kHostFailed);
     // A host may signal its group, which would be whoever started us too. The console reads from the terminal, which only the
     // group in front may.
-    if (apart) setpgid(0, 0);
+    if (apart) {
+      setpgid(0, 0);
+      signal(SIGTTOU, SIG_IGN);  // its words are the speaker's, whatever the terminal asks of those behind
+    }
     workBelow(apart, finished, work);
   }
   g_child = child;
@@ -184,6 +194,9 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
     sigaction(signal, &action, &earlier);
     if (earlier.sa_handler == SIG_IGN) sigaction(signal, &earlier, nullptr);
   }
+  struct sigaction earlier {};
+  sigaction(SIGTSTP, nullptr, &earlier);
+  if (apart && earlier.sa_handler != SIG_IGN) signal(SIGTSTP, stopBoth);
   int ended = 0;
   bool asked = false;
   const auto overdue = [&](std::chrono::seconds grace) {
