@@ -6,3 +6,6 @@
 
 VornDeviceAbstractionLayer::VornDALImplIF* vornCreateHost() { return new MyHost; }
 void vornDestroyHost(VornDeviceAbstractionLayer::VornDALImplIF* host) { delete host; }
+vorn_testing::MediaPlayers* vornMediaPlayers(VornDeviceAbstractionLayer::VornDALImplIF* host) {
+  return &static_cast<MyHost*>(host)->players;
+}

@@ -24,13 +24,17 @@ Attachments::Attachments(std::shared_ptr<vorn_testing::Recorder> recorder, Playe
     : m_recorder(std::move(recorder)), m_players(players) {}
 
 RecordedPlayer::RecordedPlayer(std::string name, std::shared_ptr<Sink> sink,
-                               std::shared_ptr<vorn_testing::Recorder> recorder)
-    : Player(std::move(name), std::move(sink)), m_recorder(std::move(recorder)) {}
+                               std::shared_ptr<vorn_testing::Recorder> recorder,
+                               std::shared_ptr<MediaPlayer> other)
+    : Player(std::move(name), std::move(sink)), m_recorder(std::move(recorder)), m_other(std::move(other)) {}
 
 void RecordedPlayer::Configure(Settings settings, std::function<void(std::string)> callback) {
   m_recorder->run(makeCall(kMediaPlayer, "Configure", kConfigure, this, settings.name, settings.firstFlag,
                            settings.secondFlag),
-                  [&] { Player::Configure(settings, std::move(callback)); });
+                  [&] {
+                    if (m_other) return m_other->Configure(settings, std::move(callback));
+                    Player::Configure(settings, std::move(callback));
+                  });
 }
 
 std::shared_ptr<Container> Attachments::container() const {

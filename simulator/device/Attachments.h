@@ -50,16 +50,18 @@ class Attachments {
   std::shared_ptr<Container> m_container;
 };
 
-/// A media player of the firmware whose Configure() is recorded.
+/// A media player of the firmware whose Configure() is recorded, and handed on where another is to be configured.
 class RecordedPlayer : public Player {
  public:
   RecordedPlayer(std::string name, std::shared_ptr<Sink> sink,
-                 std::shared_ptr<vorn_testing::Recorder> recorder);
+                 std::shared_ptr<vorn_testing::Recorder> recorder,
+                 std::shared_ptr<MediaPlayer> other = nullptr);
 
   void Configure(Settings settings, std::function<void(std::string)> callback) override;
 
  private:
   const std::shared_ptr<vorn_testing::Recorder> m_recorder;
+  const std::shared_ptr<MediaPlayer> m_other;
 };
 
 }  // namespace vorn_speaker

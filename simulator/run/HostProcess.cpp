@@ -247,7 +247,7 @@ std::shared_ptr<VornDALImplIF> make(const vorn_testing::HostLibrary& library) {
 
 }  // namespace
 
-std::shared_ptr<VornDALImplIF> ownHost(const std::string& path) {
+OwnHost ownHost(const std::string& path) {
   refuseUnlessFile(path);
   enter(kLoaded);
   const vorn_testing::HostLibrary library(path);
@@ -256,11 +256,14 @@ std::shared_ptr<VornDALImplIF> ownHost(const std::string& path) {
   enter(kCalled);
   if (!host) throw std::runtime_error(path + ": vornCreateHost() made no host");
   VornDALImplIF* const made = host.get();
-  return {made, [host](VornDALImplIF*) mutable {
-            enter(kDestroyed);
-            host.reset();
-            enter(kCalled);
-          }};
+  vorn_testing::MediaPlayers* const players = vorn_testing::HostLibrary::playersOf(host);
+  const auto destroy = [host](VornDALImplIF*) mutable {
+    enter(kDestroyed);
+    host.reset();
+    enter(kCalled);
+  };
+  host.reset();
+  return {{made, destroy}, players};
 }
 
 void OpenCalls::began(const Crossing& crossing) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <signal.h>
+#include <vorn_testing/HostEntry.h>
 
 #include <chrono>
 #include <functional>
@@ -9,10 +10,6 @@
 #include <string>
 
 #include "calls/Crossings.h"
-
-namespace VornDeviceAbstractionLayer {
-class VornDALImplIF;
-}
 
 namespace vorn_speaker {
 
@@ -26,9 +23,15 @@ constexpr int kOverdue = SIGALRM;
 /// @returns  What `work` returned, or kHostFailed.
 int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<int(std::ostream&)>& work);
 
-/// Loads a host, and destroys it with its last owner; the process above knows meanwhile what is being done.
+/// A host of the user's, destroyed with its last owner, and the media players that it brings or null.
+struct OwnHost {
+  std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> host;
+  vorn_testing::MediaPlayers* players = nullptr;
+};
+
+/// Loads one; the process above knows meanwhile what is being done, and when it is destroyed.
 /// @throws std::runtime_error  Names the library, what is wrong with it, and the remedy.
-std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> ownHost(const std::string& path);
+OwnHost ownHost(const std::string& path);
 
 /// Keeps the open calls where the process above sees them.
 class OpenCalls : public Crossings::Listener {

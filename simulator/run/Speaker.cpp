@@ -70,8 +70,8 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
                      if (const auto audioIn = m_adapters.held<VornAudioIn>()) audioIn->sendAudioData(samples);
                    }),
       m_host(DeviceFile::read(settings.device), settings.store, m_microphone, face()),
-      m_ownHost(settings.host.empty() ? nullptr : ownHost(settings.host)),
-      m_recordingHost(m_ownHost ? *m_ownHost : m_host),
+      m_ownHost(settings.host.empty() ? OwnHost() : ownHost(settings.host)),
+      m_recordingHost(m_ownHost.host ? *m_ownHost.host : m_host),
       m_doctorHost(settings.onFinding
                        ? std::make_unique<vorn_testing::DoctorHost>(m_recordingHost, settings.onFinding)
                        : nullptr),
@@ -79,8 +79,14 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       m_adapters(m_doctorHost ? static_cast<VornDALImplIF&>(*m_doctorHost) : m_recordingHost, m_players,
                  m_attachments) {
   m_microphone.hear(settings.audio);
-  for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"}) {
-    m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
+  if (m_ownHost.players) {
+    for (const auto& [name, player] : *m_ownHost.players) {
+      auto& recorded = m_players[name];  // empty where the host's is
+      if (player) recorded = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder, player);
+    }
+  } else {
+    for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"})
+      m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
   }
   m_recordingHost.recorder = m_recorder;
   m_host.connect(m_adapters);
@@ -136,7 +142,8 @@ Speaker::~Speaker() {
   }
   m_assistantSide.reset();
   m_firmware.reset();
-  m_ownHost.reset();  // Its threads end here, watched and heard.
+  m_players.clear();
+  m_ownHost.host.reset();  // Its threads end here, watched and heard.
 }
 
 void Speaker::play(const std::string& file, const std::vector<Step>& steps) {

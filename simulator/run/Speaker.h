@@ -156,7 +156,7 @@ class Speaker : public Stage, private Crossings::Listener {
   Display m_display;
   Microphone m_microphone;
   SpeakerHost m_host;
-  std::shared_ptr<VornDALImplIF> m_ownHost;
+  OwnHost m_ownHost;
   vorn_testing::RecordingHost m_recordingHost;
   const std::unique_ptr<vorn_testing::DoctorHost> m_doctorHost;
   PlayerTable m_players;

@@ -21,6 +21,7 @@ const checks::Checks& all() {
     checks::addSettingChecks(*made);
     checks::addVolumeChecks(*made);
     checks::addLifeChecks(*made);
+    checks::addMediaPlayerChecks(*made);
     checks::addHostChecks(*made);
     checks::addLeftChecks(*made);
     checks::addUpwardChecks(*made);

@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "checks/Trial.h"
-#include "vorn_testing/HostEntry.h"
 
 namespace vorn_testing {
 
@@ -16,12 +15,23 @@ namespace {
 constexpr char kDestroys[] = "vornDestroyHost()";
 
 template <class Function>
-void find(Function*& function, void* library, const std::string& path, const char* name) {
-  void* const symbol = dlsym(library, name);
-  if (!symbol)
-    throw std::runtime_error(path + " does not define " + name + "(); see vorn_testing/HostEntry.h");
-  function = reinterpret_cast<Function*>(symbol);
+void find(Function*& function, void* library, const char* name) {
+  function = reinterpret_cast<Function*>(dlsym(library, name));
 }
+
+template <class Function>
+void find(Function*& function, void* library, const std::string& path, const char* name) {
+  find(function, library, name);
+  if (!function)
+    throw std::runtime_error(path + " does not define " + name + "(); see vorn_testing/HostEntry.h");
+}
+
+/// How a library's host ends, and what it brought.
+struct Ending {
+  void (*destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
+  MediaPlayers* players;
+  void operator()(VornDeviceAbstractionLayer::VornDALImplIF* host) const { destroy(host); }
+};
 
 // An initialiser that throws ends the process, whatever the compiler: the loader is no place to leave by an exception.
 // Through a pointer, since dlopen() is declared as if none could come.
@@ -43,12 +53,20 @@ HostLibrary::HostLibrary(const std::string& path) {
   }
   find(m_create, library, path, "vornCreateHost");
   find(m_destroy, library, path, "vornDestroyHost");
+  find(m_players, library, "vornMediaPlayers");
 }
 
 std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> HostLibrary::makeHost() const {
   VornDeviceAbstractionLayer::VornDALImplIF* const host = m_create();
   if (!host) return nullptr;
-  return {host, m_destroy};
+  const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> made(host, Ending{m_destroy, nullptr});
+  if (m_players) std::get_deleter<Ending>(made)->players = m_players(host);
+  return made;
+}
+
+MediaPlayers* HostLibrary::playersOf(const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF>& host) {
+  const Ending* const ending = std::get_deleter<Ending>(host);
+  return ending ? ending->players : nullptr;
 }
 
 LibraryTrial tryHostLibrary(const std::string& path, std::chrono::milliseconds bound) {

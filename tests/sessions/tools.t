@@ -59,6 +59,7 @@ What vorn-conformance and vorn-capture make of wrong options.
   $ vorn-conformance --version | sed 's/[0-9.]*$/N/'
   vorn-conformance N
   $ vorn-conformance --list | sed 's|\(Vorn[^/]*\)/[^/]*/[^/]*/|\1/.../|' | LC_ALL=C sort | uniq -c
+        1   remedy: Add one: it stands in where a name is not found.
         1   remedy: Add to the store, do not start it anew.
         1   remedy: Answer an empty map for what you do not have.
         1   remedy: Answer an entry with the key asked for; answer false in writeKeyValue() when you do not store.
@@ -79,12 +80,14 @@ What vorn-conformance and vorn-capture make of wrong options.
         3   remedy: Change what the getter reports before you answer true, or answer false.
         1   remedy: Check first, change then.
         1   remedy: Compare keys byte by byte: no folding of case, no trimming, no patterns.
+        2   remedy: Configure() runs under the factory's lock: keep the callback, call no factory, and return.
        36   remedy: Convert where the text comes from, and shorten texts between characters.
         1   remedy: Copy what you hand to another thread.
        51   remedy: Copy what you need for later; keep no reference, pointer or c_str().
         2   remedy: Decide for each state of the device what a call means there.
        80   remedy: Decide for each state of the device what the call means there; what makes no sense is refused by an answer.
         1   remedy: Do not take an empty list for all.
+        1   remedy: End in the destructor what Configure() began.
         1   remedy: End in the destructor whatever a call may have begun and none has ended.
         4   remedy: Give back what a call took before it returns.
         1   remedy: Give back what a change takes.
@@ -119,17 +122,23 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Let go in the destructor of what open() took; keep no static flag of the end.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
        80   remedy: Let nothing grow with the calls; give back what a call took.
+        1   remedy: Let the host own them.
         1   remedy: Let the thread look whether it is to go on.
+        1   remedy: Look first, answer then.
         1   remedy: Look for it with find(): operator[] of a map makes what it does not find.
         2   remedy: Look for the player by its id in every command.
        51   remedy: Look whether there is a first element before you use it.
+        1   remedy: Look whether there is one before you call it.
         1   remedy: Make both from one value.
         1   remedy: Make it in the constructor, or by std::call_once().
+        1   remedy: Make the answer anew, or change the field with the setting.
         1   remedy: Make the player with the host, or by std::call_once().
        57   remedy: Never use a text as a format, path or statement; look at a number before you negate or convert it.
         4   remedy: Own one player as long as the host lives, one that answers false if there is none.
         1   remedy: Push from one thread; answer true at once when sound is on its way.
         1   remedy: Push from the start to the stop.
+        1   remedy: Push until the stop, silence where there is no other sound.
+        1   remedy: Put a player into the table when there is one, not before.
         1   remedy: Read, change and write the volume under one mutex, or in one atomic step.
         1   remedy: Release in the destructor what the constructor took.
         1   remedy: Release only what was taken.
@@ -138,6 +147,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Replace the value before you answer.
         1   remedy: Report a locale as it was given, or stay with your own.
         1   remedy: Stop and join in the destructor whatever tells.
+        1   remedy: Stop and join the thread in the destructor, also when nobody has stopped it.
         1   remedy: Stop and join what the calls started.
         1   remedy: Store all of it, or answer false.
         1   remedy: Store all of them, or answer false.
@@ -155,15 +165,18 @@ What vorn-conformance and vorn-capture make of wrong options.
        15   remedy: Use your own state instead of asking the adapter, or ask on another thread and do not wait for it.
         1   remedy: Write a new file aside, hand it to the medium, and rename it over the old one.
         1   remedy: Write to the text only when you are going to answer true.
+        1   rule:   A field that reflects a setting follows it.
         1   rule:   A host can be destroyed on another thread than the one that made it.
         1   rule:   A host can be destroyed whatever was called last.
         1   rule:   A host that was called can be destroyed.
         1   rule:   A host that was never called can be destroyed.
+        1   rule:   A host whose players were configured can be destroyed.
         1   rule:   A key is removed whatever stands in it, and no other with it.
         1   rule:   A key may stand in the list more than once.
         1   rule:   A key that is not there does not keep the next ones from being removed.
         1   rule:   A key that was never written is not among the answer.
         1   rule:   A key that was removed is not read any more.
+        1   rule:   A player is called DefaultMediaPlayer.
         1   rule:   A question that is asked again has the same answer.
         1   rule:   A setting does not change another one.
         1   rule:   A setting is accepted and reported however often it was changed.
@@ -183,6 +196,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   An empty value is a value.
        57   rule:   Any bytes and any number can arrive and are answered: NUL, what is not UTF-8, format directives, the smallest number, not-a-number.
         1   rule:   Arguments are the caller's and end with the call, also for a worker.
+        1   rule:   Behind every name of the table stands a player.
         1   rule:   Calls leave no descriptor open.
         1   rule:   Calls leave no memory behind.
         1   rule:   Calls leave no process behind.
@@ -193,6 +207,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Every one of six hundred keys is removed.
         1   rule:   Every operation answers in any order.
         1   rule:   Every operation answers in the order of a device's day.
+        1   rule:   Every player can be configured, by its own name and in place of another.
         1   rule:   Every value that was accepted is reported as it was, long ones and those in any script too.
         1   rule:   Functions of the C library that all threads share a place of are called by one at a time.
         1   rule:   However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.
@@ -200,6 +215,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        80   rule:   It answers on any thread, again and again, without an exception.
        80   rule:   It answers the three-hundredth time as it did the first.
         1   rule:   It answers true when none of the keys is stored, also when none was.
+        1   rule:   It answers what is so, not what was so when it was last asked.
        80   rule:   It answers whatever was called before, and twice in a row.
        65   rule:   It comes without a lock: several threads may be inside at once.
         1   rule:   It may come on the thread that pushes sound.
@@ -223,16 +239,21 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Opening a store that is open changes nothing in it.
         1   rule:   Opening comes without a lock, also while others write, and loses nothing of theirs.
         1   rule:   Operations of different adapters may overlap, also locked ones.
+        1   rule:   Players can be configured on any thread.
         1   rule:   Reading takes nothing away.
         1   rule:   Removing an empty list changes nothing.
         1   rule:   Removing leaves other keys alone, also those that begin the same.
         1   rule:   Sound ends when it is stopped.
+        1   rule:   Sound ends with the host that pushes it.
         1   rule:   Sound is pushed again when it is started after a stop.
         1   rule:   Sound is pushed by the next host of a process as by the first.
         1   rule:   Sound is pushed from one thread, however often it is started.
+        1   rule:   Sound is pushed until it is stopped.
+        1   rule:   Table and players stay as long as the host, also past the factory's Shutdown().
        36   rule:   Texts in an answer are valid UTF-8.
        57   rule:   Texts of a mebibyte, ten thousand entries and the largest numbers can arrive and are answered.
         1   rule:   The assistant side may ask from inside what it is told.
+        1   rule:   The callback may be empty.
         1   rule:   The locale among the facts is the one that getDeviceLocale() answers.
         1   rule:   The mute follows at every volume.
         1   rule:   The value accepted last is the one reported.
@@ -286,7 +307,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Writing leaves other keys alone.
         1   rule:   getMuteStatus() reports what was set.
         1   rule:   getVolume() follows what is set, on its own scale, steps and limits.
-        1 Areas: calls cards channels focus inputs lights logs messages microphone modes mute playback player recording settings setup storage volume
+        1 Areas: calls cards channels focus inputs lights logs media-players messages microphone modes mute playback player recording settings setup storage volume
         1 VornDALImplIF/.../absent
         1 VornDALImplIF/.../after-others
         1 VornDALImplIF/.../after-use
@@ -321,6 +342,8 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../first-calls
         1 VornDALImplIF/.../follows
         1 VornDALImplIF/.../from-inside
+        1 VornDALImplIF/.../goes-on
+        1 VornDALImplIF/.../host-gone
        41 VornDALImplIF/.../hostile-arguments
         1 VornDALImplIF/.../in-any-state
        64 VornDALImplIF/.../in-sequence
@@ -355,6 +378,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../races
         1 VornDALImplIF/.../reads-again
         1 VornDALImplIF/.../reads-written
+        1 VornDALImplIF/.../reflects
         3 VornDALImplIF/.../refused
         1 VornDALImplIF/.../removes
         1 VornDALImplIF/.../removes-all
@@ -390,6 +414,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../volume
         1 VornDALImplIF/.../while-written
         1 VornDALImplIF/.../whole
+        1 VornDalMediaPlayerInterfaceImpl/.../answers
+        1 VornDalMediaPlayerInterfaceImpl/.../any-thread
+        1 VornDalMediaPlayerInterfaceImpl/.../default
+        1 VornDalMediaPlayerInterfaceImpl/.../destroyed
+        1 VornDalMediaPlayerInterfaceImpl/.../no-callback
+        1 VornDalMediaPlayerInterfaceImpl/.../players
+        1 VornDalMediaPlayerInterfaceImpl/.../stays
        16 VornEMPAdapterIF/.../again
        16 VornEMPAdapterIF/.../answers
        16 VornEMPAdapterIF/.../concurrent
@@ -399,6 +430,7 @@ What vorn-conformance and vorn-capture make of wrong options.
        16 VornEMPAdapterIF/.../large-arguments
        16 VornEMPAdapterIF/.../lets-go
         2 VornEMPAdapterIF/.../named
+        1 VornEMPAdapterIF/.../of-now
         1 VornEMPAdapterIF/.../utf8
   $ vorn-capture
   vorn-capture: where to? Name a file with -o

@@ -58,8 +58,20 @@ class OwnHost : public vorn_testing::NullHost {
   int m_callers = 0;
 };
 
+/// Says at once whom it was asked for.
+class OwnPlayer : public VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl {
+  void Configure(Settings settings, std::function<void(std::string)> callback) override {
+    callback("own player for " + settings.name);
+  }
+};
+
 }  // namespace
 
 VornDeviceAbstractionLayer::VornDALImplIF* vornCreateHost() { return new OwnHost; }
 
 void vornDestroyHost(VornDeviceAbstractionLayer::VornDALImplIF* host) { delete host; }
+
+vorn_testing::MediaPlayers* vornMediaPlayers(VornDeviceAbstractionLayer::VornDALImplIF*) {
+  static vorn_testing::MediaPlayers players{{"Radio", std::make_shared<OwnPlayer>()}};
+  return &players;
+}

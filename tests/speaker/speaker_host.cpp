@@ -37,6 +37,15 @@ TEST_F(OwnHost, MayThrowAndTheScenarioGoesOn) {
   EXPECT_TRUE(has(output, "VornDeviceInfo.getDeviceLocale gave threw what is no std::exception"));
 }
 
+TEST_F(OwnHost, BringsItsMediaPlayers) {
+  const std::string create = "assistant VornMediaPlayerFactory.createDalMediaPlayer ";
+  const std::string output = playOnIt(create + "Radio true false\nexpect \"\"\n" + create +
+                                      "DefaultMediaPlayer true false\nexpect \"no player\"\n");
+  EXPECT_EQ(m_status, 0) << output;
+  EXPECT_TRUE(has(output, "Configure(Radio, true, false) ...\n"));
+  EXPECT_TRUE(has(output, "own player for Radio"));
+}
+
 TEST_F(OwnHost, IsRecordedWithWhatItThrew) {
   const std::string recording = std::string(kFolder) + "/thrown";
   run("record " + recording + " --host " VORN_OWN_HOST " --scenario " +

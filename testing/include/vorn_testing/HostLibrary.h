@@ -1,10 +1,10 @@
 #pragma once
 
-#include <VornDALImplIF.h>
-
 #include <chrono>
 #include <memory>
 #include <string>
+
+#include "HostEntry.h"
 
 namespace vorn_testing {
 
@@ -19,9 +19,14 @@ class HostLibrary {
   /// Makes a host, which is destroyed by the library that made it; empty when vornCreateHost() answers null.
   std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> makeHost() const;
 
+  /// The media players that a host of makeHost() brings, its library's as long as the host lives. Null where it brings
+  /// none, and for a host that was made otherwise.
+  static MediaPlayers* playersOf(const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF>& host);
+
  private:
   VornDeviceAbstractionLayer::VornDALImplIF* (*m_create)();
   void (*m_destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
+  MediaPlayers* (*m_players)(VornDeviceAbstractionLayer::VornDALImplIF*);
 };
 
 /// What came of loading a library.

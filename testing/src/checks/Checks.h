@@ -30,6 +30,8 @@ void addSettingChecks(Checks& checks);
 void addVolumeChecks(Checks& checks);
 /// That there is a player, and that the host can be destroyed.
 void addLifeChecks(Checks& checks);
+/// That the media players which the host brings can be configured.
+void addMediaPlayerChecks(Checks& checks);
 
 /// What calls leave behind.
 void addLeftChecks(Checks& checks);

@@ -325,6 +325,11 @@ Host& Trial::host() {
   return *m_host;
 }
 
+MediaPlayers* Trial::mediaPlayers() {
+  host();
+  return HostLibrary::playersOf(m_host);
+}
+
 void Trial::destroy() {
   ask("destroying the host", [&] { m_host.reset(); });
 }

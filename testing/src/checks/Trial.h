@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "vorn_testing/HostChecks.h"
+#include "vorn_testing/HostLibrary.h"
 
 namespace vorn_testing::checks {
 
@@ -100,6 +101,9 @@ class Trial {
 
   /// The host of this check, made on the thread that asks first.
   Host& host();
+
+  /// The media players that it brings, or null.
+  MediaPlayers* mediaPlayers();
 
   /// Destroys it, on this thread.
   void destroy();

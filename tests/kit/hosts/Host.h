@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vorn_testing/HostEntry.h>
 #include <vorn_testing/NullHost.h>
 
 #include <algorithm>
@@ -199,6 +200,12 @@ template <class OfPlayer>
 struct WithPlayer : Device {
   OfPlayer faulty;
   VornEMPAdapterIF* getEMPAdapter() override { return &faulty; }
+};
+
+/// A device that brings media players.
+struct WithPlayers {
+  vorn_testing::MediaPlayers players;
+  virtual ~WithPlayers() = default;
 };
 
 /// One host of the list, which `vornCreateHost()` makes when the environment's VORN_KIT_HOST names it.

@@ -299,6 +299,53 @@ struct GoodOpensLater : Device {
 VORN_HOST("asked", NetworkOnce, "getNetworkConnectionStatus")
 VORN_HOST("asked", MicrophoneTaken, "isMicrophoneAvailable")
 VORN_HOST("good", GoodOpensLater, "")
+/// Made once, with what a user may change in it.
+struct FactsMadeOnce : Device {
+  Entries facts;
+  FactsMadeOnce() { settings["friendlyName"] = "Speaker"; }
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    if (facts.empty()) facts = {{"deviceSerialNumber", "7"}, {"friendlyName", settings["friendlyName"]}};
+    return facts;
+  }
+};
+struct HandsFreeAsFirst : Device {
+  HandsFreeAsFirst() { settings["handsFreeAlwaysOnEnabled"] = "false"; }
+  Entries getDeviceInformation() override { return {{"currentAlwaysOnVoiceMode", "OFF"}}; }
+};
+struct PttOfAnother : Device {
+  PttOfAnother() { settings["PTTAlwaysOnEnabled"] = settings["handsFreeAlwaysOnEnabled"] = "false"; }
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    return {{"currentAlwaysOnPTTMode", settings["handsFreeAlwaysOnEnabled"]}};
+  }
+};
+struct StateOfLastQuestion : hosts::Player {
+  std::string known = "IDLE";
+  std::string getPlaybackState(std::string id) override {
+    std::string now = hosts::Player::getPlaybackState(id);
+    const Lock lock(mutex);
+    now.swap(known);
+    return now;
+  }
+};
+/// As each device has its words for what is on.
+struct GoodReflecting : Device {
+  GoodReflecting() {
+    settings["handsFreeAlwaysOnEnabled"] = "false";
+    settings["friendlyName"] = "Speaker";
+  }
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    return {{"currentAlwaysOnVoiceMode", settings["handsFreeAlwaysOnEnabled"] == "true" ? "ON" : "OFF"},
+            {"friendlyName", settings["friendlyName"].substr(0, 4)}};
+  }
+};
+VORN_HOST("facts", FactsMadeOnce, "getDeviceInformation|setSystemSetting")
+VORN_HOST("facts", HandsFreeAsFirst, "getDeviceInformation|setSystemSetting")
+VORN_HOST("facts", PttOfAnother, "getDeviceInformation|setSystemSetting")
+VORN_PLAYER("asked", StateOfLastQuestion, "getPlaybackState")
+VORN_HOST("good", GoodReflecting, "")
 VORN_HOST("asked", ConfigMakesFields, "getConfigData")
 VORN_HOST("asked", SettingMakesItself, "getSystemSetting")
 VORN_HOST("asked", ReadMakesEntry, "readKeyValue")

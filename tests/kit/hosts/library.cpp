@@ -24,3 +24,8 @@ VornDeviceAbstractionLayer::VornDALImplIF* vornCreateHost() {
 }
 
 void vornDestroyHost(VornDeviceAbstractionLayer::VornDALImplIF* host) { delete host; }
+
+vorn_testing::MediaPlayers* vornMediaPlayers(VornDeviceAbstractionLayer::VornDALImplIF* host) {
+  auto* const bringing = dynamic_cast<hosts::WithPlayers*>(host);
+  return bringing ? &bringing->players : nullptr;
+}

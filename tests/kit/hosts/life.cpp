@@ -1,6 +1,8 @@
 // Mistakes in how a host, and the library that brings it, comes and goes; and what it does to its process.
 
+#include <VornMediaPlayerFactory.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -191,6 +193,122 @@ VORN_HOST("unload", LeavesAtUnload, "getTimezone")
 VORN_HOST("unload", AbortsAtUnload, "the library")
 VORN_HOST("unload", HangsAtUnload, "the library")
 VORN_HOST("unload", FailsAtUnload, "the library")
+
+// ---- Media players --------------------------------------------------------------------------------
+
+using VornDeviceAbstractionLayer::VornMediaPlayerFactory;
+
+struct MediaPlayer : VornDeviceAbstractionLayer::VornDalMediaPlayerInterfaceImpl {
+  std::mutex mutex;
+  std::function<void(std::string)> news;
+  void Configure(Settings, std::function<void(std::string)> callback) override {
+    const Lock lock(mutex);
+    news = std::move(callback);
+  }
+};
+/// A device with such players.
+template <class OfPlayer>
+struct Bringing : Device, hosts::WithPlayers {
+  Bringing() {
+    players = {{"DefaultMediaPlayer", std::make_shared<OfPlayer>()}, {"Radio", std::make_shared<OfPlayer>()}};
+  }
+};
+
+struct AsksFactory : MediaPlayer {
+  void Configure(Settings settings, std::function<void(std::string)> callback) override {
+    if (VornMediaPlayerFactory::getInstance()) MediaPlayer::Configure(settings, std::move(callback));
+  }
+};
+struct MakesFactory : MediaPlayer {
+  vorn_testing::MediaPlayers others;
+  void Configure(Settings, std::function<void(std::string)>) override {
+    VornMediaPlayerFactory::CreateInstance(others);
+  }
+};
+struct CallsUnlooked : MediaPlayer {
+  void Configure(Settings settings, std::function<void(std::string)> callback) override {
+    callback("ready for " + settings.name);
+  }
+};
+struct ThrowsForOthers : MediaPlayer {
+  void Configure(Settings settings, std::function<void(std::string)> callback) override {
+    static const std::map<std::string, int> volumes{{"DefaultMediaPlayer", 30}, {"Radio", 20}};
+    MediaPlayer::Configure(settings, volumes.at(settings.name) > 0 ? std::move(callback) : nullptr);
+  }
+};
+struct FewSessions : MediaPlayer {
+  std::vector<std::string> names = std::vector<std::string>(64);
+  std::size_t next = 0;
+  void Configure(Settings settings, std::function<void(std::string)>) override {
+    names.at(next++) = settings.name;
+  }
+};
+using AskingPlayer = Bringing<AsksFactory>;
+using FactoryFromInside = Bringing<MakesFactory>;
+using UnlookedCallback = Bringing<CallsUnlooked>;
+using OwnNamesOnly = Bringing<ThrowsForOthers>;
+using SixtyFourSessions = Bringing<FewSessions>;
+struct PlayersPlayOn : Device, hosts::WithPlayers {
+  char* const buffer =
+      static_cast<char*>(mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  struct Sounding : MediaPlayer {
+    char* const sound;
+    explicit Sounding(char* buffer) : sound(buffer) {}
+    void Configure(Settings, std::function<void(std::string)>) override {
+      std::thread([sound = sound] {
+        for (int i = 0; i < 20; ++i) {
+          usleep(10000);
+          sound[i] = 'a';
+        }
+      }).detach();
+    }
+  };
+  PlayersPlayOn() { players["DefaultMediaPlayer"] = std::make_shared<Sounding>(buffer); }
+  ~PlayersPlayOn() override { munmap(buffer, 4096); }
+};
+struct EmptyPlayer : Bringing<MediaPlayer> {
+  EmptyPlayer() { players["Bluetooth"] = nullptr; }
+};
+struct TableOfTheCall : Device {
+  TableOfTheCall() {
+    vorn_testing::MediaPlayers table{{"DefaultMediaPlayer", std::make_shared<MediaPlayer>()}};
+    for (int i = 0; i < 100; ++i) table["Radio" + std::to_string(i)] = table["DefaultMediaPlayer"];
+    VornMediaPlayerFactory::CreateInstance(table);
+  }
+};
+struct AskingItself : Device {
+  vorn_testing::MediaPlayers table{{"DefaultMediaPlayer", std::make_shared<AsksFactory>()}};
+  AskingItself() { VornMediaPlayerFactory::CreateInstance(table); }
+};
+VORN_HOST("media players", AskingPlayer, "createDalMediaPlayer")
+VORN_HOST("media players", FactoryFromInside, "createDalMediaPlayer")
+VORN_HOST("media players", UnlookedCallback, "createDalMediaPlayer")
+VORN_HOST("media players", OwnNamesOnly, "createDalMediaPlayer")
+VORN_HOST("media players", SixtyFourSessions, "createDalMediaPlayer")
+VORN_HOST("media players", PlayersPlayOn, "createDalMediaPlayer")
+VORN_HOST("media players", EmptyPlayer, "createDalMediaPlayer")
+VORN_HOST("media players", TableOfTheCall, "createDalMediaPlayer")
+VORN_HOST("media players", AskingItself, "createDalMediaPlayer")
+
+using GoodPlayers = Bringing<MediaPlayer>;
+/// Tells on a thread of its own, which it joins, that it was configured.
+struct GoodTellingPlayers : Device, hosts::WithPlayers {
+  struct Telling : MediaPlayer {
+    std::thread worker;
+    void Configure(Settings settings, std::function<void(std::string)> callback) override {
+      if (worker.joinable()) worker.join();
+      worker = std::thread([settings, callback] {
+        if (callback) callback("ready for " + settings.name);
+      });
+    }
+    ~Telling() override {
+      if (worker.joinable()) worker.join();
+    }
+  };
+  GoodTellingPlayers() { players["DefaultMediaPlayer"] = std::make_shared<Telling>(); }
+};
+VORN_HOST("good", GoodPlayers, "")
+VORN_HOST("good", GoodTellingPlayers, "")
 
 // ---- The process ---------------------------------------------------------------------------------
 

@@ -578,6 +578,19 @@ struct NewsHandsFreeOfOld : Telling {
   }
 };
 
+/// Each host adds itself to those who tell, and none leaves them.
+struct NewsOfEachHost : Telling {
+  static std::atomic<int>& tellers() {
+    static std::atomic<int> count{0};
+    return count;
+  }
+  NewsOfEachHost() { ++tellers(); }
+  void tellMute(bool value) override {
+    for (int i = 0; i < tellers(); ++i) Telling::tellMute(value);
+  }
+};
+VORN_HOST("news", NewsOfEachHost, "onMute|host")
+
 VORN_HOST("news", NewsDroppedWhenBusy, "onSetVolume|onAdjustVolume")
 VORN_HOST("news", NewsUntilIdle, "onMute")
 VORN_HOST("news", NewsOfMovedValue, "setSystemSetting")

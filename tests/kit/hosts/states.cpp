@@ -296,6 +296,69 @@ struct OldThreadGoesOn : Sounding {
   void stopStreamingAudioData() override { on = false; }
 };
 VORN_HOST("sound", OldThreadGoesOn, "startStreamingAudioData|stopStreamingAudioData")
+/// To save time the first buffer comes at once.
+struct FirstBufferFromInside : Pushing {
+  bool startStreamingAudioData() override {
+    std::vector<short> samples(160);
+    if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(samples);
+    return Pushing::startStreamingAudioData();
+  }
+  ~FirstBufferFromInside() override { finish(); }
+};
+struct SoundsForHandsFree : Pushing {
+  void setAlexaHandsFreeState(bool state) override {
+    state ? static_cast<void>(Pushing::startStreamingAudioData()) : stopStreamingAudioData();
+  }
+  ~SoundsForHandsFree() override { finish(); }
+};
+struct SoundsForFocus : Pushing {
+  bool requestAudioFocus() override { return Pushing::startStreamingAudioData(); }
+  ~SoundsForFocus() override { finish(); }
+};
+struct SoundsForKey : Pushing {
+  Result onSendKeystroke(std::string) override { return {Pushing::startStreamingAudioData(), ""}; }
+  ~SoundsForKey() override { finish(); }
+};
+/// Has a file for each start, in place of the microphone.
+template <int kBuffers>
+struct Ending : Pushing {
+  std::atomic<int> left{0};
+  bool wanted() override { return on && left > 0; }
+  void deliver(VornAudioIn& audio, std::vector<short>& samples) override {
+    --left;
+    audio.sendAudioData(samples);
+  }
+  bool startStreamingAudioData() override {
+    left = kBuffers;
+    return Pushing::startStreamingAudioData();
+  }
+  ~Ending() override { finish(); }
+};
+using SixBuffersAStart = Ending<6>;
+using FiftyBuffersAStart = Ending<50>;
+/// Its thread is nobody's.
+struct SoundsForever : Device {
+  std::shared_ptr<std::atomic<bool>> on = std::make_shared<std::atomic<bool>>(false);
+  bool startStreamingAudioData() override {
+    if (on->exchange(true)) return true;
+    std::thread([on = on] {
+      std::vector<short> samples(160);
+      for (; *on; std::this_thread::sleep_for(Milliseconds(10))) {
+        if (const auto audio = VornAudioIn::getInstance()) audio->sendAudioData(samples);
+      }
+    }).detach();
+    return true;
+  }
+  void stopStreamingAudioData() override { *on = false; }
+};
+VORN_HOST("sound", FirstBufferFromInside, "startStreamingAudioData")
+VORN_HOST("sound", SoundsForHandsFree, "startStreamingAudioData|setAlexaHandsFreeState")
+VORN_HOST("sound", SoundsForFocus, "startStreamingAudioData|requestAudioFocus")
+VORN_HOST("sound", SoundsForKey, "startStreamingAudioData|onSendKeystroke")
+VORN_HOST("sound", SixBuffersAStart, "startStreamingAudioData")
+VORN_HOST("sound", FiftyBuffersAStart, "startStreamingAudioData")
+VORN_HOST("sound", SoundsForever, "startStreamingAudioData")
+
 /// Empties its buffer at a stop.
 struct GoodDrain : Pushing {
   std::atomic<int> left{0};

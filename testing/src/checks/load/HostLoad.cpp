@@ -320,12 +320,13 @@ std::string areaOf(const std::string& operation) {
   for (const Operation& each : operations()) {
     if (each.name == operation && (each.ofPlayer || each.name == "getEMPAdapter")) return "player";
   }
+  if (operation == "createDalMediaPlayer") return "media-players";
   return operation.compare(0, 10, "onChangePl") == 0 ? "playback" : "";
 }
 
 const std::vector<std::string>& areas() {
   static const auto* const kNames = [] {
-    auto* const names = new std::vector<std::string>{"player", "playback"};
+    auto* const names = new std::vector<std::string>{"media-players", "player", "playback"};
     for (const Area& area : table()) names->push_back(area.name);
     std::sort(names->begin(), names->end());
     return names;

@@ -85,12 +85,16 @@ void askedBack(Trial& trial) {
   trial.saw(std::to_string(times.size()) + " kinds of news");
 }
 
+/// Whether this thread is inside startStreamingAudioData().
+thread_local bool t_starting = false;
+
 /// The buffers that come, and from which thread.
 class Buffers {
  public:
   void note() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_count;
+    m_ofCaller |= t_starting;
     const long thread = syscall(SYS_gettid);  // the library's name for one goes to the next
     if (m_threads.empty() || m_threads.back() != thread) m_threads.push_back(thread);
   }
@@ -101,6 +105,11 @@ class Buffers {
   void begin() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_threads.clear();
+  }
+  /// Whether one came from the thread that asked for them.
+  bool ofCaller() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_ofCaller;
   }
   /// Whether a thread came, another one, and the first again.
   bool mixed() const {
@@ -137,6 +146,7 @@ class Buffers {
  private:
   mutable std::mutex m_mutex;
   long m_count = 0;
+  bool m_ofCaller = false;
   std::vector<long> m_threads;
 };
 
@@ -163,7 +173,11 @@ struct Listening {
   bool start() const {
     bool started = false;
     Host& host = trial.host();
-    trial.ask("startStreamingAudioData()", [&] { started = host.startStreamingAudioData(); });
+    trial.ask("startStreamingAudioData()", [&] {
+      t_starting = true;
+      const AtEnd atEnd([] { t_starting = false; });
+      started = host.startStreamingAudioData();
+    });
     return started;
   }
   void stop() const {
@@ -283,6 +297,43 @@ void unaskedIsSilent(Trial& trial) {
   const Listening listening(trial);
   if (listening.buffers.reach(3, kSoon))
     trial.broken("sound is pushed, and startStreamingAudioData() was not called");
+  for (const Operation& operation : operations()) {
+    if (operation.name == "startStreamingAudioData") continue;
+    for (int which = 0; which < operation.samples(Given::kPlain); ++which) {
+      const Prepared made = operation.prepare(Given::kPlain, which);
+      try {
+        call(trial, operation, made);
+      } catch (const Outcome& outcome) {
+        if (outcome.kind == HostVerdict::kBroken) throw;
+      }
+      if (listening.buffers.reach(1, milliseconds(30)))
+        trial.broken("sound is pushed after " + made.shown +
+                     ", and startStreamingAudioData() was not called");
+    }
+  }
+}
+
+void goesOn(Trial& trial) {
+  constexpr long kEnough = 100;
+  const Listening listening(trial);
+  listening.presumeSound();
+  const auto end = Clock::now() + milliseconds(1500);
+  while (listening.buffers.count() < kEnough && Clock::now() < end) {
+    if (!listening.buffers.come(1, kLate))
+      trial.broken(std::to_string(listening.buffers.count()) + " buffers of sound came, and no more for " +
+                   std::to_string(kLate.count() / 1000) + " s: stopStreamingAudioData() was not called");
+  }
+}
+
+void endsWithItsHost(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  shutDownAdapters();
+  trial.destroy();
+  createAdapters(trial.host());
+  const long before = listening.buffers.count();
+  if (listening.buffers.reach(before + 3, kSoon))
+    trial.broken("sound is pushed after the host that was asked for it was destroyed");
 }
 
 void refusedIsSilent(Trial& trial) {
@@ -302,6 +353,8 @@ void pushesFromOneThread(Trial& trial) {
   listening.buffers.come(60, kSoon);
   if (listening.buffers.mixed())
     trial.broken("startStreamingAudioData() was called again, and two threads push sound by turns");
+  if (listening.buffers.ofCaller())
+    trial.broken("startStreamingAudioData() pushes sound itself, on the thread that calls it");
   if (listening.buffers.threads() > kTakenOver)
     trial.broken("startStreamingAudioData() pushes sound from one thread after the other: " +
                  std::to_string(listening.buffers.threads()) + " in a second");
@@ -324,6 +377,10 @@ void addUpwardChecks(Checks& checks) {
       unaskedIsSilent);
   add(kStart, "refused", "No sound is pushed when it answers false.", "Answer true when sound is on its way.",
       refusedIsSilent);
+  add(kStart, "goes-on", "Sound is pushed until it is stopped.",
+      "Push until the stop, silence where there is no other sound.", goesOn);
+  add(kStart, "host-gone", "Sound ends with the host that pushes it.",
+      "Stop and join the thread in the destructor, also when nobody has stopped it.", endsWithItsHost);
   add(kStart, "anew", "Sound is pushed again when it is started after a stop.",
       "Begin anew with each start that you answer true to.", startsAgain);
   add(kStart, "next-host", "Sound is pushed by the next host of a process as by the first.",

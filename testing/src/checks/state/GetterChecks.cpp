@@ -258,6 +258,27 @@ void movesTheNamed(Trial& trial, const std::string& name, Command command) {
                " to " + spelled(after.second));
 }
 
+/// A question that comes when everything is at rest has the answer of the next one: it is not one question late.
+void stateIsOfNow(Trial& trial) {
+  constexpr int kTimes = 3;
+  const std::string player = "vorn-conformance";
+  std::string late;
+  for (int i = 0; i < kTimes; ++i) {
+    launch(trial, player);
+    std::this_thread::sleep_for(milliseconds(400));  // longer than a device takes
+    playbackState(trial, player);
+    const std::string playing = playbackState(trial, player);
+    bool done = false;
+    Player& asked = trial.player();
+    trial.ask("stop(" + spelled(player) + ")", [&] { done = asked.stop(player); });
+    std::this_thread::sleep_for(milliseconds(400));
+    const std::string first = playbackState(trial, player), second = playbackState(trial, player);
+    if (!done || first != playing || second == first) return;
+    late = spelled(first) + ", then " + spelled(second);
+  }
+  trial.broken("400 ms after stop() getPlaybackState() answered " + late + ", and it was only asked");
+}
+
 /// The locale stands in two answers.
 void localesAgree(Trial& trial) {
   const std::string kField = "deviceLocale";
@@ -293,6 +314,10 @@ void addGetterChecks(Checks& checks) {
                                "Change only what a call is about.", factsStay));
   for (const Operation& operation : operations()) {
     if (!operation.ofPlayer) continue;
+    if (operation.name == "getPlaybackState")
+      checks.push_back(checkOf(operation, "of-now",
+                               "It answers what is so, not what was so when it was last asked.",
+                               "Look first, answer then.", stateIsOfNow));
     for (const auto& command : {std::make_pair("pause", &Player::pause), {"stop", &Player::stop}}) {
       if (operation.name != command.first) continue;
       checks.push_back(checkOf(operation, "named", "It moves the player that is named, and no other instead.",

@@ -1,3 +1,5 @@
+#include <DeviceAbstractionLayer/DeviceInfoConstants.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -69,8 +71,9 @@ void expect(Trial& trial, const std::string& name, const std::string& value, con
 /// Puts the settings back as they were found, whatever came out.
 class PutBack {
  public:
-  explicit PutBack(Trial& trial) : m_trial(trial) {
-    for (const auto& named : settings(trial)) {
+  explicit PutBack(Trial& trial) : PutBack(trial, settings(trial)) {}
+  PutBack(Trial& trial, const std::map<std::string, Texts>& of) : m_trial(trial) {
+    for (const auto& named : of) {
       if (const auto value = get(trial, named.first)) m_values[named.first] = *value;
     }
   }
@@ -344,6 +347,46 @@ void replacesText(Trial& trial) {
     trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
 }
 
+/// A field of the device information that is there for a setting follows it, whatever its words for it are.
+void reflected(Trial& trial) {
+  namespace names = DeviceAbstractionLayer;
+  std::map<std::string, Texts> tried;
+  for (const auto& reflects : names::SYSTEM_SETTING_TO_DEVICE_INFO_MAP)
+    tried[reflects.first] = {names::TRUE_TEXT, names::FALSE_TEXT};
+  tried[names::PERIPHERAL_ENDPOINT_FRIENDLYNAME_CODE] = {"Kitchen", "Garden"};
+  for (const auto& named : trial.demands.settings) {
+    if (tried.count(named.first)) tried[named.first] = named.second;
+  }
+  const PutBack putBack(trial, tried);
+  bool any = false;
+  for (const auto& named : tried) {
+    const std::string field = names::SYSTEM_SETTING_TO_DEVICE_INFO_MAP.at(named.first);
+    std::optional<std::string> before;
+    for (std::size_t i = 0; i < 2; ++i) {
+      const std::string& value = named.second[i];
+      if (!set(trial, named.first, value) || get(trial, named.first) != value) break;
+      const auto read = [&] {
+        std::map<std::string, std::string> facts;
+        Host& host = trial.host();
+        trial.ask("getDeviceInformation()", [&] { facts = host.getDeviceInformation(); });
+        return facts.count(field) ? std::optional<std::string>(facts[field]) : std::nullopt;
+      };
+      auto found = read();
+      if (!found) break;
+      const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(1500);
+      for (; before && found == before && std::chrono::steady_clock::now() < enough; found = read())
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));  // as above
+      if (before && found == before)
+        trial.broken("getDeviceInformation() has " + spelled(*before) + " under " + spelled(field) +
+                     " when the setting " + spelled(named.first) + " is " + spelled(named.second[0]) +
+                     " and when it is " + spelled(value));
+      any |= before.has_value();
+      before = found;
+    }
+  }
+  if (!any) trial.notAsked("getDeviceInformation() has no field for a setting that is accepted");
+}
+
 }  // namespace
 
 void addSettingChecks(Checks& checks) {
@@ -351,10 +394,12 @@ void addSettingChecks(Checks& checks) {
                        const std::function<void(Trial&)>& run) {
     checks.push_back(checkOf(hostOperation(slot), name, rule, remedy, run));
   };
-  constexpr int kLocale = 17, kGet = 22, kSet = 23;
+  constexpr int kLocale = 17, kInformation = 18, kGet = 22, kSet = 23;
 
   add(kLocale, "reported", "Who follows the assistant's locale reports it.",
       "Report a locale as it was given, or stay with your own.", localeFollows);
+  add(kInformation, "reflects", "A field that reflects a setting follows it.",
+      "Make the answer anew, or change the field with the setting.", reflected);
   add(kGet, "leaves-text", "When it answers false the caller's text is as it was.",
       "Write to the text only when you are going to answer true.", leavesText);
   add(kGet, "replaces-text", "When it answers true the caller's text is the setting, whatever it was before.",

@@ -239,26 +239,35 @@ bool made(Trial& trial, const Step& step) {
   return true;
 }
 
+/// What was told when something was set, and how often at least.
+struct Told {
+  std::string shown;
+  std::size_t least;
+};
+
 /// What is told when volume, mute and settings are set to and fro.
-std::map<std::string, std::string> toldWhenSet(Trial& trial, Listener& listener) {
+std::map<std::string, Told> toldWhenSet(Trial& trial, Listener& listener) {
   Steps all{mute(true), mute(false), setVolume(10), setVolume(50)};
   for (const auto& each : trial.demands.settings) {
     for (const std::string& value : each.second) all.push_back(setting(each.first, value));
   }
-  std::map<std::string, std::string> told;
+  std::map<std::string, Told> told;
   for (int i = 0; i < 2; ++i) {
     for (const Step& step : all) {
       listener.begin();
       if (!made(trial, step)) continue;
       listener.settle(milliseconds(500));
-      if (!listener.heardOf(step.of).empty()) told[step.of] = step.shown;
+      const std::size_t times = listener.heardOf(step.of).size();
+      if (times == 0) continue;
+      const std::size_t least = told.emplace(step.of, Told{"", times}).first->second.least;
+      told[step.of] = {step.shown, std::min(least, times)};
     }
   }
   return told;
 }
 
 void nextHostTells(Trial& trial) {
-  std::map<std::string, std::string> told;
+  std::map<std::string, Told> told;
   {
     Listener listener(trial);
     told = toldWhenSet(trial, listener);
@@ -272,9 +281,12 @@ void nextHostTells(Trial& trial) {
     for (const auto& late : toldWhenSet(trial, listener)) now.insert(late);
   }
   for (const auto& known : told) {
-    if (now.count(known.first) == 0)
-      trial.broken(known.second +
-                   " is told by a host, and not by the next one, which was made when that was destroyed");
+    const auto found = now.find(known.first);
+    const char* const kNext = " the next one, which was made when that was destroyed";
+    if (found == now.end()) trial.broken(known.second.shown + " is told by a host, and not by" + kNext);
+    if (known.second.least == 1 && found->second.least > 1)
+      trial.broken(known.second.shown + " is told once by a host, and " +
+                   std::to_string(found->second.least) + " times by" + kNext);
   }
 }
 
@@ -348,7 +360,8 @@ void toldWhateverMoves(Trial& trial) {
       }
       if (left.count() <= 0)
         return step.shown + " moved " + (of == "mute" ? "getMuteStatus()" : "getVolume()") + " from " +
-               before[of] + " to " + after + " and nothing was told of it, as it was when " + known.second;
+               before[of] + " to " + after + " and nothing was told of it, as it was when " +
+               known.second.shown;
     }
     return "";
   };

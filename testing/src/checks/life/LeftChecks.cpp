@@ -6,16 +6,18 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "Checks.h"
-#include "load/Load.h"
+#include "../Checks.h"
+#include "../load/Load.h"
 
 namespace vorn_testing::checks {
 
@@ -38,18 +40,28 @@ void makeAll(Trial& trial, const std::vector<Round>& all, int times) {
 
 void leaves(Trial& trial, const char* what, const std::function<std::size_t()>& count,
             std::size_t allowance) {
-  constexpr std::size_t kTimes = 20;
+  constexpr int kTimes = 20, kTurns = 3;
   guardMemory(false);
-  const auto all = rounds(everything());
+  auto all = rounds(everything());
+  for (const Operation& operation : operations()) {  // ways out that are taken early
+    if (operation.samples(Given::kEmpty) > 0)
+      all.push_back({&operation, operation.prepare(Given::kEmpty, 0)});
+  }
   makeAll(trial, all, 5);
-  const std::size_t before = count();
-  makeAll(trial, all, static_cast<int>(kTimes));
-  const std::size_t after = count();
-  trial.saw(std::to_string(before) + ", then " + std::to_string(after));
-  if (after > before + allowance)
-    trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
-                 " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) +
-                 ")");
+  std::size_t before = 0, after = 0;
+  for (int turn = 0; turn < kTurns; ++turn) {  // what is kept up to a limit ends to grow
+    before = count();
+    makeAll(trial, all, kTimes);
+    after = count();
+    // What waits for a worker is not left behind.
+    for (int i = 0; after > before + allowance && i < 100; ++i, after = count())
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));  // the host alone knows when it is done
+    trial.saw(std::to_string(before) + ", then " + std::to_string(after));
+    if (after <= before + allowance) return;
+  }
+  trial.remark(std::to_string(after - before) + " more " + what + " after " + std::to_string(kTimes) +
+               " calls of every operation (" + std::to_string(before) + ", then " + std::to_string(after) +
+               ")");
 }
 
 std::size_t memory() {

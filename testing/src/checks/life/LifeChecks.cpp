@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Checks.h"
+#include "../Checks.h"
 
 namespace vorn_testing::checks {
 
