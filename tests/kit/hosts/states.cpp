@@ -307,7 +307,7 @@ struct FirstBufferFromInside : Pushing {
 };
 struct SoundsForHandsFree : Pushing {
   void setAlexaHandsFreeState(bool state) override {
-    state ? static_cast<void>(Pushing::startStreamingAudioData()) : stopStreamingAudioData();
+    if (state) Pushing::startStreamingAudioData();
   }
   ~SoundsForHandsFree() override { finish(); }
 };

@@ -43,7 +43,7 @@ bool configure(
     Trial& trial, Factory& factory, const std::string& name, bool flag = true,
     const std::function<void(std::string)>& callback = [](const std::string&) {}) {
   bool found = false;
-  trial.ask("createDalMediaPlayer(\"" + name + "\")",
+  trial.ask("createDalMediaPlayer(" + spelled(name) + ")",
             [&] { found = factory.createDalMediaPlayer(callback, flag, name, !flag) != nullptr; });
   return found;
 }
@@ -54,8 +54,8 @@ void areThere(Trial& trial) {
   if (!players) return;  // a factory does not show its table
   for (const auto& player : *players) {
     if (!player.second)
-      trial.broken("vornMediaPlayers() answers a table with an empty pointer, called \"" + player.first +
-                   "\"");
+      trial.broken("vornMediaPlayers() answers a table with an empty pointer, called " +
+                   spelled(player.first));
   }
 }
 
