@@ -181,12 +181,16 @@ void writesFromThreads(Trial& trial) {
   store.presume({{key("a"), "1"}});
   const auto keyOf = [](int thread, int i) { return key(std::to_string(100 * thread + i)); };
   // As many as come to overlap, so that two stand between reading and writing at once.
-  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(150);
+  const auto start = std::chrono::steady_clock::now();
+  const auto enough = start + std::chrono::milliseconds(150);
+  // A mutex lets those wait who came late, and a write to flash takes its time.
+  const auto atLast = start + std::chrono::seconds(2);
   std::atomic<int> written[4] = {};
   trial.onThreads(
       4,
       [&](int thread) {
-        for (int i = 0; i < 25 || (i < 100 && std::chrono::steady_clock::now() < enough); ++i) {
+        for (int i = 0; i == 0 || (i < 100 && std::chrono::steady_clock::now() < (i < 25 ? atLast : enough));
+             ++i) {
           store.write({{keyOf(thread, i), "1"}});
           written[thread] = i + 1;
         }
