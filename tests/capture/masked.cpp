@@ -137,6 +137,23 @@ TEST_F(Masked, ValuesAreFoundAgainWhereverTheyStand) {
   EXPECT_LT(found, 15000);
 }
 
+TEST_F(Masked, ValuesAreFoundAsOtherTextsSpellThem) {
+  const auto isKnown = [](const std::string& text) { return known::in(text.data(), text.size()); };
+  const std::string secret = "Qx7/Zr9\"Lm2 Gr\u00fc\u00df \U0001f511", itself = "pa%41ss\\n&amp;";
+  known::add(secret.data(), secret.size());
+  known::add(itself.data(), itself.size());
+  for (const char* const spelled :
+       {R"(Qx7\/Zr9\"Lm2 Gr\u00fc\u00DF \ud83d\udd11)", "Qx7%2FZr9%22Lm2%20Gr%C3%BC%c3%9f%20%F0%9F%94%91",
+        "Qx7/Zr9&quot;Lm2 Gr&#252;&#xDF; &#x1F511;", R"(Qx7/Zr9\\\"Lm2 Gr\\u00fc\\u00df \\ud83d\\udd11)",
+        R"(pa%41ss\\n&amp;)"}) {
+    EXPECT_TRUE(isKnown(std::string("{\"k\":\"") + spelled + "\"}")) << spelled;
+    EXPECT_TRUE(isKnown(std::string(5000, '%') + spelled)) << spelled;
+  }
+  for (const char* const other :
+       {"Qx7%2FZr9%23Lm2%20Gr%C3%BC%c3%9f%20%F0%9F%94%91", "%%%%%%", "a \\ b", "100 %\\ &"})
+    EXPECT_FALSE(isKnown(other)) << other;
+}
+
 /// Last: from there on it is so for all.
 TEST_F(Masked, TextsAreAllMaskedWhenThereAreTooManySecrets) {
   for (int i = 0; i < 2100; ++i) {

@@ -1,7 +1,10 @@
 // What vorn-capture does not do, and what it says then.
 
+#include <elf.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstddef>
 
 #include "capture/capture_program.h"
 
@@ -30,6 +33,15 @@ TEST_F(Refused, OptionsSayWhatIsExpected) {
       {"--outptu=r true", "--outptu=r: is not known; did you mean --output?"},
       {"-o r --anything true", "--anything: is not known (vorn-capture --help names the options)"},
       {"-o r --audio r true", "r: give the sound a file of its own"},
+      {"-o /tmp/capture/r --audio /tmp/./capture/r true",
+       "/tmp/./capture/r: give the sound a file of its own"},
+      {"-o r --audio ./r true", "./r: give the sound a file of its own"},
+      {"-o r --audio= true", "--audio: expected a value"},
+      {"-o r --library '' true", "--library: expected a value"},
+      {"-o '' true", "-o: expected a value"},
+      {"-o r -o other true", "-o: is given twice; name one file"},
+      {"-o r --library /dev/zero true", "/dev/zero: is no file"},
+      {"-o r --library /tmp true", "/tmp: is no file"},
       {"--output=r --keep=3 true", "--keep 3: expected a size from 64K"},
       {"-o r --keep 5X true", "--keep 5X: expected a size"},
       {"-o r --keep 3 true", "--keep 3: expected a size from 64K"},
@@ -41,6 +53,27 @@ TEST_F(Refused, OptionsSayWhatIsExpected) {
     EXPECT_TRUE(has(arguments(words), said)) << words;
     EXPECT_EQ(m_status, 2) << words;
   }
+}
+
+TEST_F(Refused, LibrariesThatTellOfMoreThanTheyHold) {
+  std::string library = content(VORN_LIBRARY);
+  const auto put = [&](std::size_t at, auto value) { std::memcpy(&library.at(at), &value, sizeof value); };
+  Elf64_Ehdr header;
+  std::memcpy(&header, library.data(), sizeof header);
+  for (std::size_t i = 0; i < header.e_shnum; ++i) {
+    const std::size_t at = header.e_shoff + i * sizeof(Elf64_Shdr);
+    Elf64_Shdr section;
+    std::memcpy(&section, &library.at(at), sizeof section);
+    if (section.sh_type != SHT_DYNSYM && section.sh_type != SHT_SYMTAB) continue;
+    put(at + offsetof(Elf64_Shdr, sh_size), Elf64_Xword{1} << 62);
+    put(at + offsetof(Elf64_Shdr, sh_link), Elf64_Word{0});
+  }
+  EXPECT_TRUE(has(arguments("-o " + m_path + " --library " + file("libVornDALImpl.so", library) + " true"),
+                  "is no libVornDALImpl.so"));
+  EXPECT_EQ(m_status, 2);
+  const std::string pipe = std::string(kFolder) + "/pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_TRUE(has(arguments("-o " + m_path + " --library " + pipe + " true"), "pipe: is no file"));
 }
 
 TEST_F(Refused, HelpAndVersionArePrinted) {

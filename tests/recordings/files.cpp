@@ -195,6 +195,9 @@ TEST_F(Recordings, AreRefusedHoweverDeepAndWideTheyAre) {
   EXPECT_EQ(problem(kHeader + wide + "}\n"),
             path + ":2: expected a line of a recording; it has too many fields");
   EXPECT_EQ(problem(kHeader + line({{"result", R"("\"[[[[[[[[[[[[[[[[[[")"}})), "it was read");
+  std::string beside;
+  for (int i = 0; i < 20; ++i) beside += "[],{},";
+  EXPECT_EQ(problem(kHeader + line({{"more", "[" + beside + "1]"}})), "it was read");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -45,6 +46,8 @@ std::string found(const std::string& name) {
 class Object {
  public:
   explicit Object(const std::string& path) {
+    // A pipe or a device would be read without an end.
+    if (!isFile(path) && access(path.c_str(), F_OK) == 0) throw Unfit(path + ": is no file");
     std::ifstream in(path, std::ios::binary);
     if (!in) throw Unfit(path + ": " + std::strerror(errno));
     std::ostringstream bytes;
@@ -93,12 +96,14 @@ class Object {
   /// Whether it has the function, for itself or for others.
   bool defines(const char* name) const {
     const auto header = at<Elf64_Ehdr>(0);
+    std::uint64_t left = m_bytes.size();  // All symbols together are no more.
     for (std::size_t i = 0; i < header.e_shnum; ++i) {
       const auto section = at<Elf64_Shdr>(header.e_shoff + i * sizeof(Elf64_Shdr));
       if (section.sh_type != SHT_DYNSYM && section.sh_type != SHT_SYMTAB) continue;
       const auto texts = at<Elf64_Shdr>(header.e_shoff + section.sh_link * sizeof(Elf64_Shdr));
-      for (std::uint64_t offset = 0; offset + sizeof(Elf64_Sym) <= section.sh_size;
-           offset += sizeof(Elf64_Sym)) {
+      const std::uint64_t size = std::min<std::uint64_t>(section.sh_size, left);
+      left -= size;
+      for (std::uint64_t offset = 0; offset + sizeof(Elf64_Sym) <= size; offset += sizeof(Elf64_Sym)) {
         const auto symbol = at<Elf64_Sym>(section.sh_offset + offset);
         const std::uint64_t place = texts.sh_offset + symbol.st_name;
         if (symbol.st_shndx != SHN_UNDEF && place < m_bytes.size() &&

@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 
 #include "Program.h"
@@ -54,20 +55,37 @@ std::string fit(Read read, const std::string& option, const std::string& value, 
   return value;
 }
 
+std::string absolute(const std::string& path) {
+  char folder[PATH_MAX];
+  return path[0] == '/' || !getcwd(folder, sizeof folder) ? path : std::string(folder) + "/" + path;
+}
+
+/// One name for every way to a file.
+std::filesystem::path nameOf(const std::string& path) {
+  std::error_code none;
+  const std::filesystem::path name = std::filesystem::weakly_canonical(absolute(path), none);
+  return none ? std::filesystem::path(absolute(path)) : name;
+}
+
 Options optionsOf(int count, char** arguments) {
   Options options;
   int i = 1;
   for (; i < count && arguments[i][0] == '-'; ++i) {
     const std::string argument = arguments[i], option = argument.substr(0, argument.find('='));
     const auto value = [&]() -> std::string {
-      if (option.size() < argument.size()) return argument.substr(option.size() + 1);
-      if (i + 1 >= count) throw Unfit(option + ": expected a value after it");
-      return arguments[++i];
+      std::string given;
+      if (option.size() < argument.size())
+        given = argument.substr(option.size() + 1);
+      else if (i + 1 < count)
+        given = arguments[++i];
+      if (given.empty()) throw Unfit(option + ": expected a value after it");
+      return given;
     };
     if (argument == "--") {
       ++i;
       break;
     } else if (option == "-o" || option == "--output") {
+      if (!options.output.empty()) throw Unfit(option + ": is given twice; name one file");
       options.output = value();
     } else if (option == "--keep") {
       options.keep = fit(sizeOf, option, value(), kSizeExpected);
@@ -94,13 +112,9 @@ Options optionsOf(int count, char** arguments) {
   for (; i < count; ++i) options.program.emplace_back(arguments[i]);
   if (options.output.empty()) throw Unfit("where to? Name a file with -o");
   if (options.program.empty()) throw Unfit("what to run? Name a program after the options");
-  if (options.audio == options.output) throw Unfit(options.audio + ": give the sound a file of its own");
+  if (!options.audio.empty() && nameOf(options.audio) == nameOf(options.output))
+    throw Unfit(options.audio + ": give the sound a file of its own");
   return options;
-}
-
-std::string absolute(const std::string& path) {
-  char folder[PATH_MAX];
-  return path[0] == '/' || !getcwd(folder, sizeof folder) ? path : std::string(folder) + "/" + path;
 }
 
 /// What the preloaded library would refuse later, when nobody looks.

@@ -88,7 +88,9 @@ WholeFile::WholeFile(const std::string& path, unsigned mode) : m_path(path), m_t
   const bool exists = ::stat(m_target.c_str(), &there) == 0;
   int descriptor = -1;
   if (exists && S_ISREG(there.st_mode)) {
-    m_made = m_target + ".XXXXXX";
+    const std::string aside = ".XXXXXX";
+    // Its name may be as long as a name can be.
+    m_made = m_target.substr(0, m_target.rfind('/') + 1 + NAME_MAX - aside.size()) + aside;
     descriptor = ::mkostemp(&m_made[0], O_CLOEXEC);
     const mode_t mask = ::umask(0);
     ::umask(mask);
@@ -99,6 +101,11 @@ WholeFile::WholeFile(const std::string& path, unsigned mode) : m_path(path), m_t
     descriptor = ::open(m_target.c_str(), flags, mode);
     if (descriptor < 0 && errno == ENXIO)
       throw NotWritten(m_path + " cannot be written: it is a pipe or a socket that nobody reads");
+    struct stat link {};
+    if (descriptor < 0 && errno == EEXIST && ::lstat(m_target.c_str(), &link) == 0 && S_ISLNK(link.st_mode))
+      throw NotWritten(
+          m_path +
+          " cannot be written: it is a link to a file that is not there; make that file, or remove the link");
     if (descriptor >= 0 && exists) ::fcntl(descriptor, F_SETFL, 0);
     if (!exists) m_made = m_target;
   }

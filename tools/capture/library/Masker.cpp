@@ -1,5 +1,8 @@
 #include "Masker.h"
 
+#include <sys/mman.h>
+#include <vorn_testing/Escapes.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -102,7 +105,7 @@ std::uint64_t hashOf(const char* text, std::size_t size) {
   return hash;
 }
 
-bool holds(const char* text, std::size_t size, std::size_t length) {
+bool holdsOne(const char* text, std::size_t size, std::size_t length) {
   std::uint64_t highest = 1;
   for (std::size_t i = 1; i < length; ++i) highest *= kBase;
   std::uint64_t hash = hashOf(text, length);
@@ -113,6 +116,70 @@ bool holds(const char* text, std::size_t size, std::size_t length) {
     hash = hash * kBase + static_cast<unsigned char>(text[at + length]) + 1;
   }
 }
+
+bool holdsAny(const char* text, std::size_t size) {
+  for (const auto& each : lengths) {
+    const std::size_t length = each.load(std::memory_order_acquire);
+    if (length == 0) return false;
+    if (length <= size && holdsOne(text, size, length)) return true;
+  }
+  return false;
+}
+
+void addOne(const char* text, std::size_t size) {
+  if (size < known::kShortest) return;
+  const std::uint64_t value = mixed(hashOf(text, size), size);
+  if (isIn(value)) return;
+  bool kept = false;
+  for (std::size_t i = 0; i < kLengths && !kept; ++i) {
+    std::size_t length = lengths[i].load();
+    kept =
+        length == size || (length == 0 && lengths[i].compare_exchange_strong(length, size)) || length == size;
+  }
+  // Half empty, so that a look for what is not there is short.
+  if (!kept || valueCount.fetch_add(1) >= kValues / 2) {
+    isFull = true;
+    return;
+  }
+  for (std::size_t i = 0; i < kValues; ++i) {
+    std::uint64_t found = 0;
+    if (values[(value + i) % kValues].compare_exchange_strong(found, value) || found == value) return;
+  }
+}
+
+/// A copy of a text whose escapes are taken off, in memory that does not come from the program.
+class Plain {
+ public:
+  Plain(const char* text, std::size_t size) : m_size(size), m_room(size) {
+    if (size > sizeof m_short) {
+      void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+      m_text = memory == MAP_FAILED ? nullptr : static_cast<char*>(memory);
+    }
+    if (m_text) std::memcpy(m_text, text, size);
+  }
+  ~Plain() {
+    if (m_text && m_text != m_short) munmap(m_text, m_room);
+  }
+
+  Plain(const Plain&) = delete;
+  Plain& operator=(const Plain&) = delete;
+
+  const char* text() const { return m_text; }  ///< Null when there is no memory.
+  std::size_t size() const { return m_size; }
+
+  /// @returns  Whether there was one.
+  bool takeEscapesOff() {
+    const std::size_t before = m_size;
+    m_size = vorn_testing::unescape(m_text, before);
+    return m_size != before;
+  }
+
+ private:
+  char m_short[2048];
+  char* m_text = m_short;
+  std::size_t m_size;
+  const std::size_t m_room;
+};
 
 }  // namespace
 
@@ -175,24 +242,12 @@ bool SecretSearch::found() const {
 namespace known {
 
 void add(const char* text, std::size_t size) {
-  if (size < kShortest) return;
-  const std::uint64_t value = mixed(hashOf(text, size), size);
-  if (isIn(value)) return;
-  bool kept = false;
-  for (std::size_t i = 0; i < kLengths && !kept; ++i) {
-    std::size_t length = lengths[i].load();
-    kept =
-        length == size || (length == 0 && lengths[i].compare_exchange_strong(length, size)) || length == size;
-  }
-  // Half empty, so that a look for what is not there is short.
-  if (!kept || valueCount.fetch_add(1) >= kValues / 2) {
-    isFull = true;
-    return;
-  }
-  for (std::size_t i = 0; i < kValues; ++i) {
-    std::uint64_t found = 0;
-    if (values[(value + i) % kValues].compare_exchange_strong(found, value) || found == value) return;
-  }
+  addOne(text, size);
+  if (std::none_of(text, text + size, masking::beginsEscape)) return;
+  // It may come up as one that holds it has it after its own escapes are taken off.
+  Plain plain(text, size);
+  for (int again = 0; plain.text() && again < masking::kMostEscaped && plain.takeEscapesOff(); ++again)
+    addOne(plain.text(), plain.size());
 }
 
 bool any() { return lengths[0].load(std::memory_order_relaxed) != 0; }
@@ -200,10 +255,12 @@ bool any() { return lengths[0].load(std::memory_order_relaxed) != 0; }
 bool in(const char* text, std::size_t size) {
   if (size < kShortest) return false;
   if (isFull.load(std::memory_order_relaxed)) return true;  // What cannot be known is taken for one.
-  for (const auto& each : lengths) {
-    const std::size_t length = each.load(std::memory_order_acquire);
-    if (length == 0) return false;
-    if (length <= size && holds(text, size, length)) return true;
+  if (holdsAny(text, size)) return true;
+  if (!any() || std::none_of(text, text + size, masking::beginsEscape)) return false;
+  Plain plain(text, size);
+  if (!plain.text()) return true;
+  for (int again = 0; again < masking::kMostEscaped && plain.takeEscapesOff(); ++again) {
+    if (holdsAny(plain.text(), plain.size())) return true;
   }
   return false;
 }

@@ -45,7 +45,7 @@ constexpr std::size_t kShortest = 6;
 
 void add(const char* text, std::size_t size);
 
-/// Whether the text holds one.
+/// Whether the text holds one, also escaped as JSON, C, URLs and HTML do, and escaped again.
 bool in(const char* text, std::size_t size);
 
 /// Whether there is any.
