@@ -188,6 +188,13 @@ TEST_F(Reports, TellWhatIsLeftOutAndWhatHasNoEnd) {
       "written\n");
 }
 
+TEST_F(Reports, TellItOfTheLineThatItIsTrueOf) {
+  EXPECT_EQ(
+      of({{"a 1", 0, false}, {"a 2", 0, false}, {"a 3", 2, false}, {"a 4", 0, true}}),
+      "?  a 1\n    and 1 more like it\n?  a 3\n    and 2 bytes more, left out\n?  a 4\n    the line has no "
+      "end: it was cut, or is still being written\n");
+}
+
 TEST_F(Reports, MaskExplainAndColour) {
   options.secrets = false;
   options.explain = true;
@@ -199,12 +206,14 @@ TEST_F(Reports, MaskExplainAndColour) {
 
 TEST_F(Reports, CountByClassAndOperation) {
   options.count = true;
-  EXPECT_EQ(of({{kBuffer + "1", 0, false},
-                {kBuffer + "2", 9, true},
-                {AUDIO "startStreaming()", 0, false},
-                {"hello", 0, false},
-                {"you", 0, false}}),
-            "?  2\n  (other lines)  2\nVornAudioIn  3\n  sendAudioData  2\n  startStreaming  1\n");
+  EXPECT_EQ(
+      of({{kBuffer + "1", 0, false},
+          {kBuffer + "2", 9, true},
+          {AUDIO "startStreaming()", 0, false},
+          {"hello", 0, false},
+          {"you", 0, false}}),
+      "?  2\n  (other lines)  2\nVornAudioIn  3\n  sendAudioData  2\n  startStreaming  1\nA line has no end: "
+      "it was cut, or is still being written\n");
   EXPECT_EQ(m_before, "");
 }
 

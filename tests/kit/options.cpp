@@ -93,9 +93,10 @@ TEST(CommandLine, SetsWhatItNamesAndNothingElse) {
   EXPECT_TRUE(input.only.empty() && input.demands.channels.empty() && input.demands.locales.empty());
 }
 
-TEST(CommandLine, IsKeptButForWhetherARunGoesOn) {
-  EXPECT_EQ(parsed({"--only", "a b", "x.so", "--json", "l", "--resume"}).all, "--only a b x.so --json l");
-  EXPECT_EQ(parsed({"--resume", "--json=l", "x.so"}).all, "--json=l x.so");
+TEST(CommandLine, IsKeptButForItsFilesAndWhetherARunGoesOn) {
+  EXPECT_EQ(parsed({"--only", "a b", "x.so", "--json", "l", "--resume"}).all, "--only a b");
+  EXPECT_EQ(parsed({"--resume", "--json=l", "--str", "--junit", "j", "x.so", "--only=c"}).all,
+            "--strict --only c");
 }
 
 TEST(CommandLine, MayAskForWordsAlone) {
@@ -169,6 +170,10 @@ const Wrong kWrong[] = {
      "volume cannot be both required and left out"},
     {{"--resume", "x"}, "--resume needs --json FILE, from which it goes on"},
     {{"--resume", "--list"}, "--resume needs --json FILE, from which it goes on"},
+    {{"--list", "x"}, "--list only names the checks; leave out the library and the reports"},
+    {{"--list", "--junit", "j"}, "--list only names the checks; leave out the library and the reports"},
+    {{"--list", "--resume", "--json", "j"},
+     "--list only names the checks; leave out the library and the reports"},
 };
 
 INSTANTIATE_TEST_SUITE_P(CommandLine, WrongLines, testing::ValuesIn(kWrong));

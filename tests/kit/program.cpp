@@ -1,7 +1,10 @@
 // vorn-conformance, run as a team would.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <csignal>
@@ -93,7 +96,7 @@ TEST(Conformance, WritesJUnit) {
   run("--only DALImplIF/15/ --junit /tmp/hostkit.xml " VORN_FAULTY_HOST);
   std::stringstream xml;
   xml << std::ifstream("/tmp/hostkit.xml").rdbuf();
-  EXPECT_NE(xml.str().find("tests=\"5\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos)
+  EXPECT_NE(xml.str().find("tests=\"6\" failures=\"1\" errors=\"0\" skipped=\"0\""), std::string::npos)
       << xml.str();
   EXPECT_NE(xml.str().find("<failure message=\"getTimezone() answered &quot;Z\\xfcrich&quot;\">"),
             std::string::npos);
@@ -220,11 +223,11 @@ TEST(Conformance, GoesOnWhereARunWasCut) {
   }
   const Outcome outcome = run(json + "--resume " VORN_FAULTY_HOST);
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(says(outcome, "5 checks, 4 kept, 1 broken")) << outcome.output;
+  EXPECT_TRUE(says(outcome, "6 checks, 5 kept, 1 broken")) << outcome.output;
   std::ifstream file("/tmp/hostkit.json");
   int lines = 0;
   for (std::string line; std::getline(file, line); ++lines) EXPECT_EQ(line.back(), '}') << line;
-  EXPECT_EQ(lines, 6);
+  EXPECT_EQ(lines, 7);
 }
 
 TEST(Conformance, GoesOnOnlyAsItWasBegun) {
@@ -233,6 +236,61 @@ TEST(Conformance, GoesOnOnlyAsItWasBegun) {
       run("--only DALImplIF/16/ --json /tmp/hostkit-other.json --resume " VORN_FAULTY_HOST);
   EXPECT_EQ(outcome.status, 2);
   EXPECT_TRUE(says(outcome, "is of another run")) << outcome.output;
+}
+
+TEST(Conformance, GoesOnWhenAReportHasNoMoreRoom) {
+  const std::string json = "/tmp/hostkit-full.json";
+  std::remove(json.c_str());
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit room = {1000, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &room);
+  const Outcome outcome = run("--only DALImplIF/15/ --json " + json + " " VORN_GOOD_HOST);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(outcome.status, 1);
+  const std::string said = json + " cannot be written: File too large\n";
+  const std::size_t at = outcome.output.find(said);
+  EXPECT_TRUE(at != std::string::npos && outcome.output.find(said, at + 1) == std::string::npos)
+      << outcome.output;
+  EXPECT_TRUE(says(outcome, ": 6 checks, 6 kept, 0 broken")) << outcome.output;
+  const std::string report = contentOf(json);
+  EXPECT_GT(report.size(), 500U);
+  EXPECT_EQ(report.substr(report.size() - 2), "}\n");
+}
+
+TEST(Conformance, AddsToNoReportThatAnotherRunWrites) {
+  const std::string json = "/tmp/hostkit-held.json";
+  run("--only getTimezone/utf8 --json " + json + " " VORN_FAULTY_HOST);
+  const std::string report = contentOf(json);
+  const int held = open(json.c_str(), O_WRONLY | O_CLOEXEC);
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  ASSERT_EQ(fcntl(held, F_SETLK, &whole), 0);
+  for (const char* const option : {"--json ", "--resume --json "}) {
+    const Outcome outcome = run("--only getTimezone/utf8 " + (option + json) + " " VORN_FAULTY_HOST);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(says(outcome, "is being written by another program; wait for its end or name another file"))
+        << outcome.output;
+  }
+  EXPECT_EQ(contentOf(json), report);
+  close(held);
+  EXPECT_EQ(run("--only getTimezone/utf8 --json " + json + " " VORN_FAULTY_HOST).status, 1);
+}
+
+TEST(Conformance, TellsOnceInItsReportOfAHostThatCannotBeDestroyed) {
+  const std::string asked = "--only /15/getTimezone/answers --json /tmp/hostkit-end.json " VORN_HOSTS;
+  std::remove("/tmp/hostkit-end.json");
+  run(asked, "2>&1", "CrashesAtEnd");
+  const std::string report = contentOf("/tmp/hostkit-end.json");
+  EXPECT_NE(report.find("{\"check\":\"host/loads\""), std::string::npos);
+  EXPECT_TRUE(says(run("--resume " + asked, "2>&1", "CrashesAtEnd"), "2 checks, 1 kept, 1 broken"));
+  EXPECT_EQ(contentOf("/tmp/hostkit-end.json"), report);
+}
+
+TEST(Conformance, GoesOnWithAReportByWhateverName) {
+  run("--only getTimezone/utf8 --json /tmp/hostkit-named.json " VORN_FAULTY_HOST);
+  EXPECT_TRUE(says(run("--resume --only getTimezone/utf8 --json /tmp/./hostkit-named.json " VORN_FAULTY_HOST),
+                   "1 check, 0 kept, 1 broken"));
 }
 
 TEST(Conformance, CutsItsChecksIntoPartsThatKeepThoseOfAnOperationTogether) {
@@ -258,7 +316,7 @@ TEST(Conformance, GoesOnWithTheSameHostOnly) {
                              std::filesystem::copy_options::overwrite_existing);
   const std::string asked = "--only DALImplIF/15/ --json /tmp/hostkit-copy.json /tmp/hostkit-copy.so";
   run(asked);
-  EXPECT_TRUE(says(run(asked + " --resume"), "5 checks, 4 kept, 1 broken"));
+  EXPECT_TRUE(says(run(asked + " --resume"), "6 checks, 5 kept, 1 broken"));
   std::ofstream("/tmp/hostkit-copy.so", std::ios::app | std::ios::binary).put('x');
   EXPECT_TRUE(says(run(asked + " --resume"), "is of another run"));
 }

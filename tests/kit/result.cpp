@@ -3,8 +3,14 @@
 #include "conformance/Result.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -140,6 +146,15 @@ TEST(JUnit, HoldsEveryOutcome) {
       "  </testsuite>\n</testsuites>\n");
 }
 
+TEST(JUnit, HoldsNoCharacterThatXmlDoesNotKnow) {
+  std::ostringstream xml;
+  writeJUnit(xml, {{"host", "a\xef\xbf\xbf"}},
+             {result(HostVerdict::kBroken, "\xef\xbf\xbe\xef\xbf\xbf \xef\xbf\xbd \xef\xbe\xbf")});
+  EXPECT_NE(xml.str().find("<testsuite name=\"a\\xef\\xbf\\xbf\""), std::string::npos) << xml.str();
+  EXPECT_NE(xml.str().find("\"\\xef\\xbf\\xbe\\xef\\xbf\\xbf \xef\xbf\xbd \xef\xbe\xbf\""), std::string::npos)
+      << xml.str();
+}
+
 TEST(Json, IsOneLineWithEverything) {
   Result broken = result(HostVerdict::kBroken, "a \"b\" \\ \n\x01", "b");
   broken.verdict.stack = {"one", "two"};
@@ -213,10 +228,50 @@ class Reports : public testing::Test {
 TEST_F(Reports, AreReplacedAndGoOn) {
   writeReport(kPath, "one\n");
   writeReport(kPath, "two\n");
-  appendLine(kPath, "three");
-  appendLine(kPath, "four");
+  Lines(kPath).add("three");
+  Lines(kPath).add("four");
   EXPECT_EQ(content(), "two\nthree\nfour\n");
-  EXPECT_THROW(appendLine("/tmp/kit-result-none/a", "x"), std::runtime_error);
+  EXPECT_THROW(Lines("/tmp/kit-result-none/a"), std::runtime_error);
+}
+
+TEST_F(Reports, AreAddedToByOneProgramAtATime) {
+  write("");
+  Lines lines(kPath);
+  const pid_t other = fork();
+  if (other == 0) {
+    try {
+      Lines second(kPath);
+    } catch (const std::runtime_error& refusal) {
+      _exit(refusal.what() ==
+            kPath +
+                std::string(" is being written by another program; wait for its end or name another file"));
+    }
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(other, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+TEST_F(Reports, HoldNoPartOfALineThatHasNoRoom) {
+  write("whole\n");
+  Lines lines(kPath);
+  const pid_t other = fork();  // the limit is its own
+  if (other == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {10, 10};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    try {
+      lines.add("more than there is room for");
+    } catch (const std::runtime_error& problem) {
+      _exit(problem.what() == kPath + std::string(" cannot be written: ") + std::strerror(EFBIG));
+    }
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(other, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_EQ(content(), "whole\n");
 }
 
 TEST_F(Reports, TakeThePlaceOfReportsOnly) {

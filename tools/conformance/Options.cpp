@@ -7,6 +7,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <set>
 #include <sstream>
@@ -141,12 +142,13 @@ Options parse(int count, char** arguments) {
                                     {nullptr, 0, nullptr, 0}};
   Options options;
   HostDemands& demands = options.demands;
-  for (int i = 1; i < count; ++i) {
-    const std::string argument = arguments[i];
-    if (argument != "--resume") options.all += (options.all.empty() ? "" : " ") + argument;
-  }
   opterr = 0;  // It would print what it does not know as it is.
-  for (int letter; (letter = getopt_long(count, arguments, ":h", kOptions, nullptr)) != -1;) {
+  int index = 0;
+  for (int letter; (letter = getopt_long(count, arguments, ":h", kOptions, &index)) != -1;) {
+    if (std::strchr("jJrh?:", letter) == nullptr) {
+      options.all += (options.all.empty() ? "--" : " --") + std::string(kOptions[index].name);
+      if (optarg) options.all += ' ' + std::string(optarg);
+    }
     if (letter == 'o') options.only.push_back(text("--only"));
     if (letter == 'l') options.list = true;
     if (letter == 'j') options.junit = text("--junit");
@@ -172,7 +174,10 @@ Options parse(int count, char** arguments) {
   }
   if (options.resume && options.json.empty())
     throw Problem("--resume needs --json FILE, from which it goes on");
-  if (options.help || options.list || options.version) return options;
+  if (options.help || options.version) return options;
+  if (options.list && (optind != count || !options.junit.empty() || !options.json.empty()))
+    throw Problem("--list only names the checks; leave out the library and the reports");
+  if (options.list) return options;
   if (count - optind != 1 || !*arguments[optind])
     throw Problem("name one library that makes a host; see --help");
   options.library = arguments[optind];

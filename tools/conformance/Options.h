@@ -18,7 +18,8 @@ struct Problem : std::runtime_error {
 
 /// What the command line asks for.
 struct Options {
-  std::string library, junit, json, all;
+  std::string library, junit, json;
+  std::string all;  ///< What is asked of the host, in whatever file it is reported.
   std::vector<std::string> only;
   std::size_t shard = 0, shards = 1;
   bool list = false, help = false, version = false, resume = false, strict = false;

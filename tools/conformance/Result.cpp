@@ -1,5 +1,8 @@
 #include "Result.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vorn_testing/Text.h>
 #include <vorn_testing/WholeFile.h>
 
@@ -8,7 +11,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <set>
 #include <stdexcept>
 
@@ -32,10 +34,20 @@ std::string decimal(double value, const char* unit) {
   return text;
 }
 
+/// Without the two characters that XML holds in no form.
+std::string withoutNoncharacters(std::string text) {
+  for (std::size_t at = 0; (at = text.find("\xef\xbf", at)) != std::string::npos; at += 3) {
+    const std::string bytes = text.substr(at, 3);
+    if (bytes == "\xef\xbf\xbe" || bytes == "\xef\xbf\xbf")
+      text.replace(at, 3, bytes.back() == '\xbe' ? "\\xef\\xbf\\xbe" : "\\xef\\xbf\\xbf");
+  }
+  return text;
+}
+
 /// A text as XML may hold it, in an attribute too.
 std::string escaped(const std::string& text) {
   std::string xml;
-  for (const char c : harmless(text)) {
+  for (const char c : withoutNoncharacters(harmless(text))) {
     switch (c) {
       case '&':
         xml += "&amp;";
@@ -259,10 +271,35 @@ void refuseUnlessReport(const std::string& path) {
       });
 }
 
-void appendLine(const std::string& path, const std::string& line) {
-  std::ofstream file(path, std::ios::app);
-  if (!(file << line << std::endl))
-    throw std::runtime_error(path + " cannot be written: " + std::strerror(errno));
+Lines::Lines(const std::string& path)
+    : m_path(path), m_file(open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC)) {
+  if (m_file < 0) throw std::runtime_error(path + " cannot be written: " + std::strerror(errno));
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  // A check's process has no part in this lock, whatever it leaves running.
+  if (fcntl(m_file, F_SETLK, &whole) == 0 || (errno != EACCES && errno != EAGAIN)) return;
+  close(m_file);
+  throw std::runtime_error(path +
+                           " is being written by another program; wait for its end or name another file");
+}
+
+Lines::~Lines() { close(m_file); }
+
+void Lines::add(const std::string& line) {
+  struct stat before {};
+  fstat(m_file, &before);
+  const std::string bytes = line + "\n";
+  for (std::size_t at = 0; at < bytes.size();) {
+    const ssize_t written = write(m_file, bytes.data() + at, bytes.size() - at);
+    if (written >= 0) {
+      at += static_cast<std::size_t>(written);
+    } else if (errno != EINTR) {
+      std::string problem = m_path + " cannot be written: " + std::strerror(errno);
+      if (S_ISREG(before.st_mode) && ftruncate(m_file, before.st_size) != 0)
+        problem += "; its last line is cut off";
+      throw std::runtime_error(problem);
+    }
+  }
 }
 
 }  // namespace vorn_conformance

@@ -56,8 +56,23 @@ void refuseUnlessReport(const std::string& path);
 /// @throws std::runtime_error  It cannot be written.
 void writeReport(const std::string& path, const std::string& content);
 
-/// Adds a line to a file.
-/// @throws std::runtime_error  It cannot be written.
-void appendLine(const std::string& path, const std::string& line);
+/// The end of a file, to which one program at a time adds lines.
+class Lines {
+ public:
+  /// @throws std::runtime_error  It cannot be opened, or another program adds to it.
+  explicit Lines(const std::string& path);
+  ~Lines();
+
+  Lines(const Lines&) = delete;
+  Lines& operator=(const Lines&) = delete;
+
+  /// The whole line, or nothing of it.
+  /// @throws std::runtime_error  It cannot be written.
+  void add(const std::string& line);
+
+ private:
+  const std::string m_path;
+  const int m_file;
+};
 
 }  // namespace vorn_conformance

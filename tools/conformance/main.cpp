@@ -13,8 +13,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <sstream>
 
 #include "Options.h"
@@ -151,12 +153,26 @@ int run(const Options& options) {
     writeJUnit(xml, facts, results);
     writeReport(options.junit, xml.str());
   };
-  const auto writeReports = [&] {
-    writeJUnitFile(false);
-    if (!options.json.empty()) appendLine(options.json, jsonOf(results.back()));
+  std::unique_ptr<Lines> json;
+  std::set<std::string> lost;  // why reports could not be written
+  const auto writeUnlessLost = [&](const std::function<void()>& write) {
+    try {
+      write();
+    } catch (const std::runtime_error& problem) {
+      if (lost.insert(problem.what()).second)
+        std::cerr << "vorn-conformance: " << harmless(problem.what()) << "\n";
+    }
   };
+  // Held until this run's own file is in its place.
+  if (fs::is_regular_file(options.json, none)) json = std::make_unique<Lines>(options.json);
   const auto known = options.resume ? earlier(options, facts) : std::map<std::string, HostVerdict>();
   if (!options.json.empty() && known.empty()) writeReport(options.json, jsonOf(facts) + "\n");
+  if (!options.json.empty()) json = std::make_unique<Lines>(options.json);
+  const auto writeReports = [&] {
+    writeUnlessLost([&] { writeJUnitFile(false); });
+    if (json && !known.count(results.back().check.id))
+      writeUnlessLost([&] { json->add(jsonOf(results.back())); });
+  };
   writeJUnitFile(false);
 
   Printer printer(std::cout);
@@ -173,7 +189,7 @@ int run(const Options& options) {
                        {}});
     writeReports();
     if (!trial.makesHosts) {
-      writeJUnitFile(true);
+      writeUnlessLost([&] { writeJUnitFile(true); });
       const bool named = trial.failure.compare(0, options.library.size() + 1, options.library + " ") == 0;
       std::cerr << "vorn-conformance: " << harmless((named ? "" : options.library + ": ") + trial.failure)
                 << "\n";
@@ -209,9 +225,10 @@ int run(const Options& options) {
     progress.at(results.size(), checks.size());
   }
   checkRun.putValuesBack();
-  writeJUnitFile(true);
+  writeUnlessLost([&] { writeJUnitFile(true); });
   progress.clear();
   printSummary(std::cout, options.library, results);
+  if (!lost.empty()) return kResultsLost;
   if (count(results, HostVerdict::kBroken)) return kBroken;
   return count(results, HostVerdict::kKept) + count(results, HostVerdict::kRemark) ? kKept : kNothingChecked;
 }

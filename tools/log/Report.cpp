@@ -61,8 +61,9 @@ bool Report::take(const Records::Record& record) {
   const bool last = !m_options.until.empty() && record.text.find(m_options.until) != std::string::npos;
   if (wanted(line)) {
     ++m_counts[line.adapter][line.operation];
+    m_unfinished = m_unfinished || record.unfinished;
     if (!m_options.count) {
-      print(line);
+      print(line, record.dropped > 0 || record.unfinished);
       if (record.dropped > 0)
         m_out << "    and " << vorn_testing::counted(record.dropped, "byte") << " more, left out\n";
       if (record.unfinished) m_out << "    the line has no end: it was cut, or is still being written\n";
@@ -81,6 +82,7 @@ void Report::finish() {
       for (const auto& [operation, count] : operations)
         m_out << "  " << (operation.empty() ? "(other lines)" : operation) << "  " << count << "\n";
     }
+    if (m_unfinished) m_out << "A line has no end: it was cut, or is still being written\n";
   }
   m_out.flush();
 }
@@ -92,9 +94,9 @@ bool Report::wanted(const TraceLine& line) const {
   return m_options.text.empty() || line.text.find(m_options.text) != std::string::npos;
 }
 
-void Report::print(const TraceLine& line) {
+void Report::print(const TraceLine& line, bool alone) {
   const std::string shape = TraceLine::shape(line.text);
-  if (!m_options.all && shape == m_lastShape) {
+  if (!m_options.all && !alone && shape == m_lastShape) {
     ++m_repeats;
     return;
   }

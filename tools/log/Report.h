@@ -47,7 +47,8 @@ class Report {
 
  private:
   bool wanted(const vorn_testing::TraceLine& line) const;
-  void print(const vorn_testing::TraceLine& line);
+  /// `alone`: not as one of a run, since something is said of it.
+  void print(const vorn_testing::TraceLine& line, bool alone);
   void flushRepeats();
 
   const Options& m_options;
@@ -55,6 +56,7 @@ class Report {
   std::map<std::string, std::map<std::string, std::size_t>> m_counts;
   std::string m_lastShape;
   std::size_t m_repeats = 0;
+  bool m_unfinished = false;
 };
 
 }  // namespace vorn_log

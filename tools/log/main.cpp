@@ -72,6 +72,11 @@ int read(const Options& options) {
   return 128 + g_signal;
 }
 
+/// Nothing names no file, and is part of every line.
+std::string refuseEmpty(const std::string& text) {
+  return text.empty() ? "expected a text that is not empty" : "";
+}
+
 /// "; did you mean --follow?" of an option that is not known, or nothing.
 std::string meant(const CLI::App& app) {
   std::vector<std::string> names;
@@ -97,7 +102,7 @@ int main(int argc, char** argv) {
   app.footer(
       "Exit status: 0 the trace was read, or followed until told to end; 1 the output could not be written;\n"
       "2 nothing was read.");
-  app.add_option("FILE", options.file, "The trace file")->capture_default_str();
+  app.add_option("FILE", options.file, "The trace file")->capture_default_str()->check(refuseEmpty);
   app.add_option("-a,--adapter", options.adapters,
                  "Only lines of this class, \"?\" for lines of others; may be given several times")
       ->allow_extra_args(false)
@@ -106,8 +111,9 @@ int main(int argc, char** argv) {
         if (std::find(known.begin(), known.end(), name) != known.end()) return std::string();
         return name + " is no adapter" + didYouMeanAdapter(name);
       });
-  app.add_option("-g,--grep", options.text, "Only lines that contain this text");
-  app.add_option("-u,--until", options.until, "Stop after a line that contains this text");
+  app.add_option("-g,--grep", options.text, "Only lines that contain this text")->check(refuseEmpty);
+  app.add_option("-u,--until", options.until, "Stop after a line that contains this text")
+      ->check(refuseEmpty);
   app.add_flag("-f,--follow", options.follow,
                "Go on reading while the file grows, is replaced or cut; wait for one that is not there");
   app.add_flag("-c,--count", options.count, "Count lines by class and operation instead of printing them");
