@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "checks/Trial.h"
 
@@ -26,9 +27,11 @@ void find(Function*& function, void* library, const std::string& path, const cha
     throw std::runtime_error(path + " does not define " + name + "(); see vorn_testing/HostEntry.h");
 }
 
-/// How a library's host ends, and what it brought.
+/// How a library's host ends, and what it brings.
 struct Ending {
   void (*destroy)(VornDeviceAbstractionLayer::VornDALImplIF*);
+  MediaPlayers* (*ask)(
+      VornDeviceAbstractionLayer::VornDALImplIF*);  ///< Null when nobody is to be asked, or was.
   MediaPlayers* players;
   void operator()(VornDeviceAbstractionLayer::VornDALImplIF* host) const { destroy(host); }
 };
@@ -59,14 +62,14 @@ HostLibrary::HostLibrary(const std::string& path) {
 std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> HostLibrary::makeHost() const {
   VornDeviceAbstractionLayer::VornDALImplIF* const host = m_create();
   if (!host) return nullptr;
-  const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> made(host, Ending{m_destroy, nullptr});
-  if (m_players) std::get_deleter<Ending>(made)->players = m_players(host);
-  return made;
+  return {host, Ending{m_destroy, m_players, nullptr}};
 }
 
 MediaPlayers* HostLibrary::playersOf(const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF>& host) {
-  const Ending* const ending = std::get_deleter<Ending>(host);
-  return ending ? ending->players : nullptr;
+  Ending* const ending = std::get_deleter<Ending>(host);
+  if (!ending) return nullptr;
+  if (const auto ask = std::exchange(ending->ask, nullptr)) ending->players = ask(host.get());
+  return ending->players;
 }
 
 LibraryTrial tryHostLibrary(const std::string& path, std::chrono::milliseconds bound) {
@@ -84,6 +87,7 @@ LibraryTrial tryHostLibrary(const std::string& path, std::chrono::milliseconds b
     std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> host;
     trial.ask("vornCreateHost()", [&] { host = library->makeHost(); });
     if (!host) trial.broken("vornCreateHost() answers null");
+    trial.ask("vornMediaPlayers()", [&] { HostLibrary::playersOf(host); });
     trial.explain("while it destroyed a host that was never called");
     trial.ask(kDestroys, [&] { host.reset(); });
     trial.explain("while its process ended");

@@ -19,8 +19,9 @@ class HostLibrary {
   /// Makes a host, which is destroyed by the library that made it; empty when vornCreateHost() answers null.
   std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF> makeHost() const;
 
-  /// The media players that a host of makeHost() brings, its library's as long as the host lives. Null where it brings
-  /// none, and for a host that was made otherwise.
+  /// The media players that a host of makeHost() brings, its library's as long as the host lives; the library is asked at
+  /// the first call, which comes right after the host was made. Null where it brings none, and for a host that was made
+  /// otherwise.
   static MediaPlayers* playersOf(const std::shared_ptr<VornDeviceAbstractionLayer::VornDALImplIF>& host);
 
  private:

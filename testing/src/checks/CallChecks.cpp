@@ -297,8 +297,8 @@ void staysOut(Trial& trial, const Operation& operation) {
 
 void letsGo(Trial& trial, const Operation& operation) {
   presumeAnswer(trial, operation);
-  const auto atLast = Clock::now() + milliseconds(250);
   for (int which = 0; which < operation.samples(Given::kLent); ++which) {
+    const auto atLast = Clock::now() + milliseconds(250);
     // Some come to what they kept after a number of calls only.
     for (int turn = 0; turn < 2 || (turn < 40 && Clock::now() < atLast); ++turn) {
       const Prepared prepared = operation.prepare(Given::kLent, which);
@@ -311,6 +311,11 @@ void letsGo(Trial& trial, const Operation& operation) {
     std::stable_partition(others.begin(), others.end(),
                           [&](const Operation* other) { return other != &operation; });
     callAll(trial, others);
+    // With equal ones too, since it may have been kept by a name; the last first, before a logout.
+    for (auto other = others.rbegin(); other != others.rend(); ++other) {
+      if (*other != &operation && which < (*other)->samples(Given::kLent))
+        tryCall(trial, **other, (*other)->prepare(Given::kLent, which));
+    }
   }
   std::this_thread::sleep_for(milliseconds(60));  // a worker may come to it later
   trial.destroy();

@@ -320,6 +320,14 @@ Texts call(Trial& trial, const Operation& operation, Given given, int which) {
   return call(trial, operation, operation.prepare(given, which));
 }
 
+void tryCall(Trial& trial, const Operation& operation, const Prepared& prepared) {
+  try {
+    call(trial, operation, prepared);
+  } catch (const Outcome& outcome) {
+    if (outcome.kind == HostVerdict::kBroken) throw;
+  }
+}
+
 void callThrough(Trial& trial, const Operation&, const Prepared& prepared) {
   Host& host = trial.host();
   trial.ask(prepared.shown, [&] { prepared.makeThrough(host); });

@@ -41,6 +41,8 @@ const std::vector<Operation>& operations();
 /// Prepares a call and makes it.
 Texts call(Trial& trial, const Operation& operation, Given given, int which);
 Texts call(Trial& trial, const Operation& operation, const Prepared& prepared);
+/// The same where it may fail: what breaks is thrown on, what is refused is passed over.
+void tryCall(Trial& trial, const Operation& operation, const Prepared& prepared);
 
 /// The same for a locked operation, through its adapter.
 void callThrough(Trial& trial, const Operation& operation, const Prepared& prepared);

@@ -316,6 +316,7 @@ std::shared_ptr<Host> Trial::make() {
   std::shared_ptr<Host> host;
   ask("making the host", [&] { host = m_maker(); });
   if (!host) broken("no host was made");
+  ask("vornMediaPlayers()", [&] { HostLibrary::playersOf(host); });
   m_report.made = true;
   return host;
 }

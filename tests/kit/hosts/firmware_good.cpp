@@ -1,4 +1,5 @@
 // Hosts without a mistake, unusual in what the interface leaves to them.
+#include <VornAppMessaging.h>
 #include <VornAudioIn.h>
 
 #include <atomic>
@@ -562,6 +563,36 @@ struct GoodRefusesControls : Device {
   }
 };
 
+/// Answers a message from inside, by a pointer that it fetched when all began.
+struct GoodAnswersInside : Device {
+  std::weak_ptr<VornDeviceAbstractionLayer::VornAppMessaging> app;
+  void notifyMainAppInitialized() override {
+    const auto found = VornDeviceAbstractionLayer::VornAppMessaging::getInstance();
+    const Lock lock(mutex);
+    app = found;
+  }
+  void sendAppMessage(std::string first, std::string second, std::string) override {
+    std::shared_ptr<VornDeviceAbstractionLayer::VornAppMessaging> to;
+    {
+      const Lock lock(mutex);
+      to = app.lock();
+    }
+    if (to) to->SendMessageToxApp(first, second, "arrived");
+  }
+};
+
+/// Keeps whatever somebody sets, and knows nothing of what it means.
+struct GoodAnySetting : Device {
+  bool setSystemSetting(std::string key, std::string value) override {
+    const Lock lock(mutex);
+    settings[key] = std::move(value);
+    return true;
+  }
+  Entries getDeviceInformation() override { return {{"friendlyName", "Speaker"}}; }
+};
+
+VORN_HOST("good", GoodAnswersInside, "")
+VORN_HOST("good", GoodAnySetting, "")
 VORN_HOST("good", GoodSharedLock, "")
 VORN_HOST("good", GoodBoundedHistory, "")
 VORN_HOST("good", GoodStoreRefusesMuch, "")

@@ -86,6 +86,77 @@ struct AskedVolumeDecays : Device {
     return volume > 0 ? volume-- : 0;
   }
 };
+/// What it has added since goes with each answer again, and what it began with but once.
+struct AskedFirstFacts : Device {
+  Entries facts{{"deviceType", "SPEAKER"}, {"serial", "0042"}};
+  Entries getDeviceInformation() override {
+    const Lock lock(mutex);
+    Entries all = std::exchange(facts, {});
+    all["friendlyName"] = settings["name"];
+    return all;
+  }
+};
+struct AskedFieldOnce : Device {
+  std::once_flag first;
+  Entries getDeviceInformation() override {
+    Entries all{{"deviceType", "SPEAKER"}};
+    std::call_once(first, [&] { all["serial"] = "0042"; });
+    return all;
+  }
+};
+struct AskedFieldsByTurns : Device {
+  std::atomic<int> times{0};
+  Entries getDeviceInformation() override {
+    return {{times++ % 2 ? "serial" : "deviceType", "0042"}, {"friendlyName", "Speaker"}};
+  }
+};
+/// Facts that the network brings come and go with it.
+struct GoodFieldsOfNetwork : Device {
+  std::atomic<bool> internet{false};
+  void updateInternetConnectionStatus(bool connected) override { internet = connected; }
+  Entries getDeviceInformation() override {
+    Entries all{{"deviceType", "SPEAKER"}};
+    if (internet) all["address"] = "192.0.2.7";
+    return all;
+  }
+};
+VORN_HOST("asked", AskedFirstFacts, "getDeviceInformation")
+VORN_HOST("asked", AskedFieldOnce, "getDeviceInformation")
+VORN_HOST("asked", AskedFieldsByTurns, "getDeviceInformation")
+VORN_HOST("good", GoodFieldsOfNetwork, "")
+
+/// As its file has them.
+struct TimezoneWithLineEnd : Device {
+  std::string getTimezone() override { return "America/Vancouver\n"; }
+};
+struct TimezoneOfLink : Device {
+  std::string getTimezone() override { return std::string("America/Vancouver\0\0\0", 20); }
+};
+struct LocaleOfWindows : Device {
+  LocaleOfWindows() { locale = "en-US\r"; }
+};
+struct LocaleWithBlank : Device {
+  LocaleWithBlank() { locale = " en-US"; }
+};
+struct CapabilitiesNone : Device {
+  std::string getVSKCapabilities() override { return ""; }
+};
+/// Has them when its file was read, which nobody waits for.
+struct CapabilitiesLater : Device {
+  std::atomic<int> times{0};
+  std::string getVSKCapabilities() override { return times++ < 2 ? "" : "[]"; }
+};
+struct CapabilitiesOfLocale : Device {
+  std::string getVSKCapabilities() override { return getDeviceLocale() == "en-US" ? "[]" : ""; }
+};
+VORN_HOST("texts", TimezoneWithLineEnd, "getTimezone")
+VORN_HOST("texts", TimezoneOfLink, "getTimezone")
+VORN_HOST("texts", LocaleOfWindows, "getDeviceLocale")
+VORN_HOST("texts", LocaleWithBlank, "getDeviceLocale")
+VORN_HOST("texts", CapabilitiesNone, "getVSKCapabilities")
+VORN_HOST("texts", CapabilitiesLater, "getVSKCapabilities")
+VORN_HOST("texts", CapabilitiesOfLocale, "getVSKCapabilities")
+
 VORN_HOST("asked", AskedMuteEnds, "getMuteStatus|onMute")
 VORN_HOST("asked", AskedMicrophoneUnmutes, "isMicrophoneAvailable")
 VORN_HOST("asked", AskedSettingForgets, "getSystemSetting|setSystemSetting")
@@ -351,6 +422,139 @@ VORN_HOST("asked", SettingMakesItself, "getSystemSetting")
 VORN_HOST("asked", ReadMakesEntry, "readKeyValue")
 VORN_HOST("good", GoodOff, "")
 VORN_HOST("good", GoodHeldBack, "")
+
+// ---- A question, a thread or a mute later ---------------------------------------------------------
+
+struct VolumeOneQuestionLate : Device {
+  int known = 30;
+  int getVolume() override {
+    const Lock lock(mutex);
+    return std::exchange(known, volume);
+  }
+};
+/// What is not there stands empty in the cache, and is found there the second time.
+struct SettingAbsentCached : Device {
+  Entries cached;
+  bool getSystemSetting(std::string key, std::string& value) override {
+    const Lock lock(mutex);
+    if (const auto found = settings.find(key); found != settings.end()) {
+      value = found->second;
+      return true;
+    }
+    if (const auto again = cached.find(key); again != cached.end()) value = again->second;
+    cached[key];
+    return false;
+  }
+};
+struct CapabilitiesAppended : Device {
+  std::string composed;
+  std::string getVSKCapabilities() override {
+    const Lock lock(mutex);
+    return composed += "[]";
+  }
+};
+/// Each thread knows the settings as they were when it asked first.
+struct SettingOfThread : Device {
+  static Entries& known() {
+    thread_local Entries ofThread;
+    return ofThread;
+  }
+  bool getSystemSetting(std::string key, std::string& value) override {
+    const auto found = known().find(key);
+    if (found == known().end()) {
+      if (!Device::getSystemSetting(key, value)) return false;
+      known()[key] = value;
+    } else {
+      value = found->second;
+    }
+    return true;
+  }
+  bool setSystemSetting(std::string key, std::string value) override {
+    known().erase(key);
+    return Device::setSystemSetting(key, value);
+  }
+};
+/// Which one is wanted stands in a place that all calls share, while the flash is looked up.
+struct Cursor {
+  std::mutex mutex;
+  std::string wanted;
+  std::string seek(const std::string& key) {
+    {
+      const Lock lock(mutex);
+      wanted = key;
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+    const Lock lock(mutex);
+    return wanted;
+  }
+};
+struct SettingAtCursor : Device {
+  Cursor cursor;
+  bool getSystemSetting(std::string key, std::string& value) override {
+    return Device::getSystemSetting(cursor.seek(key), value);
+  }
+};
+struct EntryAtCursor : Device {
+  Cursor cursor;
+  Entries readKeyValue(const std::string& key) override { return Device::readKeyValue(cursor.seek(key)); }
+};
+/// The batch before is played again with each write, also after the store was cleared.
+struct JournalPastClear : Device {
+  Entries journal;
+  bool writeKeyValue(Entries entries) override {
+    const Lock lock(mutex);
+    Entries all = entries;
+    all.insert(journal.begin(), journal.end());
+    journal = std::move(entries);
+    for (auto& entry : all) store[entry.first] = std::move(entry.second);
+    return true;
+  }
+  bool removeKeyValue(const Texts& keys) override {
+    const Lock lock(mutex);
+    for (const auto& key : keys) {
+      journal.erase(key);
+      store.erase(key);
+    }
+    return true;
+  }
+};
+struct VolumeOfBeforeMute : Device {
+  int before = 30;
+  Result onMute(bool mute) override {
+    const Lock lock(mutex);
+    if (mute && !muted) before = volume;
+    if (!mute && muted) volume = before;
+    muted = mute;
+    return {true, ""};
+  }
+};
+/// Whom the account is of is looked up when it is asked for.
+struct UserOfCaller : hosts::Player {
+  std::map<std::string, const std::string*> users;
+  bool login(const std::string&, const std::string& name, bool, Milliseconds, std::string id) override {
+    const Lock lock(mutex);
+    users[id] = &name;
+    return true;
+  }
+  bool logout(std::string id) override {
+    const Lock lock(mutex);
+    users.erase(id);
+    return true;
+  }
+  std::string getPlaybackState(std::string id) override {
+    const Lock lock(mutex);
+    return users.count(id) ? *users[id] + " " + playback : playback;
+  }
+};
+VORN_HOST("late", VolumeOneQuestionLate, "onSetVolume|host")
+VORN_HOST("asked", SettingAbsentCached, "getSystemSetting")
+VORN_HOST("asked", CapabilitiesAppended, "getVSKCapabilities|host")
+VORN_HOST("threads", SettingOfThread, "setSystemSetting")
+VORN_HOST("threads", SettingAtCursor, "getSystemSetting")
+VORN_HOST("threads", EntryAtCursor, "readKeyValue")
+VORN_HOST("store", JournalPastClear, "clear|readKeyValue")
+VORN_HOST("volume", VolumeOfBeforeMute, "onSetVolume")
+VORN_PLAYER("arguments", UserOfCaller, "login")
 
 }  // namespace
 }  // namespace hosts

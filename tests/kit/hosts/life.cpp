@@ -284,6 +284,45 @@ struct AskingItself : Device {
   vorn_testing::MediaPlayers table{{"DefaultMediaPlayer", std::make_shared<AsksFactory>()}};
   AskingItself() { VornMediaPlayerFactory::CreateInstance(table); }
 };
+/// Has the table at hand.
+template <class OfPlayer>
+struct WithTable : Device, hosts::WithPlayers {
+  WithTable() {
+    for (const char* const name : {"DefaultMediaPlayer", "Radio"})
+      players[name] = std::make_shared<OfPlayer>(players);
+  }
+};
+struct OfTable : MediaPlayer {
+  vorn_testing::MediaPlayers& table;
+  explicit OfTable(vorn_testing::MediaPlayers& players) : table(players) {}
+};
+struct EntersItself : OfTable {
+  using OfTable::OfTable;
+  void Configure(Settings settings, std::function<void(std::string)>) override {
+    table.emplace(settings.name, table.at("DefaultMediaPlayer"));
+  }
+};
+struct LeavesTable : OfTable {
+  using OfTable::OfTable;
+  void Configure(Settings settings, std::function<void(std::string)>) override {
+    if (settings.name == "Radio") table.erase("Radio");
+  }
+};
+struct ReplacesItself : OfTable {
+  using OfTable::OfTable;
+  void Configure(Settings settings, std::function<void(std::string)>) override {
+    const auto found = table.find(settings.name);
+    if (found == table.end()) return;
+    const std::shared_ptr<void> keep = found->second;
+    found->second = std::make_shared<ReplacesItself>(table);
+  }
+};
+using PlayerEntersItself = WithTable<EntersItself>;
+using PlayerLeavesTable = WithTable<LeavesTable>;
+using PlayerReplacesItself = WithTable<ReplacesItself>;
+VORN_HOST("media players", PlayerEntersItself, "createDalMediaPlayer")
+VORN_HOST("media players", PlayerLeavesTable, "createDalMediaPlayer")
+VORN_HOST("media players", PlayerReplacesItself, "createDalMediaPlayer")
 VORN_HOST("media players", AskingPlayer, "createDalMediaPlayer")
 VORN_HOST("media players", FactoryFromInside, "createDalMediaPlayer")
 VORN_HOST("media players", UnlookedCallback, "createDalMediaPlayer")

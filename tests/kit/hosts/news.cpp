@@ -1,4 +1,6 @@
 // Mistakes in what a host tells the assistant side, and hosts that tell in ways of their own.
+#include <VornOOBE.h>
+
 #include <atomic>
 #include <optional>
 #include <set>
@@ -596,6 +598,112 @@ VORN_HOST("news", NewsUntilIdle, "onMute")
 VORN_HOST("news", NewsOfMovedValue, "setSystemSetting")
 VORN_HOST("news", NewsOfSilence, "onMute|getVolume")
 VORN_HOST("news", NewsHandsFreeOfOld, "setAlexaHandsFreeState")
+
+/// Goes to sleep with the power, and nothing wakes it.
+struct NewsUntilPowerOff : Telling {
+  std::atomic<bool> off{false};
+  Result onSetPowerState(bool on) override {
+    if (!on) off = true;
+    return {true, ""};
+  }
+  void tellVolume(int value) override {
+    if (!off) Telling::tellVolume(value);
+  }
+  void tellMute(bool value) override {
+    if (!off) Telling::tellMute(value);
+  }
+};
+struct NewsUntilLogout : Telling {
+  std::atomic<bool> unlinked{false};
+  void alexaAuthStatusChanged(std::string status) override {
+    if (status == "UNAUTHORIZED") unlinked = true;
+  }
+  void tellVolume(int value) override {
+    if (!unlinked) Telling::tellVolume(value);
+  }
+};
+struct NewsUntilCall : Telling {
+  std::atomic<bool> busy{false};
+  void onCommsStateChanged(const DeviceAbstractionLayer::CommsManagerInterface::CommsStateInfo&) override {
+    busy = true;
+  }
+  void tellMute(bool value) override {
+    if (!busy) Telling::tellMute(value);
+  }
+};
+/// Each press adds somebody to be told.
+struct NewsOfEachKey : Telling {
+  std::atomic<int> told{1};
+  Result onSendKeystroke(std::string) override {
+    ++told;
+    return {true, ""};
+  }
+  void tellMute(bool value) override {
+    for (int i = 0; i < told; ++i) Telling::tellMute(value);
+  }
+};
+/// Sleeps without a word, and has one for each change when it is awake.
+struct GoodNewsAwake : Telling {
+  std::atomic<bool> awake{true};
+  Result onSetPowerState(bool on) override {
+    awake = on;
+    return {true, ""};
+  }
+  Result onSetVolume(int wanted) override {
+    return awake ? Telling::onSetVolume(wanted) : Result(false, "off");
+  }
+  Result onMute(bool wanted) override { return awake ? Telling::onMute(wanted) : Result(false, "off"); }
+};
+VORN_HOST("news", NewsUntilPowerOff, "host|onSetVolume|onMute")
+VORN_HOST("news", NewsUntilLogout, "host|onSetVolume")
+VORN_HOST("news", NewsUntilCall, "host|onMute")
+VORN_HOST("news", NewsOfEachKey, "host|onMute")
+VORN_HOST("good", GoodNewsAwake, "")
+
+void tellCancelled(VornDeviceAbstractionLayer::VornDeviceInfo&) {
+  if (const auto setup = VornDeviceAbstractionLayer::VornOOBE::getInstance()) setup->notifyOOBECancelled();
+}
+/// Closes the setup page, as it does when the user leaves it.
+struct NewsSetupClosed : Telling {
+  void alexaAuthStatusChanged(std::string status) override {
+    if (status == "AUTHORIZED") tell(tellCancelled);
+  }
+};
+/// Compares with a spelling that never comes.
+struct NewsSetupUnknownStatus : Telling {
+  void alexaAuthStatusChanged(std::string status) override {
+    if (status != "Authorized") tellNow(tellCancelled);
+  }
+};
+/// The time in which the code holds runs on when it is not needed any more.
+struct NewsSetupTimeRunsOn : Telling {
+  bool shown = false;
+  void sendCBLInfo(std::string&, std::string&, std::int64_t&) override { shown = true; }
+  void alexaAuthStatusChanged(std::string) override {
+    if (!std::exchange(shown, false)) return;
+    tell([](auto& info) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(150));
+      tellCancelled(info);
+    });
+  }
+};
+VORN_HOST("news", NewsSetupClosed, "alexaAuthStatusChanged")
+VORN_HOST("news", NewsSetupUnknownStatus, "alexaAuthStatusChanged")
+VORN_HOST("news", NewsSetupTimeRunsOn, "alexaAuthStatusChanged")
+
+/// A setup that is open when the account goes is over.
+struct GoodNewsSetup : Telling {
+  bool open = false;
+  void sendCBLInfo(std::string&, std::string&, std::int64_t&) override {
+    const Lock lock(mutex);
+    open = true;
+  }
+  void alexaAuthStatusChanged(std::string status) override {
+    const Lock lock(mutex);
+    if (std::exchange(open, false) && status == "UNAUTHORIZED") tell(tellCancelled);
+  }
+};
+VORN_HOST("good", GoodNewsSetup, "")
 
 }  // namespace
 }  // namespace hosts

@@ -359,6 +359,39 @@ VORN_HOST("sound", SixBuffersAStart, "startStreamingAudioData")
 VORN_HOST("sound", FiftyBuffersAStart, "startStreamingAudioData")
 VORN_HOST("sound", SoundsForever, "startStreamingAudioData")
 
+/// Gives the microphone away with what it takes for the same wish.
+struct SoundEndsWithHandsFree : Pushing {
+  void setAlexaHandsFreeState(bool state) override {
+    if (!state) Pushing::stopStreamingAudioData();
+  }
+  ~SoundEndsWithHandsFree() override { finish(); }
+};
+struct SoundEndsWithFocus : Pushing {
+  bool releaseAudioFocus() override {
+    Pushing::stopStreamingAudioData();
+    return true;
+  }
+  ~SoundEndsWithFocus() override { finish(); }
+};
+struct SoundEndsWithRecording : Pushing {
+  Result onStopRecording() override {
+    Pushing::stopStreamingAudioData();
+    return {true, ""};
+  }
+  ~SoundEndsWithRecording() override { finish(); }
+};
+struct SoundEndsWithMute : Pushing {
+  Result onMute(bool wanted) override {
+    if (wanted) Pushing::stopStreamingAudioData();
+    return Device::onMute(wanted);
+  }
+  ~SoundEndsWithMute() override { finish(); }
+};
+VORN_HOST("sound", SoundEndsWithHandsFree, "startStreamingAudioData|setAlexaHandsFreeState")
+VORN_HOST("sound", SoundEndsWithFocus, "startStreamingAudioData|releaseAudioFocus")
+VORN_HOST("sound", SoundEndsWithRecording, "startStreamingAudioData|onStopRecording")
+VORN_HOST("sound", SoundEndsWithMute, "startStreamingAudioData|onMute")
+
 /// Empties its buffer at a stop.
 struct GoodDrain : Pushing {
   std::atomic<int> left{0};

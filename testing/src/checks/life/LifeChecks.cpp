@@ -29,15 +29,6 @@ std::vector<Prepared> ordinary(const Operation& operation) {
   return all;
 }
 
-/// A call that may fail where that is known.
-void tryCall(Trial& trial, const Operation& operation, const Prepared& made) {
-  try {
-    call(trial, operation, made);
-  } catch (const Outcome& outcome) {
-    if (outcome.kind == HostVerdict::kBroken) throw;
-  }
-}
-
 void expectPlayer(Trial& trial) { trial.player(); }
 
 void playerOnAnyThread(Trial& trial) {

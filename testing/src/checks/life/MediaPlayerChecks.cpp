@@ -90,6 +90,22 @@ void onAnyThread(Trial& trial) {
   });
 }
 
+/// Nobody guards the table: who changes it may meet a search.
+void tableStays(Trial& trial) {
+  const auto factory = factoryOf(trial);
+  const MediaPlayers* const players = trial.mediaPlayers();
+  if (!players) trial.notAsked("the host makes its factory itself, which does not show its table");
+  const MediaPlayers before = *players;
+  for (const std::string& name : namesFor(trial)) {
+    configure(trial, *factory, name);
+    if (*players != before)
+      trial.broken("createDalMediaPlayer(" + spelled(name) +
+                   ") changed the table: " + std::to_string(before.size()) + " players were in it, and " +
+                   (players->size() == before.size() ? "others" : std::to_string(players->size())) +
+                   " are now");
+  }
+}
+
 /// The assistant client keeps what it was given.
 void staysAfterShutdown(Trial& trial) {
   const auto factory = factoryOf(trial);
@@ -129,6 +145,8 @@ void addMediaPlayerChecks(Checks& checks) {
   add("no-callback", "The callback may be empty.", "Look whether there is one before you call it.",
       needsNoCallback);
   add("any-thread", "Players can be configured on any thread.", kUnderLock, onAnyThread);
+  add("table", "The table of players stays as it is.", "Change it only when no factory is there.",
+      tableStays);
   add("stays", "Table and players stay as long as the host, also past the factory's Shutdown().",
       "Let the host own them.", staysAfterShutdown);
   add("destroyed", "A host whose players were configured can be destroyed.",

@@ -296,13 +296,9 @@ void lockOrder(Trial& trial) {
 void letsGoLater(Trial& trial) {
   for (const Operation& operation : operations()) {
     for (int which = 0; which < operation.samples(Given::kLent); ++which) {
-      const Round round{&operation, operation.prepare(Given::kLent, which)};
-      try {
-        call(trial, operation, round.prepared);
-      } catch (const Outcome& outcome) {
-        if (outcome.kind == HostVerdict::kBroken) throw;
-      }
-      round.prepared.revoke();
+      const Prepared prepared = operation.prepare(Given::kLent, which);
+      tryCall(trial, operation, prepared);
+      prepared.revoke();
     }
   }
   trial.explain("after every call had returned and its arguments were gone");

@@ -39,8 +39,13 @@ std::vector<Round> ordinaryRounds() {
 /// Whether this thread is in a locked operation, or in the assistant side already.
 thread_local bool t_underMutex = false, t_asksBack = false;
 
-/// Asks every operation from inside, the first times that something is told. From inside a locked operation only what is
-/// unlocked: who sends news there knows that the assistant side does not ask the adapter back.
+/// What the assistant side does not ask from inside a locked operation: who sends news there knows that it does not ask
+/// the adapter back. Nor does it begin anew, which is when a host fetches its adapters.
+bool takesMutex(const Operation& operation) {
+  return operation.locked || operation.name == "notifyMainAppInitialized";
+}
+
+/// Asks every operation from inside, the first times that something is told.
 void askedBack(Trial& trial) {
   constexpr int kTimes = 2;
   const FakeAssistant assistant;
@@ -65,7 +70,7 @@ void askedBack(Trial& trial) {
     const AtEnd end([] { t_asksBack = false; });
     kept.run([&] {
       for (const Round& round : inside) {
-        if (!round.operation->locked || !t_underMutex) make(trial, round);
+        if (!takesMutex(*round.operation) || !t_underMutex) make(trial, round);
       }
     });
   });
@@ -301,11 +306,7 @@ void unaskedIsSilent(Trial& trial) {
     if (operation.name == "startStreamingAudioData") continue;
     for (int which = 0; which < operation.samples(Given::kPlain); ++which) {
       const Prepared made = operation.prepare(Given::kPlain, which);
-      try {
-        call(trial, operation, made);
-      } catch (const Outcome& outcome) {
-        if (outcome.kind == HostVerdict::kBroken) throw;
-      }
+      tryCall(trial, operation, made);
       if (listening.buffers.reach(1, milliseconds(30)))
         trial.broken("sound is pushed after " + made.shown +
                      ", and startStreamingAudioData() was not called");
@@ -322,6 +323,52 @@ void goesOn(Trial& trial) {
     if (!listening.buffers.come(1, kLate))
       trial.broken(std::to_string(listening.buffers.count()) + " buffers of sound came, and no more for " +
                    std::to_string(kLate.count() / 1000) + " s: stopStreamingAudioData() was not called");
+  }
+}
+
+/// Power and keys may be how a user asks for silence.
+bool mayEndSound(const Operation& operation) {
+  for (const char* const name :
+       {"startStreamingAudioData", "stopStreamingAudioData", "onSetPowerState", "onSendKeystroke"}) {
+    if (operation.name == name) return true;
+  }
+  return false;
+}
+
+/// Each operation once, then each with its next arguments: what one of them ended another could begin again.
+void goesOnWhateverIsAsked(Trial& trial) {
+  const Listening listening(trial);
+  listening.presumeSound();
+  const auto goesOn = [&] { return listening.buffers.come(kOfTheOld + 1, kSoon); };
+  const auto begins = [&] {
+    listening.stop();
+    return listening.start() && goesOn();
+  };
+  const auto goesOnAnew = [&](milliseconds after) {
+    if (!begins()) return false;
+    std::this_thread::sleep_for(after);
+    return goesOn();
+  };
+  if (!goesOnAnew(milliseconds(500))) trial.notAsked("sound ends by itself");
+  for (int which = 0;; ++which) {
+    std::vector<const Operation*> all;
+    for (const Operation& operation : operations()) {
+      if (which < operation.samples(Given::kPlain) && !mayEndSound(operation)) all.push_back(&operation);
+    }
+    if (all.empty()) return;
+    for (const Operation* const operation : all)
+      tryCall(trial, *operation, operation->prepare(Given::kPlain, which));
+    if (goesOn()) continue;
+    for (const Operation* const operation : all) {
+      if (!begins()) break;
+      const Prepared made = operation->prepare(Given::kPlain, which);
+      const auto before = Clock::now();
+      tryCall(trial, *operation, made);
+      const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - before);
+      if (!listening.buffers.come(kOfTheOld + 1, kLate) && goesOnAnew(took))
+        trial.broken("sound ended after " + made.shown + ", and stopStreamingAudioData() was not called");
+    }
+    if (!begins()) return;  // it ends by itself, or none of them ends it alone
   }
 }
 
@@ -379,6 +426,8 @@ void addUpwardChecks(Checks& checks) {
       refusedIsSilent);
   add(kStart, "goes-on", "Sound is pushed until it is stopped.",
       "Push until the stop, silence where there is no other sound.", goesOn);
+  add(kStart, "meanwhile", "Sound is pushed until it is stopped, whatever else is asked.",
+      "Let nothing but the stop end what the start began.", goesOnWhateverIsAsked);
   add(kStart, "host-gone", "Sound ends with the host that pushes it.",
       "Stop and join the thread in the destructor, also when nobody has stopped it.", endsWithItsHost);
   add(kStart, "anew", "Sound is pushed again when it is started after a stop.",

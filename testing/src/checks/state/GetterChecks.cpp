@@ -26,6 +26,7 @@ constexpr int kRounds = 40;
 /// What may change by itself does not do so at the second question of every host.
 void mustNotBeHandedOut(Trial& trial) {
   constexpr int kHosts = 4;
+  const std::string kInformation = "getDeviceInformation()";
   const std::map<std::string, bool (Host::*)()> questions{
       {"isMicrophoneAvailable()", &Host::isMicrophoneAvailable},
       {"getNetworkConnectionStatus()", &Host::getNetworkConnectionStatus}};
@@ -41,14 +42,26 @@ void mustNotBeHandedOut(Trial& trial) {
         trial.broken(question.first + " answered true to the first question and false to the second, of " +
                      std::to_string(kHosts) + " hosts one after the other");
     }
+    Entries first, then;
+    Host& host = trial.host();
+    trial.ask(kInformation, [&] { first = host.getDeviceInformation(); });
+    trial.ask(kInformation, [&] { then = host.getDeviceInformation(); });
+    for (const auto& field : first) {
+      if (then.count(field.first) == 0 && ++times[field.first] == kHosts)
+        trial.broken(kInformation + " answered a field " + spelled(field.first) +
+                     " to the first question and none to the second, of " + std::to_string(kHosts) +
+                     " hosts one after the other");
+    }
   }
 }
 
-/// Asked again and again, nothing else: no answer comes back to what it was, and none becomes empty.
+/// Asked again and again, nothing else: no answer comes back to what it was, none becomes empty and none more each time.
 void sameWhenAsked(Trial& trial) {
+  constexpr int kGrows = 3;
   struct Seen {
     std::string first, last;
     bool changed = false;
+    int grew = 0;
   };
   const auto all = facts(trial.demands);
   std::map<std::string, Seen> seen;
@@ -60,6 +73,12 @@ void sameWhenAsked(Trial& trial) {
       if (answer != before.last && (answer.empty() || (before.changed && answer == before.first)))
         trial.broken(getter.shown + " answered " + spelled(before.first) + " and " + spelled(before.last) +
                      ", then " + spelled(answer) + ", and it was only asked");
+      const bool more = !before.last.empty() && answer.size() > before.last.size() &&
+                        answer.compare(0, before.last.size(), before.last) == 0;
+      before.grew = more ? before.grew + 1 : 0;
+      if (before.grew == kGrows)
+        trial.broken(getter.shown + " answers more each time that it is asked: " + spelled(before.last) +
+                     ", then " + spelled(answer));
       before.changed = before.changed || answer != before.last;
       before.last = answer;
     }
@@ -86,9 +105,43 @@ void staysWhenAsked(Trial& trial) {
   }
 }
 
-/// Ends what may hold a value back: a device that is off, lends its speaker or is muted.
-void toRest(Trial& trial) {
+/// When it had time, and not only when it is asked once more.
+void followsUnasked(Trial& trial) {
+  for (const Settable& what : settables(trial)) {
+    const auto &from = what.values.front(), &to = what.values.back();
+    std::string late;
+    for (const int wait : {400, 700, 1100}) {  // one may be the time that it takes
+      late.clear();
+      if (!accepts(trial, from) || !becomes(trial, what, from.answered) || !accepts(trial, to)) break;
+      std::this_thread::sleep_for(milliseconds(wait));  // the host alone knows when it has followed
+      const std::string first = ask(trial, what.getter), second = ask(trial, what.getter);
+      if (first == to.answered || second != to.answered) break;
+      late = to.shown + " answered true, then " + what.getter.shown + " answered " + spelled(first) +
+             " to the first question, " + std::to_string(wait) + " ms later, and " + spelled(second) +
+             " to the second";
+    }
+    if (!late.empty()) trial.broken(late);
+  }
+}
+
+/// Read from a file, it may still have the end of its line.
+void nameAlone(Trial& trial, const Getter& getter) {
+  const std::string answer = ask(trial, getter);
+  const auto control = [](unsigned char c) { return c < ' ' || c == 0x7f; };
+  if (std::any_of(answer.begin(), answer.end(), control) ||
+      (!answer.empty() && (answer.front() == ' ' || answer.back() == ' ')))
+    trial.broken(getter.shown + " answered " + spelled(answer) + ", which is more than a name");
+}
+
+void answersNone(Trial& trial) {
+  const Getter getter{"getVSKCapabilities()", [](Host& host) { return host.getVSKCapabilities(); }};
+  if (ask(trial, getter).empty()) trial.broken(getter.shown + " answered an empty text");
+}
+
+/// Ends what may hold a value back: a device that is off, lends its speaker or is muted, unless that is the value.
+void toRest(Trial& trial, const Getter& value) {
   Host& host = trial.host();
+  if (value.shown != "getMuteStatus()") trial.ask("onMute(false)", [&] { host.onMute(false); });
   trial.ask("onSetPowerState(true)", [&] { host.onSetPowerState(true); });
   trial.ask("releaseAudioFocus()", [&] { host.releaseAudioFocus(); });
   trial.ask("stopStreamingAudioData()", [&] { host.stopStreamingAudioData(); });
@@ -101,7 +154,7 @@ void followsAfter(Trial& trial, const std::vector<Settable>& all, const std::str
     for (const auto& to : what.values) {
       if (!accepts(trial, to) || ask(trial, what.getter) == to.answered || becomes(trial, what, to.answered))
         continue;
-      toRest(trial);
+      toRest(trial, what.getter);
       if (!becomes(trial, what, to.answered))
         trial.broken("after " + after + " " + to.shown + " answered true, then " + what.getter.shown +
                      " answered " + spelled(ask(trial, what.getter)) + "; before that it was " +
@@ -121,13 +174,9 @@ void followsInAnyState(Trial& trial) {
   for (const Given given : {Given::kPlain, Given::kWord}) {
     for (const Operation* const operation : which) {
       for (int sample = 0; sample < operation->samples(given) && Clock::now() < atLast; ++sample) {
-        const Round round{operation, operation->prepare(given, sample)};
-        try {
-          call(trial, *operation, round.prepared);
-        } catch (const Outcome& outcome) {
-          if (outcome.kind == HostVerdict::kBroken) throw;
-        }
-        followsAfter(trial, all, round.prepared.shown);
+        const Prepared prepared = operation->prepare(given, sample);
+        tryCall(trial, *operation, prepared);
+        followsAfter(trial, all, prepared.shown);
       }
     }
   }
@@ -162,16 +211,12 @@ void factsStay(Trial& trial) {
   for (const Operation& operation : operations()) {
     for (const Given given : {Given::kPlain, Given::kWord}) {
       for (int which = 0; which < operation.samples(given) && Clock::now() < atLast; ++which) {
-        const Round round{&operation, operation.prepare(given, which)};
-        try {
-          call(trial, operation, round.prepared);
-        } catch (const Outcome& outcome) {
-          if (outcome.kind == HostVerdict::kBroken) throw;
-        }
+        const Prepared prepared = operation.prepare(given, which);
+        tryCall(trial, operation, prepared);
         for (const auto& fact : known) {
           if (ask(trial, fact.first).empty())
-            trial.broken(fact.first.shown + " answered nothing after " + round.prepared.shown +
-                         ", before that " + spelled(fact.second));
+            trial.broken(fact.first.shown + " answered nothing after " + prepared.shown + ", before that " +
+                         spelled(fact.second));
         }
       }
     }
@@ -310,6 +355,9 @@ void addGetterChecks(Checks& checks) {
                                askingMakesNothing));
   checks.push_back(checkOfHost("follows", "What was set is answered, whatever was called before.", kFollow,
                                followsInAnyState));
+  checks.push_back(checkOfHost("follows-unasked", "What was set is answered to the first question.",
+                               "Renew what a getter answers when it changes, or before the answer.",
+                               followsUnasked));
   checks.push_back(checkOfHost("facts", "What a device is, it is still after every call.",
                                "Change only what a call is about.", factsStay));
   for (const Operation& operation : operations()) {
@@ -326,7 +374,17 @@ void addGetterChecks(Checks& checks) {
                                }));
     }
   }
-  constexpr int kInformation = 18, kMuted = 63;
+  constexpr int kTimezone = 15, kLocale = 16, kInformation = 18, kCapabilities = 24, kMuted = 63;
+  const char *const kName = "It answers a name, and nothing beside it.",
+                    *const kTrim = "Take the end of the line off what you read from a file.";
+  checks.push_back(checkOf(hostOperation(kTimezone), "name", kName, kTrim, [](Trial& trial) {
+    nameAlone(trial, {"getTimezone()", [](Host& host) { return host.getTimezone(); }});
+  }));
+  checks.push_back(checkOf(hostOperation(kLocale), "name", kName, kTrim, [](Trial& trial) {
+    nameAlone(trial, {"getDeviceLocale()", [](Host& host) { return host.getDeviceLocale(); }});
+  }));
+  checks.push_back(checkOf(hostOperation(kCapabilities), "never-empty", "It is never empty.",
+                           "Answer \"[]\" for none.", answersNone));
   checks.push_back(checkOf(hostOperation(kMuted), "any-volume", "The mute follows at every volume.", kFollow,
                            muteAtAnyVolume));
   checks.push_back(checkOf(hostOperation(kInformation), "agrees",

@@ -100,8 +100,11 @@ Settable tried(Trial& trial, Settable what) {
   std::map<std::string, std::string> answers;
   for (int turn = 0; turn < 2; ++turn) {
     for (auto& to : what.values) {
+      const std::string before = ask(trial, what.getter);
       if (!accepts(trial, to)) return {};
-      if (turn == 0) to.answered = ask(trial, what.getter);
+      // Asked once more when nothing moved: some are late by one question.
+      if (turn == 0 && (to.answered = ask(trial, what.getter)) == before)
+        to.answered = ask(trial, what.getter);
       if (turn == 1 && !becomes(trial, what, to.answered)) return {};
     }
   }

@@ -99,8 +99,9 @@ void reported(Trial& trial) {
   for (int turn = 0; turn < 2; ++turn) {
     for (const auto& named : settings(trial)) {
       for (const std::string& value : named.second) {
-        mustSet(trial, named.first, value);
-        expect(trial, named.first, value);
+        const auto take = [&](int) { mustSet(trial, named.first, value); };
+        turn > 0 ? trial.onThreads(1, take) : take(0);
+        expect(trial, named.first, value, turn > 0 ? " on another thread" : "");
         trial.onThreads(1, [&](int) { expect(trial, named.first, value, " on another thread"); });
       }
     }
@@ -245,6 +246,27 @@ void whole(Trial& trial) {
     trial.notAsked("setSystemSetting() refuses other values than those that it is said to accept");
 }
 
+/// Each thread reads a setting of its own.
+void readAtOnce(Trial& trial) {
+  presumeReported(trial);
+  const PutBack putBack(trial);
+  std::vector<std::pair<std::string, std::string>> values;
+  for (const auto& named : settings(trial)) {
+    mustSet(trial, named.first, named.second.front());
+    values.emplace_back(named.first, named.second.front());
+  }
+  if (values.size() < 2) trial.notAsked("HostDemands::settings (--setting) names one setting");
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(400);
+  trial.onThreads(
+      4,
+      [&](int thread) {
+        const auto& own = values[static_cast<std::size_t>(thread) % values.size()];
+        for (int i = 0; i < 5000 && std::chrono::steady_clock::now() < enough; ++i)
+          expect(trial, own.first, own.second, ", and other threads read other settings");
+      },
+      true);
+}
+
 /// Read by three threads while one changes it: never anything but a value that was set.
 void readWhileSet(Trial& trial) {
   presumeReported(trial);
@@ -307,13 +329,17 @@ void localeFollows(Trial& trial) {
 void leavesText(Trial& trial) {
   Host& host = trial.host();
   bool any = false;
-  for (const std::string name : {"vorn-conformance none", "", "\xff"}) {
-    std::string value = "untouched";
-    bool known = false;
-    const std::string shown = "getSystemSetting(" + spelled(name) + ")";
-    trial.ask(shown, [&] { known = host.getSystemSetting(name, value); });
-    any = any || !known;
-    if (!known && value != "untouched") trial.broken(shown + " answered false and wrote " + spelled(value));
+  for (int turn = 0; turn < 3; ++turn) {
+    for (const std::string name : {"vorn-conformance none", "", "\xff"}) {
+      std::string value = "untouched";
+      bool known = false;
+      const std::string shown = "getSystemSetting(" + spelled(name) + ")";
+      trial.ask(shown, [&] { known = host.getSystemSetting(name, value); });
+      any = any || !known;
+      if (!known && value != "untouched")
+        trial.broken(shown + " answered false and wrote " + spelled(value) +
+                     (turn > 0 ? ", asked again" : ""));
+    }
   }
   if (!any) trial.refused("getSystemSetting() answers true for names that nobody set");
 }
@@ -347,7 +373,8 @@ void replacesText(Trial& trial) {
     trial.refused("getSystemSetting() knows no setting; name some by HostDemands::settings (--setting)");
 }
 
-/// A field of the device information that is there for a setting follows it, whatever its words for it are.
+/// A field of the device information that is there for a setting follows it, whatever its words for it are. Who keeps any
+/// setting that somebody makes up need not know what it means.
 void reflected(Trial& trial) {
   namespace names = DeviceAbstractionLayer;
   std::map<std::string, Texts> tried;
@@ -358,8 +385,10 @@ void reflected(Trial& trial) {
     if (tried.count(named.first)) tried[named.first] = named.second;
   }
   const PutBack putBack(trial, tried);
+  const bool takesAny = set(trial, "vorn-conformance a", "1") && get(trial, "vorn-conformance a") == "1";
   bool any = false;
   for (const auto& named : tried) {
+    if (takesAny && trial.demands.settings.count(named.first) == 0) continue;
     const std::string field = names::SYSTEM_SETTING_TO_DEVICE_INFO_MAP.at(named.first);
     std::optional<std::string> before;
     for (std::size_t i = 0; i < 2; ++i) {
@@ -404,6 +433,8 @@ void addSettingChecks(Checks& checks) {
       "Write to the text only when you are going to answer true.", leavesText);
   add(kGet, "replaces-text", "When it answers true the caller's text is the setting, whatever it was before.",
       "Assign to the text, and only then answer true.", replacesText);
+  add(kGet, "at-once", "Who reads has the setting that he names, whatever others read meanwhile.",
+      "Keep what belongs to one call in that call.", readAtOnce);
   add(kSet, "reported", "A setting that was accepted is what getSystemSetting() reports.",
       "Keep the value where getSystemSetting() looks, or answer false.", reported);
   add(kSet, "unnamed", "A setting that nobody named is reported too when it was accepted.",

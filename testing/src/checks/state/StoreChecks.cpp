@@ -2,6 +2,8 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <iterator>
+#include <random>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -108,6 +110,25 @@ void readsOnAnyThread(Trial& trial) {
   const Store store(trial);
   store.presume({{key("a"), "1"}});
   for (int i = 0; i < 2; ++i) trial.onThreads(1, [&](int) { store.expect(key("a"), "1"); });
+}
+
+/// Each thread reads a key of its own.
+void readsAtOnce(Trial& trial) {
+  constexpr int kThreads = 4;
+  const auto keyOf = [](int thread) { return key("of thread " + std::to_string(thread)); };
+  const Store store(trial);
+  Entries entries;
+  for (int thread = 0; thread < kThreads; ++thread) entries[keyOf(thread)] = std::to_string(thread);
+  store.presume(entries);
+  trial.explain("while other threads read other keys");
+  const auto enough = std::chrono::steady_clock::now() + std::chrono::milliseconds(400);
+  trial.onThreads(
+      kThreads,
+      [&](int thread) {
+        for (int i = 0; i < 5000 && std::chrono::steady_clock::now() < enough; ++i)
+          store.expect(keyOf(thread), std::to_string(thread));
+      },
+      true);
 }
 
 /// Read by three threads while one writes and removes: never anything but a value that was written.
@@ -323,6 +344,56 @@ void emptyList(Trial& trial) {
   store.expect(key("a"), "1");
 }
 
+/// Whatever is done in whatever order and on whatever thread, the store holds what a map would.
+void inAnyOrder(Trial& trial) {
+  presumeOthers(trial);
+  presumeRemoval(trial);
+  const Store store(trial);
+  Texts keys, last;
+  for (const char* const name : {"a", "b", "c", "d"}) keys.push_back(key(name));
+  Entries expected;
+  std::minstd_rand roll;
+  const auto atLast = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  for (int step = 0; step < 200 && std::chrono::steady_clock::now() < atLast; ++step) {
+    Texts some;
+    std::copy_if(keys.begin(), keys.end(), std::back_inserter(some),
+                 [&](const std::string&) { return roll() % 3 == 0; });
+    const auto act = roll() % 16;
+    const auto make = [&](int) {
+      if (act < 8) {
+        Entries entries;
+        for (const std::string& each : some) entries[each] = std::to_string(step);
+        store.write(entries);
+        for (const auto& entry : entries) expected[entry.first] = entry.second;
+        last.push_back("writeKeyValue(" + spelled(entries) + ")");
+      } else if (act < 13) {
+        store.remove(some);
+        for (const std::string& each : some) expected.erase(each);
+        last.push_back("removeKeyValue(" + spelled(some) + ")");
+      } else if (act == 13) {
+        store.clear();
+        expected.clear();
+        last.push_back("clear()");
+      } else {
+        store.open();
+        last.push_back("open()");
+      }
+    };
+    roll() % 4 == 0 ? trial.onThreads(1, make) : make(0);
+    if (last.size() > 4) last.erase(last.begin());
+    std::reverse(keys.begin(), keys.end());  // so that the one that was read last is read first too
+    for (const std::string& each : keys) {
+      const Entries found = store.read(each);
+      const auto entry = found.find(each);
+      const std::string value = entry == found.end() ? "" : entry->second;
+      if (value == expected[each]) continue;
+      std::string order;
+      for (const std::string& one : last) order += (order.empty() ? "" : ", ") + one;
+      trial.broken("after " + order + " readKeyValue(" + spelled(each) + ") answered " + spelled(found));
+    }
+  }
+}
+
 // ---- clear ----
 
 void clears(Trial& trial) {
@@ -429,6 +500,10 @@ void addStoreChecks(Checks& checks) {
   add(kRead, "any-thread", "What one thread wrote every other reads.",
       "Keep the store by host, not by thread.", readsOnAnyThread);
 
+  add(kRead, "at-once", "Who reads has the entry of his key, whatever others read meanwhile.",
+      "Keep what belongs to one call in that call.", readsAtOnce);
+  add(kRead, "in-any-order", "What was written is read until it is replaced, removed or cleared.",
+      "Change every place that keeps an entry, journals and caches too.", inAnyOrder);
   add(kRead, "while-written", "What is read while others write and remove is what somebody wrote.",
       "Guard the store with one mutex, readKeyValue() included.", readsWhileWritten);
 

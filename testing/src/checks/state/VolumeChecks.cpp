@@ -192,6 +192,9 @@ void setVolumeMuted(Trial& trial) {
   for (const int asked : {10, 3, 50, before, 0}) {
     if (!setVolume(trial, asked)) continue;
     const int expected = volume(trial);
+    mute(trial, true);
+    mute(trial, false);
+    if (volume(trial) != expected) continue;  // too loud to come back at once
     for (const int other : {5, 70, -10, 1}) {
       if (!setVolume(trial, other) || volume(trial) == expected) continue;
       if (!mute(trial, true)) trial.refused("onMute(true) answered false");
@@ -199,7 +202,7 @@ void setVolumeMuted(Trial& trial) {
       const int whileMuted = volume(trial);
       mute(trial, false);
       const int then = volume(trial);
-      if (accepted && whileMuted != expected && then != expected)
+      if (accepted && then != expected)
         trial.broken("onSetVolume(" + spelled(asked) +
                      ") answered true after onMute(true), and getVolume() answered " + spelled(whileMuted) +
                      ", then " + spelled(then) + " after onMute(false); unmuted it is " + spelled(expected));

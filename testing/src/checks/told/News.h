@@ -18,7 +18,7 @@ namespace vorn_testing::checks {
 /// Something that the host told of what a getter of it answers.
 struct News {
   std::string shown;  ///< "notifyVolumeChanged(30)".
-  std::string of;     ///< "volume", "mute", "locale", "locales", or "setting " and its name.
+  std::string of;     ///< "volume", "mute", "locale", "locales", "setup", or "setting " and its name.
   std::string value;
 };
 

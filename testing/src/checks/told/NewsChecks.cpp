@@ -1,5 +1,7 @@
 // That what the host tells the assistant side is so: the value that its getter answers, each change once, the last one last.
 
+#include <DeviceAbstractionLayer/AuthorizationStates.h>
+
 #include <algorithm>
 #include <atomic>
 #include <iterator>
@@ -242,52 +244,91 @@ bool made(Trial& trial, const Step& step) {
 /// What was told when something was set, and how often at least.
 struct Told {
   std::string shown;
-  std::size_t least;
+  std::size_t least = ~std::size_t{0};
+  std::string silent;  ///< A change of which nothing was told.
 };
+using AllTold = std::map<std::string, Told>;
 
-/// What is told when volume, mute and settings are set to and fro.
-std::map<std::string, Told> toldWhenSet(Trial& trial, Listener& listener) {
+/// Whether anything of it was told.
+bool isTold(const AllTold::value_type& one) { return !one.second.shown.empty(); }
+
+/// What is told when volume, mute and settings are set to and fro; what was told `before` is waited for.
+AllTold toldWhenSet(Trial& trial, Listener& listener, const AllTold& before = {}) {
   Steps all{mute(true), mute(false), setVolume(10), setVolume(50)};
   for (const auto& each : trial.demands.settings) {
     for (const std::string& value : each.second) all.push_back(setting(each.first, value));
   }
-  std::map<std::string, Told> told;
+  AllTold found;
   for (int i = 0; i < 2; ++i) {
     for (const Step& step : all) {
+      const auto value = listener.read(step.of);
       listener.begin();
       if (!made(trial, step)) continue;
       listener.settle(milliseconds(500));
+      Told& told = found[step.of];
+      const bool moved = listener.read(step.of) != value;
+      const auto known = before.find(step.of);
+      const bool awaited = moved && told.silent.empty() && known != before.end() && isTold(*known);
+      for (auto left = kPatience; awaited && listener.heardOf(step.of).empty() && left.count() > 0;
+           left -= milliseconds(5))
+        std::this_thread::sleep_for(milliseconds(5));  // as in settle()
       const std::size_t times = listener.heardOf(step.of).size();
-      if (times == 0) continue;
-      const std::size_t least = told.emplace(step.of, Told{"", times}).first->second.least;
-      told[step.of] = {step.shown, std::min(least, times)};
+      if (times == 0) {
+        if (moved) told.silent = step.shown;
+        continue;
+      }
+      told.shown = step.shown;
+      told.least = std::min(told.least, times);
     }
   }
-  return told;
+  return found;
+}
+
+/// `first` and `then` say when it was told before, and when it is to be told now.
+void mustTellAsBefore(Trial& trial, Listener& listener, const AllTold& told, const std::string& first,
+                      const std::string& then) {
+  const auto all = toldWhenSet(trial, listener, told);
+  for (const auto& known : told) {
+    const auto now = all.find(known.first);
+    if (!isTold(known) || now == all.end()) continue;
+    if (!isTold(*now) && !now->second.silent.empty())
+      trial.broken(now->second.silent + " is told " + first + ", and not " + then);
+    if (known.second.least == 1 && isTold(*now) && now->second.least > 1)
+      trial.broken(known.second.shown + " is told once " + first + ", and " +
+                   std::to_string(now->second.least) + " times " + then);
+  }
 }
 
 void nextHostTells(Trial& trial) {
-  std::map<std::string, Told> told;
+  AllTold told;
   {
     Listener listener(trial);
     told = toldWhenSet(trial, listener);
   }
-  if (told.empty()) trial.notAsked("nothing is told of it");
+  if (std::none_of(told.begin(), told.end(), isTold)) trial.notAsked("nothing is told of it");
   shutDownAdapters();
   trial.destroy();
   Listener listener(trial);
-  auto now = toldWhenSet(trial, listener);
-  if (now.size() < told.size()) {
-    for (const auto& late : toldWhenSet(trial, listener)) now.insert(late);
+  mustTellAsBefore(trial, listener, told, "by a host",
+                   "by the next one, which was made when that was destroyed");
+}
+
+/// Each operation was asked, and what may hold news back is over.
+void tellsAfterAll(Trial& trial) {
+  Listener listener(trial);
+  const auto told = toldWhenSet(trial, listener);
+  if (std::none_of(told.begin(), told.end(), isTold)) trial.notAsked("nothing is told of it");
+  for (const Operation& operation : operations()) {
+    for (const Given given : {Given::kPlain, Given::kWord}) {
+      for (int which = 0; which < operation.samples(given); ++which)
+        tryCall(trial, operation, operation.prepare(given, which));
+    }
   }
-  for (const auto& known : told) {
-    const auto found = now.find(known.first);
-    const char* const kNext = " the next one, which was made when that was destroyed";
-    if (found == now.end()) trial.broken(known.second.shown + " is told by a host, and not by" + kNext);
-    if (known.second.least == 1 && found->second.least > 1)
-      trial.broken(known.second.shown + " is told once by a host, and " +
-                   std::to_string(found->second.least) + " times by" + kNext);
-  }
+  Host& host = trial.host();
+  trial.ask("releaseAudioFocus()", [&] { host.releaseAudioFocus(); });
+  for (const bool on : {false, true})
+    trial.ask("onSetPowerState(" + spelled(on) + ")", [&] { host.onSetPowerState(on); });
+  mustTellAsBefore(trial, listener, told, "at first", "when every operation was asked, off and on the last");
 }
 
 void volumeTold(Trial& trial, const Steps& asked) {
@@ -334,9 +375,11 @@ void toldWhateverMoves(Trial& trial) {
   const auto make = [&](const Step& step) { trial.ask(step.shown, [&] { step.act(trial.host()); }); };
   auto told = toldWhenSet(trial, listener);
   for (auto one = told.begin(); one != told.end();)
-    one = one->first == "volume" || one->first == "mute" ? std::next(one) : told.erase(one);
+    one = isTold(*one) && (one->first == "volume" || one->first == "mute") ? std::next(one) : told.erase(one);
   if (told.empty()) trial.notAsked("nothing is told of volume and mute when they are set");
   const std::string rested = listener.read("volume").value_or("");
+  std::string unadjusted;  // a step that nothing was told of
+  bool adjustTold = false;
 
   const auto silentAfter = [&](const Step& step, bool muted) -> std::string {
     if (listener.read("volume") != rested || listener.read("mute") != text(muted)) {
@@ -351,17 +394,23 @@ void toldWhateverMoves(Trial& trial) {
     for (const auto& known : told) {
       const std::string& of = known.first;
       const std::string after = listener.read(of).value_or("");
+      const bool adjusted = of == step.of && step.operation() == "onAdjustVolume";
       // Who sets it may look himself, and a mute may hide the volume.
-      if (of == step.of || before[of] == after || (of == "volume" && step.of == "mute")) continue;
+      if ((of == step.of && !adjusted) || before[of] == after || (of == "volume" && step.of == "mute"))
+        continue;
       auto left = kPatience;
       while (listener.heardOf(of).empty() && listener.read("volume") != "0" && left.count() > 0) {
         std::this_thread::sleep_for(milliseconds(5));  // as in settle()
         left -= milliseconds(5);
       }
-      if (left.count() <= 0)
+      if (adjusted) {
+        adjustTold = adjustTold || !listener.heardOf(of).empty();
+        unadjusted = step.shown;
+      } else if (left.count() <= 0) {
         return step.shown + " moved " + (of == "mute" ? "getMuteStatus()" : "getVolume()") + " from " +
                before[of] + " to " + after + " and nothing was told of it, as it was when " +
                known.second.shown;
+      }
     }
     return "";
   };
@@ -372,6 +421,9 @@ void toldWhateverMoves(Trial& trial) {
       if (!silent.empty()) trial.broken(silent);
     }
   }
+  if (!unadjusted.empty() && !adjustTold)
+    trial.remark(unadjusted + " moved getVolume() and nothing was told of it, as it was when " +
+                 told["volume"].shown + ": who adjusts it cannot know where it came to rest");
 }
 
 void localeTold(Trial& trial) {
@@ -424,6 +476,21 @@ void handsFreeTold(Trial& trial) {
         "setAlexaHandsFreeState(true) told notifyHandsfreeStateChanged(false), and the other way round");
 }
 
+/// Authorised is what setup is for.
+void notCancelledAtItsEnd(Trial& trial) {
+  Listener listener(trial);
+  std::string address = "https://vorn.example/link", code = "ABCD23";
+  std::int64_t number = 600;
+  Host& host = trial.host();
+  trial.ask("sendCBLInfo(\"" + address + "\", \"" + code + "\", 600)",
+            [&] { host.sendCBLInfo(address, code, number); });
+  const std::string status = DeviceAbstractionLayer::AUTHORIZED_STATE;
+  trial.ask("alexaAuthStatusChanged(" + spelled(status) + ")", [&] { host.alexaAuthStatusChanged(status); });
+  listener.waitForSilence();
+  if (!listener.heardOf("setup").empty())
+    trial.broken("notifyOOBECancelled() was told after alexaAuthStatusChanged(" + spelled(status) + ")");
+}
+
 /// Who tells after the end works with what is gone.
 void quietAfterEnd(Trial& trial) {
   Listener listener(trial);
@@ -460,12 +527,16 @@ void addNewsChecks(Checks& checks) {
   const auto add = [&](int slot, const char* rule, const std::function<void(Trial&)>& run) {
     checks.push_back(checkOf(hostOperation(slot), "told", rule, kRemedy, run));
   };
-  constexpr int kHandsFree = 11, kLocale = 17, kSetting = 23, kSetVolume = 61, kAdjustVolume = 62, kMute = 63;
+  constexpr int kHandsFree = 11, kLocale = 17, kSetting = 23, kAuthorized = 32, kSetVolume = 61,
+                kAdjustVolume = 62, kMute = 63;
   add(kHandsFree, "Who tells of it tells what was set.", handsFreeTold);
   add(kLocale, "Who tells of the locale tells of each change, once, with what getDeviceLocale() answers.",
       localeTold);
   add(kSetting, "Who tells of settings tells of each change, once, with what getSystemSetting() answers.",
       settingTold);
+  checks.push_back(checkOf(hostOperation(kAuthorized), "set-up", "Setup that has succeeded is not cancelled.",
+                           "Call notifyOOBECancelled() when the user or time ends a setup without success.",
+                           notCancelledAtItsEnd));
   const char* const kVolume =
       "Who tells of the volume tells of each change, once, with what getVolume() answers.";
   add(kSetVolume, kVolume, [](Trial& trial) {
@@ -486,6 +557,9 @@ void addNewsChecks(Checks& checks) {
       checkOfHost("tells-anew", "Who tells of a change tells of it in the next host of a process too.",
                   "Tie nothing that a host needs to the first of them: no static thread, no flag of once.",
                   nextHostTells));
+  checks.push_back(checkOfHost("tells-on", "Who tells of a change tells of it too after every other call.",
+                               "Begin to tell again where you have stopped it: at the latest with the power.",
+                               tellsAfterAll));
   checks.push_back(checkOfHost("quiet", "Nothing is told any more when the host has been destroyed.",
                                "Stop and join in the destructor whatever tells.", quietAfterEnd));
 }
