@@ -46,12 +46,12 @@ std::string refuseUnlessDigits(const std::string& text) {
 void addOptions(CLI::App& app, Request& request) {
   Settings& settings = request.settings;
   request.stateFolder = userStateFolder();
-  settings.device = shipped("device.toml");
+  request.device = shipped("device.toml");
   settings.audio = shipped("request.wav");
   app.add_option("--state", request.stateFolder, "The folder of the key-value store")
       ->capture_default_str()
       ->check(refuseNothing);
-  app.add_option("--device", settings.device, "The device's facts and settings (TOML)")
+  app.add_option("--device", request.device, "The device's facts and settings (TOML)")
       ->capture_default_str()
       ->check(refuseNothing);
   app.add_option("--audio", settings.audio, "What the microphone hears (WAV, FLAC or OGG)")
@@ -235,6 +235,12 @@ void refuseWithoutEffect(const Request& request) {
   const bool serves = request.task == Task::kServe || request.task == Task::kList;
   if (!serves && (request.serve.port != 0 || !request.serve.watch.empty()))
     throw CLI::ValidationError("--port and --watch are for serve");
+  if (!plays && (request.strict || request.everyOperation))
+    throw CLI::ValidationError("--strict and --all are for what plays a scenario");
+  if (!plays && request.task != Task::kReplay && request.settings.keepGoing)
+    throw CLI::ValidationError("--keep-going is for what plays a scenario, and for replay");
+  const bool reads = request.task == Task::kReport || request.task == Task::kExport;
+  if (reads && !request.settings.host.empty()) throw CLI::ValidationError("--host is for what runs a host");
 }
 
 }  // namespace vorn_speaker

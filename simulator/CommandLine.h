@@ -20,6 +20,7 @@ enum class Task { kPlay, kConsole, kRecord, kReplay, kReport, kExport, kServe, k
 struct Request {
   Task task = Task::kPlay;
   std::string scenario;  ///< Empty for the morning.
+  std::string device;    ///< The file.
   std::string recording;
   std::string otherRecording;  ///< That it is compared with, when not empty.
   Replay replay;

@@ -8,6 +8,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
 #include <iostream>
 #include <sstream>
 
@@ -64,31 +67,38 @@ int list(std::ostream& out) {
   return kPassed;
 }
 
-int play(const Request& request, std::ostream& out) {
+using Work = std::function<int(std::ostream&)>;
+
+/// What a task reads is read here; what it makes, when it is called.
+Work play(const Request& request) {
   const std::string name = request.scenario.empty() ? "morning" : request.scenario;
   const std::string command = vorn_testing::didYouMean(name, request.commands);
   if (!request.scenario.empty() && !command.empty() && access(name.c_str(), F_OK) != 0)
     throw std::runtime_error(name + ": there is no such scenario" + command);
   const std::vector<Step> steps =
       readScenario(name, request.scenario.empty() ? kMorning : readWhole(name, kLargestScenario));
-  Speaker speaker(request.settings, out);
-  std::string problem;
-  try {
-    speaker.play(name, steps);
-    if (request.strict && endRequested() == 0) speaker.expectEveryOperation();
-  } catch (const Unmet& unmet) {
-    problem = unmet.what();
-  }
-  speaker.conclude(request.everyOperation);
-  if (!problem.empty()) complain(problem);
-  speaker.finish();
-  return problem.empty() ? kPassed : kFailed;
+  return [&request, name, steps](std::ostream& out) {
+    Speaker speaker(request.settings, out);
+    std::string problem;
+    try {
+      speaker.play(name, steps);
+      if (request.strict && endRequested() == 0) speaker.expectEveryOperation();
+    } catch (const Unmet& unmet) {
+      problem = unmet.what();
+    }
+    speaker.conclude(request.everyOperation);
+    if (!problem.empty()) complain(problem);
+    speaker.finish();
+    return problem.empty() ? kPassed : kFailed;
+  };
 }
 
 int console(const Request& request, std::ostream& out) {
   Speaker speaker(request.settings, out);
   Console console(speaker, request.stateFolder + "/console-history", request.settings.secrets);
-  return console.run(isatty(STDIN_FILENO) == 1, std::cin) ? kPassed : kFailed;
+  const bool good = console.run(isatty(STDIN_FILENO) == 1, std::cin);
+  if (std::ferror(stdin)) throw std::runtime_error("standard input cannot be read");
+  return good ? kPassed : kFailed;
 }
 
 /// The speaker's own process; the page is served by the one above.
@@ -105,12 +115,21 @@ int below(const Request& request, std::ostream& out) {
   return kPassed;
 }
 
-int replay(Request& request, std::ostream& out) {
-  const Recorded calls = Recording::read(request.recording);
-  std::ostringstream unseen;
-  Speaker speaker(request.settings, unseen);
+Work replay(Request& request) {
   request.replay.keepGoing = request.settings.keepGoing;
-  return replay(calls, request.replay, speaker, out) ? kPassed : kFailed;
+  return [&request, calls = Recording::read(request.recording)](std::ostream& out) {
+    std::ostringstream unseen;
+    Speaker speaker(request.settings, unseen);
+    return replay(calls, request.replay, speaker, out) ? kPassed : kFailed;
+  };
+}
+
+Work workOf(Request& request) {
+  if (request.task == Task::kReplay) return replay(request);
+  if (request.task == Task::kPlay || request.task == Task::kRecord) return play(request);
+  return [&request](std::ostream& out) {
+    return request.task == Task::kConsole ? console(request, out) : below(request, out);
+  };
 }
 
 /// A recording as it may be shown.
@@ -123,8 +142,12 @@ Recorded shown(const Request& request, const std::string& path) {
 
 int report(const Request& request, std::ostream& out) {
   const Recorded recording = shown(request, request.recording);
-  if (!request.otherRecording.empty())
-    return compare(recording, shown(request, request.otherRecording), out) ? kPassed : kFailed;
+  if (!request.otherRecording.empty()) {
+    const Recorded other = shown(request, request.otherRecording);
+    if (recording.calls.empty() && other.calls.empty())
+      throw std::runtime_error("no call was compared: neither recording holds one that was chosen");
+    return compare(recording, other, out) ? kPassed : kFailed;
+  }
   report(recording, out);
   return kPassed;
 }
@@ -164,7 +187,7 @@ void refuseToOverwriteInputs(const Request& request) {
   if (request.task == Task::kRecord) written.emplace_back("the recording", request.recording);
   const std::pair<const char*, std::string> read[] = {
       {"the scenario", request.scenario},
-      {"the device file", request.settings.device},
+      {"the device file", request.device},
       {"the sound of the microphone", request.settings.audio},
       {"the host", request.settings.host},
       {"the recording", request.task == Task::kReplay ? request.recording : ""}};
@@ -174,6 +197,8 @@ void refuseToOverwriteInputs(const Request& request) {
         throw std::runtime_error(path + ": is " + input + ", and " + output +
                                  " would replace it; name another file");
     }
+    if (StateFolder::keeps(request.stateFolder, path))
+      throw std::runtime_error(path + ": keeps the state; name another file");
   }
   if (written.size() == 2 &&
       (written[0].second == written[1].second || sameFile(written[0].second, written[1].second)))
@@ -182,6 +207,8 @@ void refuseToOverwriteInputs(const Request& request) {
 
 int fulfil(Request& request, std::ostream& out) {
   Settings& settings = request.settings;
+  const Work work = workOf(request);
+  settings.device = DeviceFile::read(request.device);
   const StateFolder folder(request.stateFolder);
   // A recording and its replay begin with an empty store, so that they can be the same.
   if (request.task == Task::kPlay || request.task == Task::kConsole || request.task == Task::kServe)
@@ -192,10 +219,7 @@ int fulfil(Request& request, std::ostream& out) {
   } else {
     settings.sink = std::make_shared<AlsaSink>(request.alsa);
   }
-  int status = request.task == Task::kConsole  ? console(request, out)
-               : request.task == Task::kServe  ? below(request, out)
-               : request.task == Task::kReplay ? replay(request, out)
-                                               : play(request, out);
+  int status = work(out);
   if (endRequested() == 0) settings.sink->finish();
   if (!settings.sink->problem().empty()) {
     complain(settings.sink->problem());
@@ -244,13 +268,13 @@ int run(Request& request) {
     request.serve.command.emplace_back("--below");
     return serve(request.serve, std::cout);
   }
-  if (request.out.empty()) {
-    request.out = request.stateFolder + "/answer.wav";
-    if (request.alsa.empty() && access(request.out.c_str(), F_OK) == 0 && !WavSink::made(request.out))
-      throw std::runtime_error(request.out +
-                               ": was not made by vorn-speaker; move it away, or name a file with --out");
-  }
+  if (request.out.empty()) request.out = request.stateFolder + "/answer.wav";
   refuseToOverwriteInputs(request);
+  std::error_code none;
+  if (request.alsa.empty() && std::filesystem::is_regular_file(request.out, none) &&
+      !std::filesystem::is_empty(request.out, none) && !WavSink::made(request.out))
+    throw std::runtime_error(request.out +
+                             ": was not made by vorn-speaker; move it away, or name another file with --out");
   returnTraceLeftAway();
   if (request.settings.trace) refuseTraceThatCannotBeWritten();
   const bool watched =

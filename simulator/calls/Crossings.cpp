@@ -192,7 +192,7 @@ void Crossings::arrived(Crossing& crossing, std::chrono::microseconds now) {
     crossing.waited = std::chrono::microseconds(0);
   if (!t_asked) return;
   if (!t_asked->waited) t_asked->waited = now - t_asked->began;
-  if (t_asked->operation != crossing.fullName() || crossing.depth > 0) return;
+  if (t_asked->operation != crossing.asked() || crossing.depth > 0) return;
   crossing.waited = t_asked->waited;
   crossing.began = t_asked->began;
 }

@@ -62,6 +62,11 @@ struct Crossing {
   } clear;
 
   std::string fullName() const { return adapter + "." + operation; }
+  /// The operation as statements name it, which may arrive under a name of the interface.
+  std::string asked() const {
+    const Operation* const known = operationAt(target, slot);
+    return known ? known->fullName() : fullName();
+  }
   bool isDown() const { return direction == Direction::kDown; }
   std::string signature() const;
 

@@ -6,10 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 
 namespace vorn_speaker {
@@ -36,6 +38,16 @@ void make(const fs::path& path) {
   if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
     refuse(path.string(), std::string("cannot be made: ") + std::strerror(errno));
 }
+
+constexpr char kSound[] = "answer.wav";
+/// What may lie in the state folder.
+const char* const kNames[] = {kSound,
+                              "console-history",
+                              "lock",
+                              "store.sqlite",
+                              "store.sqlite-journal",
+                              "store.sqlite-shm",
+                              "store.sqlite-wal"};
 
 }  // namespace
 
@@ -73,8 +85,7 @@ StateFolder::StateFolder(const std::string& path) {
   if (status.st_uid != geteuid()) refuse(path, "belongs to another user");
   if ((status.st_mode & S_IWOTH) != 0) refuse(path, "may be written by everybody");
   // Laid out by somebody else, perhaps while everybody could: what a link leads to is not ours to write.
-  for (const char* name : {"answer.wav", "console-history", "lock", "store.sqlite", "store.sqlite-journal",
-                           "store.sqlite-shm", "store.sqlite-wal"}) {
+  for (const char* const name : kNames) {
     const std::string ours = path + "/" + name;
     if (lstat(ours.c_str(), &status) != 0) continue;
     if (S_ISLNK(status.st_mode)) refuse(ours, "is a link, which is not followed");
@@ -93,6 +104,14 @@ StateFolder::StateFolder(const std::string& path) {
   if (error != EACCES && error != EAGAIN)
     refuse(lock, std::string("cannot be locked: ") + std::strerror(error));
   refuse(path, "another vorn-speaker uses it; wait until that has ended");
+}
+
+bool StateFolder::keeps(const std::string& folder, const fs::path& path) {
+  if (path.filename() == kSound) return false;
+  std::error_code none;
+  const fs::path own = fs::weakly_canonical(folder, none);
+  return std::any_of(std::begin(kNames), std::end(kNames),
+                     [&](const char* name) { return own / name == fs::weakly_canonical(path, none); });
 }
 
 StateFolder::~StateFolder() { close(m_lock); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace vorn_speaker {
@@ -21,6 +22,9 @@ class StateFolder {
   ///                             write to it, a name in it is a link, another vorn-speaker uses it.
   explicit StateFolder(const std::string& path);
   ~StateFolder();
+
+  /// Whether the path names something that lies in the folder and is no sound.
+  static bool keeps(const std::string& folder, const std::filesystem::path& path);
 
   StateFolder(const StateFolder&) = delete;
   StateFolder& operator=(const StateFolder&) = delete;

@@ -151,10 +151,10 @@ bool Console::play(const std::string& line) {
       statement(m_stage);
     }
   } catch (const Unreadable& error) {
-    complain(line, mayHoldSecret(line) ? error.masked() : error);
+    complain(line, mayHoldSecret(line) || m_stage.isSecret(line) ? error.masked() : error);
   } catch (const std::exception& error) {
     m_good = false;
-    std::cout << "  " << oneLine(error.what()) << std::endl;
+    std::cout << "  " << (m_stage.isSecret(error.what()) ? kMask : oneLine(error.what())) << std::endl;
   }
   if (read && m_terminal) remember(line);  // Now it is known whether the line led to a secret.
   return true;
@@ -173,7 +173,7 @@ std::string Discretion::kept(const std::string& line, const Stage& stage) {
   const bool hides = !m_secrets && shown.find(kMask) != std::string::npos;
   const bool telling = hides || (!m_secrets && stage.isSecret(line));
   if (!expectation) m_masked = telling || (!m_secrets && mayHoldSecret(line));
-  if (!expectation && telling && !hides) return std::string("# ") + kMask;
+  if (!expectation && (hides ? stage.isSecret(shown) : telling)) return std::string("# ") + kMask;
   return expectation && (telling || m_masked) ? std::string("# expect ") + kMask : shown;
 }
 
@@ -224,9 +224,9 @@ void Console::save(const std::string& path) {
   if (m_saved.count(path) == 0 && std::filesystem::exists(path))
     throw std::runtime_error(path + " is there already; choose another name");
   WholeFile file(path);
+  m_saved.insert(path);  // It is ours, should it be written in part too.
   for (const std::string& line : m_played) file.stream() << line << '\n';
   file.finish();
-  m_saved.insert(path);
   std::cout << "  " << vorn_testing::counted(m_played.size(), "line") << " in " << oneLine(path) << std::endl;
 }
 

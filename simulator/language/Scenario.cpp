@@ -84,6 +84,8 @@ class Words {
     return time(bound);
   }
 
+  std::size_t lastColumn() const { return m_tokens.empty() ? m_end : m_tokens.back().column; }
+
   static std::chrono::milliseconds time(const Token& token) {
     constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
     const auto value = read<std::chrono::milliseconds>(token);
@@ -144,7 +146,13 @@ Token readName(Words& words) {
 Play readExpectedCall(bool wanted, Words& words) {
   ExpectedCall expected;
   expected.wanted = wanted;
-  if (wanted) expected.within = words.within();
+  const std::size_t column = words.lastColumn();
+  expected.within = words.within();
+  if (!wanted && expected.within.count() > 0)
+    throw Unreadable(
+        column,
+        "expected no duration: it tells what the last call has led to by now; a text that is called "
+        "within stands in quotes");
   if (wanted || !words.empty()) {
     const Token name = words.next(kAnOperation);
     expected.name = name.text;

@@ -191,8 +191,7 @@ int serve(const ServeRequest& request, std::ostream& out) {
                         return pages.answer(method, path, body);
                       });
   const auto open = [&] {
-    out << server.address() << std::endl;
-    endings.wait();
+    if (out << server.address() << std::endl) endings.wait();
   };
   if (!request.watch.empty()) {
     const Watch watch(request.watch, request.secrets, stream);

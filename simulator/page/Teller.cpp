@@ -7,7 +7,6 @@
 #include <sstream>
 #include <utility>
 
-#include "device/parts/DeviceFile.h"
 #include "recordings/Loudness.h"
 #include "recordings/Recording.h"
 #include "run/Postmortem.h"
@@ -44,7 +43,7 @@ std::string lineOf(const Crossing& crossing, const std::string& more) {
 /// What is known of the device before anything happens; of a host of one's own, nothing.
 Json deviceOf(const Settings& settings) {
   if (!settings.host.empty()) return {{"host", settings.host}};
-  const DeviceFile device = DeviceFile::read(settings.device);
+  const DeviceFile& device = settings.device;
   return {{"volume", device.volume},
           {"muted", device.muted},
           {"network", device.networkConnected},
@@ -181,9 +180,10 @@ void Teller::play(Speaker& speaker, const Order& order) {
     if (verb == "assistant" || verb == "firmware" || verb == "together")
       played["result"] = speaker.shownResult();
   } catch (const Unreadable& error) {
-    played["problem"] = mayHoldSecret(order.line) ? error.masked().what() : error.what();
+    played["problem"] =
+        mayHoldSecret(order.line) || speaker.isSecret(order.line) ? error.masked().what() : error.what();
   } catch (const std::exception& error) {
-    played["problem"] = error.what();
+    played["problem"] = speaker.isSecret(error.what()) ? kMask : error.what();
   }
   say(dumped({{"played", played}}));
 }

@@ -33,12 +33,16 @@ using VornDeviceAbstractionLayer::VornDALImplIF;
 
 namespace {
 
-enum Phase : int { kCalled, kLoaded, kMade, kDestroyed, kUnloaded };
+enum Phase : int { kCalled, kLoaded, kMade, kAsked, kDestroyed, kUnloaded };
 
 /// After the subject: "The host crashed while it was loaded".
 const char* words(int phase) {
-  constexpr const char* kWords[] = {"", " while it was loaded", " while it was made",
-                                    " while it was destroyed", " while it was unloaded"};
+  constexpr const char* kWords[] = {"",
+                                    " while it was loaded",
+                                    " while it was made",
+                                    " while it was asked for its media players",
+                                    " while it was destroyed",
+                                    " while it was unloaded"};
   return kWords[phase];
 }
 
@@ -234,15 +238,20 @@ int inHostProcess(std::chrono::seconds limit, bool apart, const std::function<in
 
 namespace {
 
-std::shared_ptr<VornDALImplIF> make(const vorn_testing::HostLibrary& library) {
+/// Nothing that the host throws meanwhile comes through.
+template <class Work>
+auto during(Phase phase, Work&& work) {
   std::string why = "what is no std::exception";
   try {
-    return library.makeHost();
+    enter(phase);
+    auto result = work();
+    enter(kCalled);
+    return result;
   } catch (const std::exception& error) {
     why = error.what();
   } catch (...) {
   }
-  giveUp("The host threw while it was made: " + (isSecretText(why) ? kMask : why));
+  giveUp(std::string("The host threw") + words(phase) + ": " + (isSecretText(why) ? kMask : why));
 }
 
 }  // namespace
@@ -251,12 +260,11 @@ OwnHost ownHost(const std::string& path) {
   refuseUnlessFile(path);
   enter(kLoaded);
   const vorn_testing::HostLibrary library(path);
-  enter(kMade);
-  auto host = make(library);
-  enter(kCalled);
-  if (!host) throw std::runtime_error(path + ": vornCreateHost() made no host");
+  auto host = during(kMade, [&] { return library.makeHost(); });
+  if (!host) giveUp("The host was not made: vornCreateHost() answers null");
   VornDALImplIF* const made = host.get();
-  vorn_testing::MediaPlayers* const players = vorn_testing::HostLibrary::playersOf(host);
+  vorn_testing::MediaPlayers* const players =
+      during(kAsked, [&] { return vorn_testing::HostLibrary::playersOf(host); });
   const auto destroy = [host](VornDALImplIF*) mutable {
     enter(kDestroyed);
     host.reset();

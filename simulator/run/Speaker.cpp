@@ -69,7 +69,7 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
                      nameThread("microphone");
                      if (const auto audioIn = m_adapters.held<VornAudioIn>()) audioIn->sendAudioData(samples);
                    }),
-      m_host(DeviceFile::read(settings.device), settings.store, m_microphone, face()),
+      m_host(settings.device, settings.store, m_microphone, face()),
       m_ownHost(settings.host.empty() ? OwnHost() : ownHost(settings.host)),
       m_recordingHost(m_ownHost.host ? *m_ownHost.host : m_host),
       m_doctorHost(settings.onFinding
@@ -85,6 +85,10 @@ Speaker::Speaker(const Settings& settings, std::ostream& out)
       if (player) recorded = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder, player);
     }
   } else {
+    if (VornDeviceAbstractionLayer::VornMediaPlayerFactory::getInstance())
+      m_printer.say(
+          "The host made a media player factory, which is replaced here by one that is watched; it hands its players "
+          "over by vornMediaPlayers(), see vorn_testing/HostEntry.h");
     for (const char* name : {"SpeechPlayer", "DefaultMediaPlayer"})
       m_players[name] = std::make_shared<RecordedPlayer>(name, settings.sink, m_recorder);
   }
@@ -185,7 +189,7 @@ bool Speaker::holds(std::chrono::milliseconds within, const std::function<bool()
 }
 
 void Speaker::disturb(const Crossing& crossing) {
-  const std::string name = crossing.fullName();
+  const std::string name = crossing.asked();
   std::unique_lock<std::mutex> lock(m_mutex);
   const auto found = m_disturbances.find(name);
   if (found == m_disturbances.end()) return;
@@ -273,11 +277,11 @@ void Speaker::call(Caller caller, const std::string& name, const BoundCall& call
   // A result that no printed call shows: a default, or what was written through a reference.
   const std::vector<Crossing> calls = recent();
   const auto shows = [&](const Crossing& crossing) {
-    return crossing.fullName() == name && crossing.clear.answer == m_result;
+    return crossing.asked() == name && crossing.clear.answer == m_result;
   };
   const auto shownBy = std::find_if(calls.begin(), calls.end(), shows);
   const bool secret = std::any_of(calls.begin(), calls.end(), [&](const Crossing& crossing) {
-    return crossing.secret && crossing.fullName() == name;
+    return crossing.secret && crossing.asked() == name;
   });
   // What was asked for a secret and had none to tell would still have told one.
   m_secretAsked = !m_secrets && std::any_of(calls.begin(), calls.end(), [](const Crossing& crossing) {
@@ -319,7 +323,7 @@ void Speaker::expectResult(const std::string& expected) {
 
 void Speaker::expectCall(const ExpectedCall& expected) {
   const auto matches = [&](const Crossing& crossing) {
-    if (!expected.name.empty() && crossing.fullName() != expected.name) return false;
+    if (!expected.name.empty() && crossing.asked() != expected.name) return false;
     const Operation* const operation = operationAt(crossing.target, crossing.slot);
     return expected.name.empty() ||
            (operation && takes(*operation, expected.arguments, crossing.clear.spelled));
@@ -328,7 +332,7 @@ void Speaker::expectCall(const ExpectedCall& expected) {
   if (holds(expected.within, [&] { return came() == expected.wanted; })) return;
   std::string seen;
   for (const Crossing& crossing : recent()) {
-    seen += (seen.empty() ? "" : "; ") + crossing.fullName();
+    seen += (seen.empty() ? "" : "; ") + crossing.asked();
     for (const std::string& argument : crossing.spelled) seen += " " + oneLine(argument);
   }
   const Operation* const operation = operationNamed(expected.name);

@@ -23,6 +23,7 @@
 #include "device/Adapters.h"
 #include "device/Attachments.h"
 #include "device/SpeakerHost.h"
+#include "device/parts/DeviceFile.h"
 #include "device/sound/Microphone.h"
 #include "device/sound/Sink.h"
 #include "language/Scenario.h"
@@ -32,8 +33,8 @@ namespace vorn_speaker {
 
 /// How the speaker is set up, from the command line.
 struct Settings {
-  std::string store;              ///< The file of the key-value store; empty for one that is not kept.
-  std::string device;             ///< The device file.
+  std::string store;  ///< The file of the key-value store; empty for one that is not kept.
+  DeviceFile device;
   std::string audio;              ///< What the microphone hears.
   std::shared_ptr<Sink> sink;     ///< What the players play to.
   std::string host;               ///< A library with a host that takes the place of the simulated one.

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <thread>
+#include <tuple>
 
 #include "serving.h"
 
@@ -64,14 +65,16 @@ TEST_F(Serving, TellsWhatIsWrongWithAStatement) {
       has(post(address, "statement", "assistant VornDeviceInfo.getVolume\nremove all"), "expected one line"));
   EXPECT_TRUE(has(post(address, "scenario", "expect 1\nbogus\nexpect"), "scenario:2:1:"));
   const std::string volume = "assistant VornDeviceInfo.getVolume";
-  const std::pair<std::string, const char*> refused[] = {
-      {volume + " more", "\r\n\r\ncolumn 36: expected the end of the line"},
-      {std::string(volume.c_str(), volume.size() + 1), "\r\n\r\nexpected one line\n"},
-      {"# a remark", "\r\n\r\nexpected a statement\n"},
-      {volume + std::string((1 << 16) + 1 - volume.size(), ' '),
+  const std::tuple<std::string, const char*, const char*> refused[] = {
+      {volume + " more", "HTTP/1.1 400 ", "\r\n\r\ncolumn 36: expected the end of the line"},
+      {std::string(volume.c_str(), volume.size() + 1), "HTTP/1.1 400 ", "\r\n\r\nexpected one line\n"},
+      {"# a remark", "HTTP/1.1 400 ", "\r\n\r\nexpected a statement\n"},
+      {volume + std::string((1 << 16) + 1 - volume.size(), ' '), "HTTP/1.1 413 ",
        "\r\n\r\nA statement has 65536 characters at most.\n"}};
-  for (const auto& [statement, problem] : refused)
-    EXPECT_TRUE(has(post(address, "statement", statement), problem)) << problem;
+  for (const auto& [statement, status, problem] : refused) {
+    const std::string answer = post(address, "statement", statement);
+    EXPECT_TRUE(has(answer, status) && has(answer, problem)) << answer;
+  }
   EXPECT_TRUE(
       has(post(address, "statement", volume + std::string((1 << 16) - volume.size(), ' ')), "{\"id\":1}"));
 }

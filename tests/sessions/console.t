@@ -247,3 +247,53 @@ What the device refuses, and what it makes of the edges.
     up    microphone  VornAudioIn                 ... 109 more of sendAudioData
     down  assistant   VornAudioIn                 stopStreamingAudioData()
     down  assistant   VornAudioIn                 stopStreamingAudioData()
+
+A secret that was given once is hidden in what is wrong and in what is saved, also beside another one.
+
+  $ vorn-speaker --state hidden --no-trace console <<'END'
+  > assistant VornEMPAdapterControl.login Qx7Zr9Lm2 ada true 1s m
+  > assistant VornEMPAdapterControl.launchAndPlay ctx 5s Qx7Zr9Lm2
+  > assistant VornStorage.writeKeyValue {psk=other, a=Qx7Zr9Lm2}
+  > assistant VornStorage.writeKeyValue {psk=other, a=Oslo}
+  > assistant VornDeviceInfo.getVolume Qx7Zr9Lm2
+  > remove Qx7Zr9Lm2
+  > save none/Qx7Zr9Lm2
+  > save saved
+  > END
+    down  assistant   VornEMPAdapterControl       getEMPAdapter() = object
+    down  assistant   VornEMPAdapterControl       login(********, ada, true, 1000ms, m) = true
+    down  assistant   VornEMPAdapterControl       getEMPAdapter() = object
+    down  assistant   VornEMPAdapterControl       launchAndPlay(********, 5000ms, ********) = true
+    down  assistant   VornStorage                 writeKeyValue(********) ...
+      ********
+    down  assistant   VornStorage                 ... writeKeyValue = false
+    down  assistant   VornStorage                 writeKeyValue({a=Oslo, psk=********}) ...
+      ********
+    down  assistant   VornStorage                 ... writeKeyValue = false
+    assistant VornDeviceInfo.getVolume
+                                       ^ expected the end of the line after VornDeviceInfo.getVolume, found ********
+    remove
+           ^ expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found ********
+    ********
+    4 lines in saved
+  [1]
+  $ cat saved
+  assistant VornEMPAdapterControl.login ******** ada true 1s m
+  # ********
+  # ********
+  assistant VornStorage.writeKeyValue {a=Oslo, psk=********}
+
+A player is made under the name that the statement has.
+
+  $ vorn-speaker --state made --no-trace console <<'END'
+  > assistant VornMediaPlayerFactory.createDalMediaPlayer SpeechPlayer true false
+  > expect call VornMediaPlayerFactory.createDalMediaPlayer SpeechPlayer true false
+  > expect no call VornMediaPlayerFactory.createDalMediaPlayer
+  > fail VornMediaPlayerFactory.createDalMediaPlayer "out of order"
+  > assistant VornMediaPlayerFactory.createDalMediaPlayer SpeechPlayer true false
+  > END
+    down  assistant   VornMediaPlayerFactory      Configure(SpeechPlayer, true, false)
+    expected no call VornMediaPlayerFactory.createDalMediaPlayer, saw VornMediaPlayerFactory.createDalMediaPlayer SpeechPlayer true false
+    down  assistant   VornMediaPlayerFactory      Configure(SpeechPlayer, true, false) threw out of order
+          VornMediaPlayerFactory.createDalMediaPlayer gave threw out of order
+  [1]

@@ -37,7 +37,7 @@ A host that misbehaves, at every moment, in vorn-conformance.
   the host prints
   SLOWEST ...
   HOST: 1 check, 1 kept, 0 broken, 0 not asked
-  $ for when in load make destroy unload; do for what in abort exit throw hang; do ask "$when $what"; done; done; ask "finish abort"
+  $ for when in load make ask destroy unload; do for what in abort exit throw hang; do ask "$when $what"; done; done; ask "finish abort"
   == load abort: status 3
   vorn-conformance: HOST: the library ended the process with signal 6 (Aborted), while HOST was loaded
   == load exit: status 3
@@ -56,6 +56,14 @@ A host that misbehaves, at every moment, in vorn-conformance.
   vorn-conformance: HOST: vornCreateHost() threw std::runtime_error: "nothing for it", while it made a host
   == make hang: status 3
   vorn-conformance: HOST: vornCreateHost() did not answer within 0.3 s, while it made a host
+  == ask abort: status 3
+  vorn-conformance: HOST: vornMediaPlayers() ended the process with signal 6 (Aborted), while it made a host
+  == ask exit: status 3
+  vorn-conformance: HOST: vornMediaPlayers() ended the process with status 0, while it made a host
+  == ask throw: status 3
+  vorn-conformance: HOST: vornMediaPlayers() threw std::runtime_error: "nothing for it", while it made a host
+  == ask hang: status 3
+  vorn-conformance: HOST: vornMediaPlayers() did not answer within 0.3 s, while it made a host
   == destroy abort: status 1
   BROKEN    host/loads (the library, slot 0)
     seen:   vornDestroyHost() ended the process with signal 6 (Aborted), while it destroyed a host that was never called
@@ -136,7 +144,7 @@ The same in vorn-speaker.
     down  assistant   VornDeviceInfo              getVolume() threw Resource deadlock avoided
   == call kill: status 3
   The host crashed: Killed
-  $ for when in load make destroy unload; do for what in abort exit throw hang; do play "$when $what"; done; done; play "finish abort"
+  $ for when in load make ask destroy unload; do for what in abort exit throw hang; do play "$when $what"; done; done; play "finish abort"
   == load abort: status 3
   The host crashed while it was loaded: Aborted
   == load exit: status 3
@@ -154,6 +162,14 @@ The same in vorn-speaker.
   The host threw while it was made: nothing for it
   == make hang: status 3
   The host does not return while it was made.
+  == ask abort: status 3
+  The host crashed while it was asked for its media players: Aborted
+  == ask exit: status 3
+  The host ended the program while it was asked for its media players, with status 0
+  == ask throw: status 3
+  The host threw while it was asked for its media players: nothing for it
+  == ask hang: status 3
+  The host does not return while it was asked for its media players.
   == destroy abort: status 3
     down  assistant   VornDeviceInfo              getVolume() = 7
   The host crashed while it was destroyed: Aborted

@@ -64,6 +64,7 @@ A trace: lines of three classes, some that differ in numbers only, a message of 
   VornEMPAdapterControl  4
     login  1
     skipForward  3
+  A line has no end: it was cut, or is still being written
   $ vorn-log --adapter VornDeviceCapabilities --adapter '?' trace
   ?  ********
   VornDeviceCapabilities.onSetVolume  std::pair<bool, std::basic_string<char> > VornDeviceAbstractionLayer::VornDeviceCapabilities::onSetVolume(int)
@@ -108,6 +109,14 @@ What cannot be read, or asked for.
   [2]
   $ vorn-log --color blue trace
   vorn-log: --color: blue not in {auto,always,never}
+  Run with --help for more information.
+  [2]
+  $ vorn-log --follow ""
+  vorn-log: FILE: expected a text that is not empty
+  Run with --help for more information.
+  [2]
+  $ vorn-log --until "" trace
+  vorn-log: --until: expected a text that is not empty
   Run with --help for more information.
   [2]
   $ vorn-log trace one two --three

@@ -48,6 +48,7 @@ A scenario with many mistakes, each told with its place, what was expected and w
   > expect call VornDeviceInfo.getVolume within -1s
   > expect no
   > expect no call VornDeviceInfo.getVolumes
+  > expect no call VornDeviceInfo.notifySystemSettingChanged within 2s
   > expect heard
   > expect heard -1
   > expect heard more
@@ -121,37 +122,38 @@ A scenario with many mistakes, each told with its place, what was expected and w
   bad.scenario:45:45: expected a duration of a day at most, found -1s
   bad.scenario:46:10: expected one of call
   bad.scenario:47:16: expected an operation, found VornDeviceInfo.getVolumes; did you mean VornDeviceInfo.getVolume?
-  bad.scenario:48:13: expected a number of samples, or some
-  bad.scenario:49:14: expected a number of samples, or some, found -1
-  bad.scenario:50:14: expected a number of samples, or some, found more
-  bad.scenario:51:16: expected the end of the line, found 4
-  bad.scenario:52:13: expected a part of a trace line
-  bad.scenario:53:16: expected the end of the line, found b
-  bad.scenario:54:13: expected one of operation
-  bad.scenario:55:24: expected the end of the line, found now
-  bad.scenario:56:7: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace
-  bad.scenario:57:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found Everything
-  bad.scenario:58:12: expected the end of the line, found now
-  bad.scenario:59:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found DeviceInf; did you mean DeviceInfo?
-  bad.scenario:60:7: expected one of authStatus, messageAccepted, playbackActionAccepted
-  bad.scenario:61:8: expected one of authStatus, messageAccepted, playbackActionAccepted, found authStats; did you mean authStatus?
-  bad.scenario:62:18: expected the answer
-  bad.scenario:63:24: expected true or false, found perhaps
-  bad.scenario:64:29: expected the end of the line, found now
-  bad.scenario:65:31: expected a duration such as 500ms or 2s
-  bad.scenario:66:32: expected a duration such as 500ms or 2s, found soon
-  bad.scenario:67:35: expected the end of the line, found now
-  bad.scenario:68:30: expected the text of the exception
-  bad.scenario:69:33: expected the end of the line, found b
-  bad.scenario:70:8: expected an operation such as VornDeviceInfo.getVolume
-  bad.scenario:71:34: expected the end of the line, found now
-  bad.scenario:72:5: expected one of microphone
-  bad.scenario:73:6: expected one of microphone, found loudspeaker
-  bad.scenario:74:17: expected the end of the line, found now
-  bad.scenario:75:8: expected a title
-  bad.scenario:76:11: expected the end of the line, found b
-  bad.scenario:77:54: expected name, a text, in VornMediaPlayerFactory.createDalMediaPlayer name firstFlag secondFlag
-  bad.scenario:78:62: expected file, a text, in VornAttachmentReaderContainerInterfaceImpl.sendData file
+  bad.scenario:48:65: expected no duration: it tells what the last call has led to by now; a text that is called within stands in quotes
+  bad.scenario:49:13: expected a number of samples, or some
+  bad.scenario:50:14: expected a number of samples, or some, found -1
+  bad.scenario:51:14: expected a number of samples, or some, found more
+  bad.scenario:52:16: expected the end of the line, found 4
+  bad.scenario:53:13: expected a part of a trace line
+  bad.scenario:54:16: expected the end of the line, found b
+  bad.scenario:55:13: expected one of operation
+  bad.scenario:56:24: expected the end of the line, found now
+  bad.scenario:57:7: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace
+  bad.scenario:58:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found Everything
+  bad.scenario:59:12: expected the end of the line, found now
+  bad.scenario:60:8: expected one of all, DeviceInfo, DeviceCapabilities, GUIOutput, OOBE, AudioIn, AppMessaging, CommsManager, adapters, trace, found DeviceInf; did you mean DeviceInfo?
+  bad.scenario:61:7: expected one of authStatus, messageAccepted, playbackActionAccepted
+  bad.scenario:62:8: expected one of authStatus, messageAccepted, playbackActionAccepted, found authStats; did you mean authStatus?
+  bad.scenario:63:18: expected the answer
+  bad.scenario:64:24: expected true or false, found perhaps
+  bad.scenario:65:29: expected the end of the line, found now
+  bad.scenario:66:31: expected a duration such as 500ms or 2s
+  bad.scenario:67:32: expected a duration such as 500ms or 2s, found soon
+  bad.scenario:68:35: expected the end of the line, found now
+  bad.scenario:69:30: expected the text of the exception
+  bad.scenario:70:33: expected the end of the line, found b
+  bad.scenario:71:8: expected an operation such as VornDeviceInfo.getVolume
+  bad.scenario:72:34: expected the end of the line, found now
+  bad.scenario:73:5: expected one of microphone
+  bad.scenario:74:6: expected one of microphone, found loudspeaker
+  bad.scenario:75:17: expected the end of the line, found now
+  bad.scenario:76:8: expected a title
+  bad.scenario:77:11: expected the end of the line, found b
+  bad.scenario:78:54: expected name, a text, in VornMediaPlayerFactory.createDalMediaPlayer name firstFlag secondFlag
+  bad.scenario:79:62: expected file, a text, in VornAttachmentReaderContainerInterfaceImpl.sendData file
   [2]
 The rest of very many is not read.
 

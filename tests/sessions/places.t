@@ -122,7 +122,7 @@ Sound that is none, or too much of it.
   vorn-speaker: sound.wav: has 3 channels; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz
   $ sound 16000 2 9
   $ truncate -s 44 sound.wav; hear
-  vorn-speaker: sound.wav: holds no samples; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz
+  vorn-speaker: sound.wav: is damaged: only 0 of 36 bytes of its sound are left; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz
   $ truncate -s 20 sound.wav; hear
   vorn-speaker: sound.wav: Error in WAV/W64/RF64 file. Malformed 'fmt ' chunk; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz
   $ : > sound.wav; hear

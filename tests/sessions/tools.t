@@ -61,6 +61,7 @@ What vorn-conformance and vorn-capture make of wrong options.
   $ vorn-conformance --list | sed 's|\(Vorn[^/]*\)/[^/]*/[^/]*/|\1/.../|' | LC_ALL=C sort | uniq -c
         1   remedy: Add one: it stands in where a name is not found.
         1   remedy: Add to the store, do not start it anew.
+        1   remedy: Answer "[]" for none.
         1   remedy: Answer an empty map for what you do not have.
         1   remedy: Answer an entry with the key asked for; answer false in writeKeyValue() when you do not store.
         1   remedy: Answer false to what you do not keep.
@@ -73,7 +74,11 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Assign instead of inserting.
         1   remedy: Assign to the text, and only then answer true.
         1   remedy: Begin anew with each start that you answer true to.
+        1   remedy: Begin to tell again where you have stopped it: at the latest with the power.
+        1   remedy: Call notifyOOBECancelled() when the user or time ends a setup without success.
         1   remedy: Call strtok_r(), localtime_r() and their like.
+        1   remedy: Change every place that keeps an entry, journals and caches too.
+        1   remedy: Change it only when no factory is there.
         1   remedy: Change only what a call is about.
         1   remedy: Change the store and hand it to the medium under one mutex, with a file aside that no other call writes.
         6   remedy: Change the value first, then tell once what the getter answers, in the order of the changes.
@@ -113,6 +118,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Keep the store in a file, and find it again when a host is made or opened.
         1   remedy: Keep the value as it is, or answer false.
         1   remedy: Keep the value where getSystemSetting() looks, or answer false.
+        2   remedy: Keep what belongs to one call in that call.
         1   remedy: Leave it to the program: a host is one part of it.
         1   remedy: Leave no mark that only an orderly end takes away.
         1   remedy: Leave the entry in the store.
@@ -121,6 +127,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Let both change one value that one thread looks at, not one each.
         1   remedy: Let go in the destructor of what open() took; keep no static flag of the end.
         1   remedy: Let go of your own mutex before you notify, or notify from a thread that holds nothing.
+        1   remedy: Let nothing but the stop end what the start began.
        80   remedy: Let nothing grow with the calls; give back what a call took.
         1   remedy: Let the host own them.
         1   remedy: Let the thread look whether it is to go on.
@@ -144,6 +151,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Release only what was taken.
         1   remedy: Remove what equals the key, no more.
         1   remedy: Remove what equals the key: no pattern, no cut, no folding.
+        1   remedy: Renew what a getter answers when it changes, or before the answer.
         1   remedy: Replace the value before you answer.
         1   remedy: Report a locale as it was given, or stay with your own.
         1   remedy: Stop and join in the destructor whatever tells.
@@ -156,6 +164,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   remedy: Store bytes: no lines, escapes, entities, numbers or names of files.
         1   remedy: Store keys and values by length, not as lines or C strings.
         1   remedy: Store what comes, even when it is nothing.
+        2   remedy: Take the end of the line off what you read from a file.
         2   remedy: Take the value in every state of the device, or answer false.
         1   remedy: Tell in the one place where the value changes, whatever call has led there.
         1   remedy: Tell the thread to stop and join it when the host ends; hold no mutex while you push.
@@ -211,6 +220,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Every value that was accepted is reported as it was, long ones and those in any script too.
         1   rule:   Functions of the C library that all threads share a place of are called by one at a time.
         1   rule:   However the process is killed while it writes: what was acknowledged is there, and nothing else is lost.
+        2   rule:   It answers a name, and nothing beside it.
         1   rule:   It answers null to no thread.
        80   rule:   It answers on any thread, again and again, without an exception.
        80   rule:   It answers the three-hundredth time as it did the first.
@@ -218,6 +228,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   It answers what is so, not what was so when it was last asked.
        80   rule:   It answers whatever was called before, and twice in a row.
        65   rule:   It comes without a lock: several threads may be inside at once.
+        1   rule:   It is never empty.
         1   rule:   It may come on the thread that pushes sound.
         2   rule:   It moves the player that is named, and no other instead.
         1   rule:   It never answers null, however often it is asked.
@@ -243,11 +254,13 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   Reading takes nothing away.
         1   rule:   Removing an empty list changes nothing.
         1   rule:   Removing leaves other keys alone, also those that begin the same.
+        1   rule:   Setup that has succeeded is not cancelled.
         1   rule:   Sound ends when it is stopped.
         1   rule:   Sound ends with the host that pushes it.
         1   rule:   Sound is pushed again when it is started after a stop.
         1   rule:   Sound is pushed by the next host of a process as by the first.
         1   rule:   Sound is pushed from one thread, however often it is started.
+        1   rule:   Sound is pushed until it is stopped, whatever else is asked.
         1   rule:   Sound is pushed until it is stopped.
         1   rule:   Table and players stay as long as the host, also past the factory's Shutdown().
        36   rule:   Texts in an answer are valid UTF-8.
@@ -256,6 +269,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   The callback may be empty.
         1   rule:   The locale among the facts is the one that getDeviceLocale() answers.
         1   rule:   The mute follows at every volume.
+        1   rule:   The table of players stays as it is.
         1   rule:   The value accepted last is the one reported.
         1   rule:   The volume moves the way that was asked, and getVolume() reports it.
         1   rule:   To mute and to unmute leaves the volume where it was.
@@ -284,18 +298,23 @@ What vorn-conformance and vorn-capture make of wrong options.
         1   rule:   What was asked last holds: sound or none.
         1   rule:   What was cleared is gone after the process was killed.
         1   rule:   What was removed is gone after the process was killed.
+        1   rule:   What was set is answered to the first question.
         1   rule:   What was set is answered, whatever was called before.
         1   rule:   What was set stays, whatever is asked.
         1   rule:   What was stored after a removal or clearing is there for the next process too.
         1   rule:   What was stored is there after the process was killed.
         1   rule:   What was stored is there for the host of the next process.
         1   rule:   What was stored is there for the next process, whatever bytes, sizes and numbers.
+        1   rule:   What was written is read until it is replaced, removed or cleared.
         1   rule:   What writeKeyValue() answered true to can be read under its key.
         1   rule:   When a host is destroyed the next one can be made and used.
         1   rule:   When it answers false the caller's text is as it was.
         1   rule:   When it answers true the caller's text is the setting, whatever it was before.
         1   rule:   Who follows the assistant's locale reports it.
+        1   rule:   Who reads has the entry of his key, whatever others read meanwhile.
+        1   rule:   Who reads has the setting that he names, whatever others read meanwhile.
         1   rule:   Who tells of a change tells of it in the next host of a process too.
+        1   rule:   Who tells of a change tells of it too after every other call.
         1   rule:   Who tells of it tells what was set.
         1   rule:   Who tells of settings tells of each change, once, with what getSystemSetting() answers.
         1   rule:   Who tells of the locale tells of each change, once, with what getDeviceLocale() answers.
@@ -324,7 +343,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../asked-again
         1 VornDALImplIF/.../asked-back
         1 VornDALImplIF/.../asked-unknown
-        1 VornDALImplIF/.../at-once
+        3 VornDALImplIF/.../at-once
         1 VornDALImplIF/.../at-once-killed
         1 VornDALImplIF/.../clears
        49 VornDALImplIF/.../concurrent
@@ -341,10 +360,12 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../first
         1 VornDALImplIF/.../first-calls
         1 VornDALImplIF/.../follows
+        1 VornDALImplIF/.../follows-unasked
         1 VornDALImplIF/.../from-inside
         1 VornDALImplIF/.../goes-on
         1 VornDALImplIF/.../host-gone
        41 VornDALImplIF/.../hostile-arguments
+        1 VornDALImplIF/.../in-any-order
         1 VornDALImplIF/.../in-any-state
        64 VornDALImplIF/.../in-sequence
         1 VornDALImplIF/.../in-use
@@ -361,8 +382,11 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../lock-order
         1 VornDALImplIF/.../long-value
         2 VornDALImplIF/.../many
+        1 VornDALImplIF/.../meanwhile
         1 VornDALImplIF/.../memory
         1 VornDALImplIF/.../muted
+        2 VornDALImplIF/.../name
+        1 VornDALImplIF/.../never-empty
         1 VornDALImplIF/.../never-null
         1 VornDALImplIF/.../never-null-after-many
         1 VornDALImplIF/.../never-null-after-use
@@ -385,6 +409,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../replaces
         1 VornDALImplIF/.../replaces-text
         5 VornDALImplIF/.../reported
+        1 VornDALImplIF/.../set-up
         1 VornDALImplIF/.../static-places
         1 VornDALImplIF/.../stays
        15 VornDALImplIF/.../stays-out
@@ -392,6 +417,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDALImplIF/.../surroundings
         1 VornDALImplIF/.../tells-anew
         1 VornDALImplIF/.../tells-each
+        1 VornDALImplIF/.../tells-on
         4 VornDALImplIF/.../threads
         1 VornDALImplIF/.../together
         1 VornDALImplIF/.../together-VornAlexaState
@@ -421,6 +447,7 @@ What vorn-conformance and vorn-capture make of wrong options.
         1 VornDalMediaPlayerInterfaceImpl/.../no-callback
         1 VornDalMediaPlayerInterfaceImpl/.../players
         1 VornDalMediaPlayerInterfaceImpl/.../stays
+        1 VornDalMediaPlayerInterfaceImpl/.../table
        16 VornEMPAdapterIF/.../again
        16 VornEMPAdapterIF/.../answers
        16 VornEMPAdapterIF/.../concurrent

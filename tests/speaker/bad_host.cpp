@@ -1,6 +1,7 @@
 // A host that does what VORN_BAD says, "when what": the speaker must tell of it whenever it is and whatever it does.
 
 #include <VornDeviceInfo.h>
+#include <VornMediaPlayerFactory.h>
 #include <signal.h>
 #include <unistd.h>
 #include <vorn_testing/HostEntry.h>
@@ -108,6 +109,10 @@ void misbehave(const std::string& when) {
   if (what == "ask-again") askAgain();
   if (what == "own-mutex") askForOwnMutex();
   if (what == "lock-twice") lockTwice();
+  if (what == "factory") {
+    static vorn_testing::MediaPlayers none;
+    VornDeviceAbstractionLayer::VornMediaPlayerFactory::CreateInstance(none);
+  }
   if (what == "leave" && fork() == 0) hang();
 }
 
@@ -135,7 +140,13 @@ class BadHost : public vorn_testing::NullHost {
 
 VornDeviceAbstractionLayer::VornDALImplIF* vornCreateHost() {
   misbehave("make");
-  return new BadHost;
+  const char* const set = std::getenv("VORN_BAD");
+  return set && std::string(set) == "make none" ? nullptr : new BadHost;
 }
 
 void vornDestroyHost(VornDeviceAbstractionLayer::VornDALImplIF* host) { delete host; }
+
+vorn_testing::MediaPlayers* vornMediaPlayers(VornDeviceAbstractionLayer::VornDALImplIF*) {
+  misbehave("ask");
+  return nullptr;
+}

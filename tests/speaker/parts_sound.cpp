@@ -162,6 +162,36 @@ TEST(SoundTest, NamesFileReasonAndAcceptedFormatsWhenItCannotDecode) {
   }
 }
 
+TEST(SoundTest, RefusesAFileThatEndsBeforeItsSound) {
+  writeTone("/tmp/tone.wav", 16000, 1);
+  const std::string good = content("/tmp/tone.wav");
+  const std::size_t header = good.find("data") + 8;
+  const std::size_t all = good.size() - header;
+  for (const std::size_t left : {std::size_t{2}, all / 2, all - 2}) {
+    std::ofstream("/tmp/cut.wav", std::ios::binary) << good.substr(0, header + left);
+    try {
+      Sound::fromFile("/tmp/cut.wav");
+      FAIL() << left;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(error.what(), "/tmp/cut.wav: is damaged: only " + std::to_string(left) + " of " +
+                                  std::to_string(all) + " bytes of its sound are left" +
+                                  "; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz");
+    }
+  }
+}
+
+TEST(SoundTest, ReadsWhatWasWrittenBeforeItsLengthWasKnown) {
+  writeTone("/tmp/tone.wav", 16000, 1);
+  const std::vector<short> samples = Sound::fromFile("/tmp/tone.wav").samples;
+  for (const char* length :
+       {"\xff\xff\xff\xff", "\xff\xff\xff\x7f", "\xda\xff\xff\x7f", "\xff\xf7\xff\x7f"}) {
+    std::string piped = content("/tmp/tone.wav");
+    piped.replace(piped.find("data") + 4, 4, length, 4);
+    std::ofstream("/tmp/piped.wav", std::ios::binary) << piped;
+    EXPECT_EQ(Sound::fromFile("/tmp/piped.wav").samples, samples);
+  }
+}
+
 class Formats : public testing::TestWithParam<int> {};
 
 TEST_P(Formats, KeepTheStrengthOfTheTone) {

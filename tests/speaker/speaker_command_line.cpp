@@ -45,12 +45,29 @@ INSTANTIATE_TEST_SUITE_P(
                     Asked{"--watch ''", "--watch: expected a name, found nothing"},
                     Asked{"--port 8080", "--port and --watch are for serve"},
                     Asked{"replay a --watch b", "--port and --watch are for serve"},
+                    Asked{"console --strict", "--strict and --all are for what plays a scenario"},
+                    Asked{"replay a --all", "--strict and --all are for what plays a scenario"},
+                    Asked{"console --keep-going",
+                          "--keep-going is for what plays a scenario, and for replay"},
+                    Asked{"report a --host b.so", "--host is for what runs a host"},
                     Asked{"console a.scenario", "a.scenario: this command plays no scenario"},
                     Asked{"report a b c", "c: this command plays no scenario"},
                     Asked{"--sceanrio a", "not expected: --sceanrio; did you mean --scenario?"},
                     Asked{"repaly a", "not expected: a; there is no scenario repaly; did you mean replay?"},
                     Asked{"report a --format csv", "not expected: --format; it is an option of export"},
                     Asked{"export a --format ''", "expected trace-event, mermaid or csv, found \"\""}));
+
+TEST_F(CommandLine, IsToldThatNothingCouldBeRead) {
+  EXPECT_TRUE(has(run("console", "/tmp"), "standard input cannot be read"));
+  EXPECT_EQ(m_status, 2);
+}
+
+TEST_F(CommandLine, IsToldThatNothingWasCompared) {
+  run("record /tmp/speaker/a.rec");
+  EXPECT_TRUE(
+      has(run("report /tmp/speaker/a.rec /tmp/speaker/a.rec --calls 90000-"), "no call was compared"));
+  EXPECT_EQ(m_status, 2);
+}
 
 TEST_F(CommandLine, IsToldTheCommandThatWasMeant) {
   EXPECT_TRUE(has(run("consol"), "consol: there is no such scenario; did you mean console?"));

@@ -46,6 +46,17 @@ TEST_F(Console, ReplacesNoFileThatItDidNotSave) {
   EXPECT_EQ(content(mine + "2"), "section a\nsection b\n");
 }
 
+TEST_F(Console, SavesAgainWhereTheFirstTimeHadNoRoom) {
+  const std::string saved = std::string(kFolder) + "/saved";
+  const std::string typed =
+      file("typed", "section " + std::string(1 << 21, 'a') + "\nsave " + saved + "\nsave " + saved + "\n");
+  // Room for what a sanitizer writes when it starts, not for the section.
+  const std::string told = output(std::string("ulimit -f 2048; " VORN_SPEAKER_PROGRAM " --state ") + kFolder +
+                                  "/state console 2>&1 <" + typed + " | cut -c -200");
+  EXPECT_TRUE(has(told, "saved cannot be written"));
+  EXPECT_FALSE(has(told, "is there already"));
+}
+
 TEST_F(Console, ShowsWhatWentWrongAsItShowsWhatItDidNotUnderstand) {
   EXPECT_TRUE(has(type("section a\nsave /nowhere/x\n"), "\n  /nowhere/x cannot be written: No such file"));
 }

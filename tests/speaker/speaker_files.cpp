@@ -65,6 +65,42 @@ TEST_F(Files, NamedAsItsOwnButMadeByTheUserAreLeftAlone) {
   EXPECT_EQ(content(state("answer.wav")), "my own song");
 }
 
+TEST_F(Files, AreNotMadeForWhatCannotBeRead) {
+  for (const std::string& wrong : {path("none.scenario"), file("wrong.scenario", "assistant Nobody.asks\n"),
+                                   "replay " + path("none"), "--device " + path("none.toml")}) {
+    run(wrong);
+    EXPECT_EQ(m_status, 2) << wrong;
+    EXPECT_FALSE(fs::exists(path("state"))) << wrong;
+  }
+}
+
+TEST_F(Files, NamedForTheSoundButMadeByOthersAreLeftAlone) {
+  const std::string sound = content(std::string(VORN_DATA) + "/request.wav");
+  for (const std::string& mine : {std::string("my notes"), sound}) {
+    const std::string named = file("mine", mine);
+    EXPECT_TRUE(has(run("--out " + named), "mine: was not made by vorn-speaker; move it away"));
+    EXPECT_EQ(m_status, 2);
+    EXPECT_EQ(content(named), mine);
+  }
+  fs::create_symlink("nowhere", path("link"));
+  EXPECT_TRUE(has(run("--out " + path("link")), "link: cannot be written: it is a link to nothing"));
+  EXPECT_EQ(m_status, 2);
+  EXPECT_TRUE(fs::is_symlink(path("link")));
+  run("--out " + file("empty", ""));
+  EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(Files, OfTheStateAreNoPlaceForSoundAndRecordings) {
+  const std::string scenario = file("a.scenario", "assistant VornStorage.writeKeyValue {city=Oslo}\n");
+  for (const char* name : {"store.sqlite", "lock", "console-history", "store.sqlite-journal"}) {
+    EXPECT_TRUE(has(run("--out " + state(name) + " " + scenario), "keeps the state; name another file"))
+        << name;
+    EXPECT_EQ(m_status, 2) << name;
+    EXPECT_TRUE(has(run("record " + state(name) + " --scenario " + scenario), "keeps the state")) << name;
+    EXPECT_EQ(m_status, 2) << name;
+  }
+}
+
 TEST_F(Files, OfAnEarlierRunAreReplaced) {
   run("");
   const std::string before = content(state("answer.wav"));
@@ -104,7 +140,7 @@ TEST_F(Files, InTheCurrentFolderAreNotTakenForWhatShips) {
 }
 
 TEST_F(Files, PlayedFromTheCurrentFolderMayBeTheOneThatIsWritten) {
-  fs::copy(VORN_DATA "/answer.wav", path("answer.wav"));
+  runIn(kFolder, "--out answer.wav");
   const std::string output =
       runIn(kFolder, file("own.scenario",
                           "assistant VornMediaPlayerFactory.createDalMediaPlayer SpeechPlayer true false\n"

@@ -182,6 +182,10 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{"call", "hang", kInside},
         Bad{"call", "stop",
             "The host stopped its process\nThread assistant, inside VornDeviceInfo.getVolume"},
+        Bad{"ask", "abort", "The host crashed while it was asked for its media players: Aborted"},
+        Bad{"ask", "exit",
+            "The host ended the program while it was asked for its media players, with status 0"},
+        Bad{"ask", "hang", "The host does not return while it was asked for its media players."},
         Bad{"make", "stop", "The host stopped its process while it was made"},
         Bad{"destroy", "abort", "The host crashed while it was destroyed: Aborted"},
         Bad{"destroy", "throw", "The host crashed while it was destroyed: Aborted"},
@@ -247,6 +251,25 @@ TEST_F(QuietBadHost, IsWatchedUntilItIsDestroyed) {
 
 TEST_F(QuietBadHost, ThatThrowsWhenItIsMadeFailsWithWhatItSays) {
   EXPECT_TRUE(has(playOnIt("make throw"), "The host threw while it was made: nothing for it"));
+  EXPECT_EQ(m_status, 3);
+}
+
+TEST_F(QuietBadHost, ThatThrowsWhenItIsAskedForItsPlayersFailsWithWhatItSays) {
+  EXPECT_TRUE(
+      has(playOnIt("ask throw"), "The host threw while it was asked for its media players: nothing for it"));
+  EXPECT_EQ(m_status, 3);
+}
+
+TEST_F(QuietBadHost, IsToldThatItsFactoryIsReplaced) {
+  const std::string told =
+      "The host made a media player factory, which is replaced here by one that is watched;";
+  EXPECT_TRUE(has(playOnIt("make factory"), told));
+  EXPECT_EQ(m_status, 0);
+  EXPECT_FALSE(has(playOnIt("none"), told));
+}
+
+TEST_F(QuietBadHost, ThatIsNotMadeFails) {
+  EXPECT_TRUE(has(playOnIt("make none"), "The host was not made: vornCreateHost() answers null"));
   EXPECT_EQ(m_status, 3);
 }
 

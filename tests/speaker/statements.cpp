@@ -204,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Language, MaskedStatements, testing::ValuesIn(kMaskings
 
 TEST(Lines, MayHoldASecretAlsoWhenTheyCannotBeRead) {
   for (const char* line : {"assistant VornEMPAdapterControl.logn x", "LOGIN x", "lo gin", "launch_and_play",
-                           "log in x", "my API key", "********"})
+                           "launcAzdPlay", "log in x", "my API key", "********"})
     EXPECT_TRUE(mayHoldSecret(line)) << line;
   for (const char* line : {"", "assistant VornDeviceInfo.getVolume", "expect 30", "logout"})
     EXPECT_FALSE(mayHoldSecret(line)) << line;

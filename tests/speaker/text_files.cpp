@@ -176,10 +176,25 @@ TEST_F(TextFiles, AreReplacedBehindALinkThatStays) {
   EXPECT_TRUE(fs::is_symlink(path("link")));
 }
 
+TEST_F(TextFiles, AreReplacedWhateverTheLengthOfTheirName) {
+  for (const std::size_t size : {248U, 249U, 255U}) {
+    const std::string name = file(std::string(size, 'n'), "old");
+    WholeFile written(name);
+    written.stream() << "new";
+    EXPECT_EQ(content(name), "old");
+    written.finish();
+    EXPECT_EQ(content(name), "new");
+    fs::remove(name);
+    EXPECT_EQ(count(), 0U);
+  }
+}
+
 TEST_F(TextFiles, AreNotMadeWhereALinkLeadsNowhere) {
   fs::create_symlink("none", path("link"));
-  EXPECT_EQ(refusal([] { WholeFile written(path("link")); }),
-            path("link") + " cannot be written: File exists");
+  EXPECT_EQ(
+      refusal([] { WholeFile written(path("link")); }),
+      path("link") +
+          " cannot be written: it is a link to a file that is not there; make that file, or remove the link");
   EXPECT_FALSE(fs::exists(path("none")));
 }
 

@@ -291,6 +291,49 @@ TEST(KnownSecrets, AreFoundAgainUnlessTheyAreShort) {
   EXPECT_FALSE(KnownSecrets().in("token"));
 }
 
+TEST(KnownSecrets, AreFoundAsOtherTextsSpellThem) {
+  KnownSecrets known;
+  known.add({"Gr\u00fc\u00dfe \"an\"\t<alle> & \U0001f511/1"});
+  for (const char* const spelled : {R"(Gr\u00fc\u00DFe \"an\"\t<alle> & \ud83d\udd11\/1)",
+                                    R"(Gr\xc3\xbc\303\237e \x22an\42\11<alle> & \U0001F511/1)",
+                                    "Gr%C3%BC%c3%9fe%20%22an%22%09%3Calle%3E%20%26%20%F0%9F%94%91%2F1",
+                                    "Gr%u00FC%u00dfe %22an%22%09<alle> & %uD83D%uDD11/1",
+                                    "Gr&#252;&#xDF;e &quot;an&quot;&#9;&lt;alle&gt; &amp; &#x1F511;/1",
+                                    R"(Gr\\u00fc\\u00dfe \\\"an\\\"\\t<alle> & \\ud83d\\udd11/1)",
+                                    "Gr%25C3%25BC%25C3%259Fe \"an\"%2509<alle> %2526 %25F0%259F%2594%2591/1"})
+    EXPECT_TRUE(known.in(std::string("{\"text\": \"") + spelled + "\"}")) << spelled;
+  for (const char* const other : {"Gr%C3%BC%C3%9Fe%20%22an%22%0b%3Calle%3E%20%26%20%F0%9F%94%91%2F1",
+                                  "Gr\\u00fc\\u00DFe", "%", "\\", "\\u", "&", "&#;", "100 %\\"})
+    EXPECT_FALSE(known.in(other)) << other;
+}
+
+TEST(KnownSecrets, AreFoundWhereATextWasCutOrItsBytesWereReplaced) {
+  KnownSecrets known;
+  known.add({std::string("before\0behind", 13), "first1\nsecond",
+             "left12\xff"
+             "right12",
+             "K\xc3\xbc"
+             "che12"});
+  for (const char* const part : {"before", "behind", "first1", "second", "left12", "right12"})
+    EXPECT_TRUE(known.in(std::string("x ") + part)) << part;
+  EXPECT_FALSE(known.in("che12"));
+}
+
+TEST(KnownSecrets, AreFoundWithEveryNameOfACharacter) {
+  KnownSecrets known;
+  known.add({"a\rb\bc\fd'e\tf\"g/h\\i>j"});
+  EXPECT_TRUE(known.in(R"(a\rb\bc\fd\'e\tf\"g\/h\\i>j)"));
+  EXPECT_TRUE(known.in("a&#Xd;b&#8;c&#12;d&apos;e&#9;f&quot;g&#x2F;h&#92;i&gt;j"));
+  EXPECT_TRUE(known.in("a&#13b&#8c&#12d'e&#9f\"g/h&#92i&#62j"));
+}
+
+TEST(KnownSecrets, ThatAreEscapesThemselvesAreFound) {
+  KnownSecrets known;
+  known.add({"pa%41ss\\n&amp;"});
+  EXPECT_TRUE(known.in("with pa%41ss\\n&amp; in it"));
+  EXPECT_TRUE(known.in("{\"pa%41ss\\\\n&amp;\"}"));
+}
+
 TEST(KnownSecrets, AreAddedByManyThreadsAtOnce) {
   KnownSecrets known;
   const auto add = [&](const std::string& thread) {

@@ -70,6 +70,7 @@ WavSink::WavSink(const std::string& path) : m_path(path), m_target(path), m_file
     return;
   }
   if (there && access(path.c_str(), W_OK) != 0) refuse(std::strerror(errno));
+  if (!there && lstat(path.c_str(), &status) == 0) refuse("it is a link to nothing");
   if (char* const real = realpath(path.c_str(), nullptr)) {
     m_target = real;
     std::free(real);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -53,7 +54,22 @@ short whole(float value) {
   return static_cast<short>(std::lrint(std::clamp(value * 32768.0F, -32768.0F, 32767.0F)));
 }
 
-Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
+/// What a WAV file lacks of the sound that it tells of; empty for none. libsndfile reads what is there, and only its log
+/// tells. A length near the greatest stands for one that was not known: the file was a pipe's.
+std::string lackOf(SNDFILE* file) {
+  constexpr long long kUnknown = 0x7ff00000;
+  char log[4096] = "";
+  sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
+  const char* const told = std::strstr(log, "\ndata : ");
+  long long all = 0;
+  long long left = 0;
+  if (!told || std::sscanf(told, "\ndata : %lld (should be %lld)", &all, &left) < 2 || all >= kUnknown)
+    return "";
+  return "is damaged: only " + std::to_string(left) + " of " + std::to_string(all) +
+         " bytes of its sound are left";
+}
+
+Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info, bool wholly) {
   const auto refuse = [&](const std::string& reason) {
     throw std::runtime_error(name + ": " + reason +
                              "; accepted are WAV, FLAC and OGG, mono or stereo, 8 to 192 kHz");
@@ -69,6 +85,8 @@ Sound decode(const std::string& name, SNDFILE* opened, const SF_INFO& info) {
   const std::string most = std::to_string(kMostSamples) + " samples, " +
                            std::to_string(kMostSamples / info.channels / info.samplerate) + " s at its rate";
   if (info.seekable && info.frames > kMostSamples / info.channels) refuse("holds more than " + most);
+  const std::string lack = wholly ? lackOf(file.get()) : "";
+  if (!lack.empty()) refuse(lack);
   Sound sound;
   sound.rate = info.samplerate;
   sound.channels = info.channels;
@@ -97,7 +115,7 @@ Sound Sound::fromFile(const std::string& path) {
   SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
   if (!file && sf_error(nullptr) == SF_ERR_SYSTEM)
     throw std::runtime_error(path + ": cannot be read: " + std::strerror(errno));
-  return decode(path, file, info);
+  return decode(path, file, info, true);
 }
 
 Sound Sound::fromBytes(const std::string& name, const std::string& bytes) {
@@ -105,7 +123,7 @@ Sound Sound::fromBytes(const std::string& name, const std::string& bytes) {
   Bytes source{bytes};
   SF_VIRTUAL_IO io = memory();
   SNDFILE* const file = sf_open_virtual(&io, SFM_READ, &info, &source);
-  return decode(name, file, info);
+  return decode(name, file, info, false);  // of what was interrupted, what came is heard
 }
 
 Sound Sound::mono(int newRate) const {

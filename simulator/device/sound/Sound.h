@@ -11,7 +11,8 @@ struct Sound {
   int channels = 0;  ///< 1 or 2.
   std::vector<short> samples;
 
-  /// Decodes WAV, FLAC or OGG from a file, or from the bytes of one; `name` is for messages. At most 2^25 samples.
+  /// Decodes WAV, FLAC or OGG from a file, or from the bytes of one, which may end early; `name` is for messages. At most
+  /// 2^25 samples.
   /// @throws std::runtime_error  Names the source, the reason and the accepted formats.
   static Sound fromFile(const std::string& path);
   static Sound fromBytes(const std::string& name, const std::string& bytes);
