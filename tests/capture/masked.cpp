@@ -154,6 +154,16 @@ TEST_F(Masked, ValuesAreFoundAsOtherTextsSpellThem) {
     EXPECT_FALSE(isKnown(other)) << other;
 }
 
+TEST_F(Masked, ValuesAreFoundWhereTheyWereCut) {
+  const auto isKnown = [](const std::string& text) { return known::in(text.data(), text.size()); };
+  for (const std::string& secret :
+       {std::string("before0\0behind0", 15), std::string("first10\nsecond10\r\nthird10\n")})
+    known::add(secret.data(), secret.size());
+  for (const char* const part : {"before0", "behind0", "first10", "second10", "third10"})
+    EXPECT_TRUE(isKnown(std::string("x ") + part)) << part;
+  EXPECT_FALSE(isKnown("before1"));
+}
+
 /// Last: from there on it is so for all.
 TEST_F(Masked, TextsAreAllMaskedWhenThereAreTooManySecrets) {
   for (int i = 0; i < 2100; ++i) {

@@ -22,6 +22,9 @@ namespace masking {
 
 inline bool beginsEscape(char c) { return c == '\\' || c == '%' || c == '&'; }
 
+/// Where others may cut a value that they show.
+inline bool endsPart(char c) { return c == '\n' || c == '\r' || c == '\0'; }
+
 constexpr std::size_t kLongestEscape = 11;
 constexpr int kMostEscaped = 3;  ///< How often the same text may have been escaped.
 

@@ -50,7 +50,7 @@ std::vector<std::string> partsOf(const std::string& value) {
   const bool whole = isUtf8(value);
   std::vector<std::string> all(1);
   for (const char c : value) {
-    if (c == '\n' || c == '\r' || c == '\0' || (!whole && (c & 0x80))) {
+    if (masking::endsPart(c) || (!whole && (c & 0x80))) {
       all.emplace_back();
     } else {
       all.back() += c;

@@ -243,6 +243,11 @@ namespace known {
 
 void add(const char* text, std::size_t size) {
   addOne(text, size);
+  for (const char *part = text, *const last = text + size; part != last;) {
+    const char* const end = std::find_if(part, last, masking::endsPart);
+    addOne(part, static_cast<std::size_t>(end - part));
+    part = end == last ? last : end + 1;
+  }
   if (std::none_of(text, text + size, masking::beginsEscape)) return;
   // It may come up as one that holds it has it after its own escapes are taken off.
   Plain plain(text, size);

@@ -43,6 +43,7 @@ namespace known {
 /// Values of less than six characters are not looked for: they stand in too many words.
 constexpr std::size_t kShortest = 6;
 
+/// Adds the value, and its parts: its lines, and what stands before and after a NUL.
 void add(const char* text, std::size_t size);
 
 /// Whether the text holds one, also escaped as JSON, C, URLs and HTML do, and escaped again.
