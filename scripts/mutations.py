@@ -163,7 +163,7 @@ def arguments(s):
         parts = s.parts(i + 1, s.partner[i], ",")
         texts = [s.between(*part) for part in parts]
         for k, (first, end) in enumerate(parts):
-            if first < end and (end - first > 1 or s.tokens[first].kind == "word") and texts[k] != "nullptr":
+            if first < end and (end - first > 1 or s.tokens[first].kind == "word") and texts[k] not in ("nullptr", "false"):
                 yield Change("argument", s.tokens[first].start, s.tokens[end - 1].end, "{}")
             if k and "" not in texts and texts[k] != texts[k - 1]:
                 yield Change("argument", s.tokens[parts[k - 1][0]].start, s.tokens[end - 1].end, texts[k] + ", " + texts[k - 1])
